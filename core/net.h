@@ -1,0 +1,55 @@
+// HTTP for the whole program, over libcurl: a GET that streams a page to a file
+// with progress and abort, a form POST whose answer is kept up to the size of
+// the answer buffer, and the short connection test. Proxy and time-outs come
+// from the caller. It knows no site and no rule file.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <functional>
+
+namespace lw::core {
+
+struct NetOptions {
+    QString proxyHost;  // empty: direct
+    int proxyPort = 0;
+    int connectTimeoutMs = 15000;
+    int totalTimeoutMs = 300000;  // 0: none
+    QString userAgent = QStringLiteral("Lotwright/0.1");
+    QByteArray cookieFile;  // empty: no cookie jar
+};
+
+enum class NetStatus { Ok, Failed, Cancelled };
+
+struct NetResult {
+    NetStatus status = NetStatus::Failed;
+    long httpCode = 0;   // 0 when no answer came
+    QString error;       // for the log and the message; empty on Ok
+    qint64 bytes = 0;    // bytes received
+    QByteArray body;     // POST only: the answer, at most kPostAnswerLimit bytes
+    bool ok() const { return status == NetStatus::Ok; }
+};
+
+// The answer to a form post is kept up to this many characters; the rest is
+// dropped, as the site's answer buffer always has been.
+inline constexpr qint64 kPostAnswerLimit = 75000;
+
+// Called while data arrives; return false to abort (the result is Cancelled).
+using NetProgress = std::function<bool(qint64 received, qint64 total)>;
+
+// GET url into filePath. The body is written whatever the HTTP status (a 404
+// page is a page the caller may look at); on a transport failure or a cancel
+// the file does not exist afterwards, so no stale page can be read.
+NetResult HttpGetToFile(const QString& url, const QString& filePath, const NetOptions& options,
+                        const NetProgress& progress = {});
+
+// POST an already encoded body ("a=1&b=2") and return the answer.
+NetResult HttpPostForm(const QString& url, const QByteArray& body, const NetOptions& options,
+                       const NetProgress& progress = {},
+                       const QByteArray& contentType = "application/x-www-form-urlencoded");
+
+// True when a TCP connection to the host of url (or to the proxy, when one is
+// set) opens within timeoutMs.
+bool CanReach(const QString& url, const NetOptions& options, int timeoutMs = 5000);
+
+}  // namespace lw::core

@@ -1,0 +1,156 @@
+// The program's one database: a thin owner of an SQLite connection and its
+// prepared statements. It binds every value (no value ever enters SQL text),
+// trims trailing blanks from the text it writes and compares with, and reads
+// columns by name without regard to case. It never keeps a statement beyond
+// the operation that made it, and it never decides what a row means.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVariant>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace lw::core {
+
+// A failed store call. The message names the file or the statement at fault.
+class StoreError : public std::runtime_error {
+public:
+    StoreError(const QString& message, int code);
+    QString Message() const { return m_message; }
+    int Code() const { return m_code; }
+
+private:
+    QString m_message;
+    int m_code;
+};
+
+// Text as the store writes it: trailing blanks removed, so that "123 " and
+// "123" are the same key.
+QString StoreText(const QString& text);
+
+class Statement;
+
+class Database {
+public:
+    enum class Mode { ReadWrite, ReadOnly, Create };
+
+    // Opens the file; Create makes it when missing. Throws StoreError naming
+    // the file when it cannot be opened. The program's SQL functions are
+    // registered on every connection.
+    static Database Open(const QString& path, Mode mode = Mode::ReadWrite);
+
+    Database(Database&& other) noexcept;
+    Database& operator=(Database&& other) noexcept;
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+    ~Database();
+
+    // Runs SQL that carries no values (schema, pragmas); may hold several statements.
+    void Exec(const QString& sql);
+    Statement Prepare(const QString& sql);
+
+    qint64 LastInsertId() const;
+    int Changes() const;
+    QString Path() const { return m_path; }
+    bool ReadOnly() const { return m_readOnly; }
+    sqlite3* Handle() const { return m_db; }
+
+    // One integer from a query such as "PRAGMA user_version" or a COUNT.
+    qint64 ScalarInt(const QString& sql);
+
+private:
+    Database(sqlite3* db, QString path, bool readOnly);
+    sqlite3* m_db = nullptr;
+    QString m_path;
+    bool m_readOnly = false;
+};
+
+// Rolls back unless Commit() was called; an update run commits page by page.
+class Transaction {
+public:
+    explicit Transaction(Database& db);
+    ~Transaction();
+    void Commit();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+private:
+    Database& m_db;
+    bool m_open = true;
+};
+
+class Statement {
+public:
+    Statement(Statement&& other) noexcept;
+    Statement& operator=(Statement&& other) noexcept;
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+    ~Statement();
+
+    // 1-based parameter index. A null QVariant binds NULL; bool binds 1/0;
+    // text is trimmed of trailing blanks.
+    Statement& Bind(int index, const QVariant& value);
+    Statement& Bind(int index, const QString& value);
+    Statement& Bind(int index, double value);
+    Statement& Bind(int index, qint64 value);
+    Statement& Bind(int index, int value) { return Bind(index, static_cast<qint64>(value)); }
+    Statement& Bind(int index, bool value) { return Bind(index, static_cast<qint64>(value)); }
+    Statement& Bind(int index, const char* value) { return Bind(index, QString::fromUtf8(value)); }
+    Statement& BindNull(int index);
+    // Named parameter (":name", "@name" or "$name").
+    Statement& Bind(const char* name, const QVariant& value);
+    int ParameterCount() const;
+
+    // Binds every argument in order from parameter 1.
+    template <class... Args>
+    Statement& BindAll(const Args&... args) {
+        int index = 1;
+        (Bind(index++, args), ...);
+        return *this;
+    }
+
+    // Advances; true while a row is ready.
+    bool Step();
+    // Steps to the end (for statements that write).
+    void Run();
+    // Ready for another run with new bindings; the old bindings are cleared.
+    void Reset();
+
+    int ColumnCount() const;
+    QString ColumnName(int column) const;
+    // Case-blind; -1 when the statement has no such column.
+    int ColumnIndex(const QString& name) const;
+    bool HasColumn(const QString& name) const { return ColumnIndex(name) >= 0; }
+
+    QVariant Value(int column) const;
+    QVariant Value(const QString& name) const;
+    bool IsNull(int column) const;
+    bool IsNull(const QString& name) const;
+    // Null reads as "".
+    QString Text(int column) const;
+    QString Text(const QString& name) const;
+    qint64 Int(const QString& name) const;
+    double Real(const QString& name) const;
+    // A flag column: stored 1/0; also accepts "True"/"False" texts.
+    bool Flag(const QString& name) const;
+
+    QString Sql() const;
+
+private:
+    friend class Database;
+    Statement(sqlite3_stmt* stmt, sqlite3* db);
+    int RequireColumn(const QString& name) const;
+    [[noreturn]] void Fail(int rc, const char* what) const;
+
+    sqlite3_stmt* m_stmt = nullptr;
+    sqlite3* m_db = nullptr;
+    std::vector<QByteArray> m_buffers;  // keeps bound text alive without copies
+    mutable std::vector<QString> m_lowerNames;  // filled on first lookup by name
+};
+
+}  // namespace lw::core

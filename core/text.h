@@ -1,0 +1,66 @@
+// Small pure helpers over text shared by the whole program: replacing,
+// entity decoding, site time, time left, the number rule and the date rules.
+// None keeps state; failures are the plain text marks ("ERROR", "FALSE", "0")
+// that callers compare against.
+#pragma once
+
+#include <QDate>
+#include <QDateTime>
+#include <QString>
+#include <QStringView>
+#include <QVariant>
+#include <optional>
+
+namespace lw::core {
+
+// The first occurrence replaced; "ERROR" when find is absent.
+QString ReplaceFirst(const QString& text, const QString& find, const QString& replacement);
+// One pass left to right; replaced text is not looked at again.
+QString ReplaceEvery(const QString& text, const QString& find, const QString& replacement);
+// Repeats from the start until find is gone. A replacement that itself holds
+// find would never end: such a call makes one pass and stops.
+QString ReplaceRescan(const QString& text, const QString& find, const QString& replacement);
+// "&nbsp;", "&amp;", "&#38;", "&#39;", "&#34;" in that order, nothing else.
+QString DecodeEntities(const QString& text);
+
+// Local time minus site time in seconds, as text; "0" on any failure.
+QString SiteTimeDifference(const QString& siteTime,
+                           const QDateTime& now = QDateTime::currentDateTime());
+// "3d 04h 05m" or "Ended" for an end date "mm/dd/yy, hh:mm:ss PST".
+QString TimeLeftText(const QString& endDate, const QString& siteCorrection,
+                     const QDateTime& now = QDateTime::currentDateTime());
+
+// Creates the directory (and parents) when missing; false when it cannot.
+bool EnsureDirectory(const QString& path);
+// True when the file exists; otherwise creates it empty when create is set.
+bool EnsureFile(const QString& path, bool create);
+// The part of text around the first delimiter; "FALSE" when it is absent.
+QString CutAt(const QString& text, const QString& delimiter, bool keepRight, bool after);
+
+// Val(x): the number at the left of the text, blanks ignored; 0 when none.
+double Val(QStringView text);
+// The number rule, Val(Format(x,'General Number')): currency signs, blanks and
+// thousands separators go, "(5.00)" is -5; "-", "n/a", "" and Null give 0.
+// The generated number columns of the schema compute exactly this in SQL.
+double NumberRule(QStringView text);
+double NumberRule(const QVariant& value);
+
+// Two-digit years pivot at 97: 97..99 are 19xx, 00..96 are 20xx.
+int ExpandYear(int twoDigitYear);
+// The date rule Left$(x,8): the day of "mm/dd/yy..." as a date; nullopt when
+// the first eight characters are no such date. Mirrored by the EndDay columns.
+std::optional<QDate> LeftDate(QStringView text);
+// The date rule CDate(text before the first comma), and the parser for the
+// site's date forms: "06/07/00", "6/7/2000", "Jun-07-00", "June 7, 2000",
+// "Jun 07, 2000 12:04:00 PST", ISO "2000-06-07". nullopt when no date.
+std::optional<QDateTime> ParseDateTime(QStringView text);
+std::optional<QDate> CDate(QStringView text);
+
+// VB-style Format of a value by the named or picture patterns the program
+// uses: "General Number", "Currency", "mm/dd/yy", "mm/dd/yyyy", "hh:mm:ss",
+// "Long Time", "dddd, mm dd, yyyy hh:mm:ss", "MMMM d, yyyy", "m/d/yyyy",
+// "#.##", "#.00", "0.00", "0.0%", "###0", "#,###.##", "00". A value that the
+// pattern cannot take is returned as its text, as Format does.
+QString Format(const QVariant& value, const QString& pattern);
+
+}  // namespace lw::core

@@ -1,0 +1,89 @@
+#include "tests/support/test_support.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <stdexcept>
+
+namespace lw::test {
+
+void ScriptedUi::Message(const QString& text, const QString& title, core::Icon) {
+    m_shown.push_back({QStringLiteral("message"), text, title});
+}
+
+core::Answer ScriptedUi::Ask(const QString& text, const QString& title, core::Buttons,
+                             core::Answer defaultAnswer) {
+    m_shown.push_back({QStringLiteral("ask"), text, title});
+    if (m_answers.empty()) {
+        return defaultAnswer;
+    }
+    const core::Answer answer = m_answers.front();
+    m_answers.pop_front();
+    return answer;
+}
+
+std::optional<QString> ScriptedUi::Prompt(const QString& text, const QString& title,
+                                          const QString& initial) {
+    m_shown.push_back({QStringLiteral("prompt"), text, title});
+    if (m_prompts.empty()) {
+        return initial;
+    }
+    auto answer = m_prompts.front();
+    m_prompts.pop_front();
+    return answer;
+}
+
+void ScriptedUi::Status(const QString& text) {
+    m_shown.push_back({QStringLiteral("status"), text, QString()});
+}
+
+void ScriptedUi::Progress(qint64 value, qint64) { m_lastProgress = value; }
+
+void ScriptedUi::PumpEvents() {
+    ++m_pumps;
+    if (m_cancelAfter > 0 && m_pumps >= m_cancelAfter) {
+        m_cancel = true;
+    }
+}
+
+bool ScriptedUi::CancelRequested() { return m_cancel; }
+
+static QStringList Pick(const std::vector<ScriptedUi::Shown>& shown, const QString& kind,
+                        bool titles) {
+    QStringList out;
+    for (const auto& s : shown) {
+        if (s.kind == kind) {
+            out << (titles ? s.title : s.text);
+        }
+    }
+    return out;
+}
+
+QStringList ScriptedUi::Messages() const { return Pick(m_shown, QStringLiteral("message"), false); }
+QStringList ScriptedUi::Titles() const { return Pick(m_shown, QStringLiteral("message"), true); }
+QStringList ScriptedUi::Statuses() const { return Pick(m_shown, QStringLiteral("status"), false); }
+
+TempRoot::TempRoot() {
+    if (!m_dir.isValid()) {
+        throw std::runtime_error("cannot make a temporary folder");
+    }
+}
+
+QString TempRoot::Write(const QString& relative, const QByteArray& bytes) const {
+    const QString path = m_dir.filePath(relative);
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size()) {
+        throw std::runtime_error("cannot write test file");
+    }
+    return path;
+}
+
+QByteArray ReadAll(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return file.readAll();
+}
+
+}  // namespace lw::test

@@ -1,0 +1,78 @@
+// Shared pieces of the test suites: a temporary AppRoot, a Ui that answers from
+// a script and records what it was shown, and paths to the sources and to the
+// built executables.
+#pragma once
+
+#include <QDir>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <deque>
+#include <memory>
+
+#include "core/ui_port.h"
+
+namespace lw::test {
+
+inline QString SourceDir() { return QStringLiteral(LW_SOURCE_DIR); }
+inline QString BinDir() { return QStringLiteral(LW_BIN_DIR); }
+
+// Records every message, question, status and progress; questions take the
+// next scripted answer, or their default when the script has run out.
+class ScriptedUi : public core::Ui {
+public:
+    struct Shown {
+        QString kind;  // "message", "ask", "prompt", "status"
+        QString text;
+        QString title;
+    };
+
+    void Message(const QString& text, const QString& title, core::Icon) override;
+    core::Answer Ask(const QString& text, const QString& title, core::Buttons,
+                     core::Answer defaultAnswer) override;
+    std::optional<QString> Prompt(const QString& text, const QString& title,
+                                  const QString& initial) override;
+    void Status(const QString& text) override;
+    void Progress(qint64 value, qint64 maximum) override;
+    void PumpEvents() override;
+    bool CancelRequested() override;
+
+    void ScriptAnswer(core::Answer answer) { m_answers.push_back(answer); }
+    void ScriptPrompt(std::optional<QString> text) { m_prompts.push_back(std::move(text)); }
+    // Cancel is reported from the n-th PumpEvents call on (1-based); 0: never.
+    void CancelAfterPumps(int n) { m_cancelAfter = n; }
+    void RequestCancel() { m_cancel = true; }
+
+    const std::vector<Shown>& History() const { return m_shown; }
+    QStringList Messages() const;  // texts of message boxes, in order
+    QStringList Titles() const;    // titles of message boxes, in order
+    QStringList Statuses() const;
+    qint64 LastProgress() const { return m_lastProgress; }
+    int Pumps() const { return m_pumps; }
+
+private:
+    std::vector<Shown> m_shown;
+    std::deque<core::Answer> m_answers;
+    std::deque<std::optional<QString>> m_prompts;
+    qint64 m_lastProgress = -1;
+    int m_pumps = 0;
+    int m_cancelAfter = 0;
+    bool m_cancel = false;
+};
+
+// A fresh folder for one test, removed afterwards.
+class TempRoot {
+public:
+    TempRoot();
+    QString Path() const { return m_dir.path(); }
+    QString File(const QString& relative) const { return m_dir.filePath(relative); }
+    // Writes bytes to a file under the root, making folders as needed.
+    QString Write(const QString& relative, const QByteArray& bytes) const;
+
+private:
+    QTemporaryDir m_dir;
+};
+
+QByteArray ReadAll(const QString& path);
+
+}  // namespace lw::test
