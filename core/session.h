@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 #include "core/store.h"
 #include "core/ui_port.h"
@@ -12,16 +13,16 @@
 namespace lw::core {
 
 struct Session {
-    QString AppRoot;      // no trailing slash
-    QString ConfigsDir;   // AppRoot + "/Configs/": rule files and scratch pages
-    QString DataDir;      // AppRoot + "/Data/": holds Lotwright.db
-    QString TemplatesDir; // AppRoot + "/Templates/"
-    QString UserDataDir;  // DataDir + CurrentUser + "/": the user's queues
+    QString AppRoot;       // no trailing slash
+    QString ConfigsDir;    // AppRoot + "/Configs/": rule files and scratch pages
+    QString DataDir;       // AppRoot + "/Data/": holds Lotwright.db
+    QString TemplatesDir;  // AppRoot + "/Templates/"
+    QString UserDataDir;   // DataDir + CurrentUser + "/": the user's queues
     QString CurrentUser;
     QString SiteCorrection = QStringLiteral("0");  // seconds the local clock runs ahead
     bool RulesChecked = false;
-    QString ShippedDir;   // the folder that holds the shipped rules/ and data/
-    Ui* ui = nullptr;     // never null once ResetSession ran
+    QString ShippedDir;  // the folder that holds the shipped rules/ and data/
+    Ui* ui = nullptr;    // never null once ResetSession ran
 };
 
 Session& CurrentSession();
@@ -36,10 +37,64 @@ QString StorePath();
 // StoreError with a message that names the file when the file is damaged, is
 // not this program's, or cannot be made.
 Database OpenStore();
+// The session's existing database, opened for reading only; throws when it is
+// missing, damaged or not this program's. Nothing is created.
+Database OpenStoreForReading();
 // Same for any path; shippedDir holds rules/ and data/.
 Database OpenOrCreateStore(const QString& path, const QString& shippedDir);
 
 // The schema version this build writes (PRAGMA user_version).
 int SchemaVersion();
+
+// Where AppRoot is: the given root when not empty; else exeDir when it holds
+// the shipped rules/ and data/ and is writable (a portable copy); else the
+// per-user application data folder.
+QString ResolveAppRoot(const QString& givenRoot, const QString& exeDir);
+// The folder that holds the shipped rules/ and data/ for an executable in exeDir.
+QString ResolveShippedDir(const QString& exeDir);
+
+// Sets AppRoot, ConfigsDir, DataDir and TemplatesDir and makes the folders.
+// False, with a message that names the folder, when one cannot be made or
+// written.
+bool SetupDirectories(const QString& appRoot, QString* error);
+
+// Sets CurrentUser and UserDataDir and makes the user's folder.
+void SetCurrentUser(const QString& userName);
+
+// nuwcancel.cfg in ConfigsDir: left by a cancelled new-user window.
+QString NewUserCancelMarker();
+void RemoveStaleNewUserCancel();
+bool NewUserCancelled();
+
+enum class UserChoice { Chosen, Cancelled, NoDefault };
+// Picks the user of this session: the first Users row whose isDefault is set.
+// When the table has no row (or the first row has no name) newUserWindow is
+// called to make one; its cancel marker ends the choice. Sets CurrentUser and
+// UserDataDir on success.
+UserChoice ChooseUser(Database& db, const std::function<void()>& newUserWindow);
+
+// SiteCorrection from Global.eBayCorrection; "0" when there is no row or no value.
+void LoadSiteCorrection(Database& db);
+
+// How the time-left refresh runs, from Global.
+struct TimeLeftTimer {
+    bool enabled = false;
+    int intervalMs = 0;    // the timer's interval
+    QString ticksWanted;   // label 110: ticks to count before a redraw ("0": every tick)
+    QString ticksCounted;  // label 111
+};
+TimeLeftTimer TimeLeftTimerRule(Database& db);
+TimeLeftTimer TimeLeftTimerFor(bool autoUpdate, qint64 timeLeftInterval);
+
+// Adds a local user: the Users row (isDefault set, every other row's cleared
+// when makeDefault) and its UserSites row for site 0. Throws StoreError; a
+// name already present is refused with a message.
+struct NewUser {
+    QString userName;
+    QString siteUserId;
+    QString password;
+    QString email;
+};
+void AddUser(Database& db, const NewUser& user, bool makeDefault = true);
 
 }  // namespace lw::core

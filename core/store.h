@@ -53,6 +53,8 @@ public:
     // Runs SQL that carries no values (schema, pragmas); may hold several statements.
     void Exec(const QString& sql);
     Statement Prepare(const QString& sql);
+    // As Prepare, but refuses SQL that holds more than one statement.
+    Statement PrepareSingle(const QString& sql);
 
     qint64 LastInsertId() const;
     int Changes() const;
@@ -140,6 +142,8 @@ public:
     bool Flag(const QString& name) const;
 
     QString Sql() const;
+    // True when the statement cannot change the database.
+    bool IsReadOnly() const;
 
 private:
     friend class Database;
@@ -149,7 +153,7 @@ private:
 
     sqlite3_stmt* m_stmt = nullptr;
     sqlite3* m_db = nullptr;
-    std::vector<QByteArray> m_buffers;  // keeps bound text alive without copies
+    std::vector<QByteArray> m_buffers;          // keeps bound text alive without copies
     mutable std::vector<QString> m_lowerNames;  // filled on first lookup by name
 };
 

@@ -1,0 +1,354 @@
+// Process values and the start-up steps that need no window. The database is
+// made here from the shipped schema, seed rows and rule files when it is
+// missing; a damaged or foreign file is reported by name and never touched.
+#include "core/session.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QTemporaryFile>
+
+#include "core/rule_text.h"
+#include "core/text.h"
+
+namespace lw::core {
+
+namespace {
+
+// 'LWRT': marks a file as this program's database.
+constexpr qint64 kApplicationId = 0x4C575254;
+constexpr int kSchemaVersion = 1;
+
+Session& Instance() {
+    static Session session;
+    return session;
+}
+
+SilentUi& Silent() {
+    static SilentUi silent;
+    return silent;
+}
+
+QString WithSlash(const QString& dir) {
+    return dir.endsWith(u'/') ? dir : dir + u'/';
+}
+
+std::optional<QString> ReadShipped(const QString& shippedDir, const QString& relative,
+                                   QString* missing) {
+    const QString path = WithSlash(shippedDir) + relative;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *missing = path;
+        return std::nullopt;
+    }
+    return QString::fromUtf8(file.readAll());
+}
+
+void CreateSchema(Database& db, const QString& shippedDir) {
+    QString missing;
+    const auto schema = ReadShipped(shippedDir, QStringLiteral("data/schema.sql"), &missing);
+    const auto seed = ReadShipped(shippedDir, QStringLiteral("data/seed.sql"), &missing);
+    const auto site = LoadRuleFile(WithSlash(shippedDir) + QStringLiteral("rules/site.pro"));
+    if (!site) {
+        missing = WithSlash(shippedDir) + QStringLiteral("rules/site.pro");
+    }
+    const auto info = LoadRuleFile(WithSlash(shippedDir) + QStringLiteral("rules/info.pro"));
+    if (!info) {
+        missing = WithSlash(shippedDir) + QStringLiteral("rules/info.pro");
+    }
+    if (!missing.isEmpty()) {
+        throw StoreError(QStringLiteral("Cannot make the database: the shipped file %1 is missing.")
+                             .arg(missing),
+                         0);
+    }
+    Transaction tx(db);
+    db.Exec(*schema);
+    db.Exec(*seed);
+    Statement insert = db.Prepare(
+        QStringLiteral("INSERT INTO Protocols (ProtocolName, ProtocolData) VALUES (?, ?)"));
+    insert.BindAll(QStringLiteral("site.pro"), *site).Run();
+    insert.Reset();
+    insert.BindAll(QStringLiteral("info.pro"), *info).Run();
+    db.Exec(QStringLiteral("PRAGMA application_id = %1").arg(kApplicationId));
+    db.Exec(QStringLiteral("PRAGMA user_version = %1").arg(kSchemaVersion));
+    tx.Commit();
+}
+
+void CheckOwnFile(Database& db) {
+    const qint64 appId = db.ScalarInt(QStringLiteral("PRAGMA application_id"));
+    const qint64 version = db.ScalarInt(QStringLiteral("PRAGMA user_version"));
+    if (appId != kApplicationId) {
+        throw StoreError(
+            QStringLiteral("The file %1 is a database of another program; it was left as it is.")
+                .arg(db.Path()),
+            0);
+    }
+    if (version > kSchemaVersion) {
+        throw StoreError(QStringLiteral("The database %1 was made by a newer version of Lotwright "
+                                        "(schema %2; this version knows %3).")
+                             .arg(db.Path())
+                             .arg(version)
+                             .arg(kSchemaVersion),
+                         0);
+    }
+    // Later schema versions migrate here, one step per version, each in its
+    // own transaction.
+}
+
+}  // namespace
+
+Session& CurrentSession() {
+    Session& session = Instance();
+    if (session.ui == nullptr) {
+        session.ui = &Silent();
+    }
+    return session;
+}
+
+Ui& CurrentUi() {
+    return *CurrentSession().ui;
+}
+
+void ResetSession(Ui* ui) {
+    Instance() = Session{};
+    Instance().ui = ui != nullptr ? ui : &Silent();
+}
+
+int SchemaVersion() {
+    return kSchemaVersion;
+}
+
+QString StorePath() {
+    return CurrentSession().DataDir + QStringLiteral("Lotwright.db");
+}
+
+Database OpenStore() {
+    Session& session = CurrentSession();
+    if (session.DataDir.isEmpty()) {
+        throw StoreError(QStringLiteral("No data folder is set up."), 0);
+    }
+    return OpenOrCreateStore(StorePath(), session.ShippedDir);
+}
+
+Database OpenStoreForReading() {
+    const QString path = StorePath();
+    if (!QFileInfo::exists(path)) {
+        throw StoreError(QStringLiteral("There is no database at %1.").arg(path), 0);
+    }
+    Database db = Database::Open(path, Database::Mode::ReadOnly);
+    CheckOwnFile(db);
+    return db;
+}
+
+Database OpenOrCreateStore(const QString& path, const QString& shippedDir) {
+    const QFileInfo info(path);
+    if (info.exists() && info.size() > 0) {
+        Database db = Database::Open(path, Database::Mode::ReadWrite);
+        CheckOwnFile(db);
+        return db;
+    }
+    if (info.exists() && !info.isWritable()) {
+        throw StoreError(QStringLiteral("The database %1 cannot be written.").arg(path), 0);
+    }
+    // Made under another name and moved into place only when complete, so an
+    // interrupted start never leaves half a database behind.
+    const QString partial = path + QStringLiteral(".new");
+    QFile::remove(partial);
+    {
+        Database db = Database::Open(partial, Database::Mode::Create);
+        db.Exec(QStringLiteral("PRAGMA journal_mode = DELETE"));
+        try {
+            CreateSchema(db, shippedDir);
+        } catch (...) {
+            db = Database::Open(QStringLiteral(":memory:"), Database::Mode::Create);
+            QFile::remove(partial);
+            throw;
+        }
+    }
+    QFile::remove(path);  // an empty file of that name, if any
+    if (!QFile::rename(partial, path)) {
+        QFile::remove(partial);
+        throw StoreError(QStringLiteral("Cannot write the database %1.").arg(path), 0);
+    }
+    Database db = Database::Open(path, Database::Mode::ReadWrite);
+    CheckOwnFile(db);
+    return db;
+}
+
+QString ResolveShippedDir(const QString& exeDir) {
+    const QDir dir(exeDir);
+    if (dir.exists(QStringLiteral("rules")) && dir.exists(QStringLiteral("data"))) {
+        return dir.absolutePath();
+    }
+    // An installed copy: bin/ beside share/lotwright/, or the build tree.
+    for (const QString& candidate : {QStringLiteral("../share/lotwright"), QStringLiteral("..")}) {
+        const QDir other(dir.filePath(candidate));
+        if (other.exists(QStringLiteral("rules")) && other.exists(QStringLiteral("data"))) {
+            return other.absolutePath();
+        }
+    }
+    return dir.absolutePath();
+}
+
+QString ResolveAppRoot(const QString& givenRoot, const QString& exeDir) {
+    if (!givenRoot.isEmpty()) {
+        return QDir(givenRoot).absolutePath();
+    }
+    const QFileInfo exe(exeDir);
+    const QDir dir(exeDir);
+    if (dir.exists(QStringLiteral("rules")) && dir.exists(QStringLiteral("data")) &&
+        exe.isWritable()) {
+        return dir.absolutePath();
+    }
+    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+}
+
+bool SetupDirectories(const QString& appRoot, QString* error) {
+    Session& session = CurrentSession();
+    QString root = QDir::cleanPath(appRoot);
+    while (root.size() > 1 && root.endsWith(u'/')) {
+        root.chop(1);
+    }
+    session.AppRoot = root;
+    session.ConfigsDir = root + QStringLiteral("/Configs/");
+    session.DataDir = root + QStringLiteral("/Data/");
+    session.TemplatesDir = root + QStringLiteral("/Templates/");
+    for (const QString& dir : {session.ConfigsDir, session.DataDir, session.TemplatesDir}) {
+        if (!EnsureDirectory(dir)) {
+            if (error != nullptr) {
+                *error = QStringLiteral("Cannot make the folder %1.").arg(dir);
+            }
+            return false;
+        }
+        QTemporaryFile probe(dir + QStringLiteral("probe-XXXXXX"));
+        if (!probe.open()) {
+            if (error != nullptr) {
+                *error = QStringLiteral("The folder %1 cannot be written.").arg(dir);
+            }
+            return false;
+        }
+    }
+    return true;
+}
+
+void SetCurrentUser(const QString& userName) {
+    Session& session = CurrentSession();
+    session.CurrentUser = userName;
+    session.UserDataDir = session.DataDir + userName.trimmed() + u'/';
+    EnsureDirectory(session.UserDataDir);
+}
+
+QString NewUserCancelMarker() {
+    return CurrentSession().ConfigsDir + QStringLiteral("nuwcancel.cfg");
+}
+
+void RemoveStaleNewUserCancel() {
+    QFile::remove(NewUserCancelMarker());
+}
+
+bool NewUserCancelled() {
+    return QFile::exists(NewUserCancelMarker());
+}
+
+UserChoice ChooseUser(Database& db, const std::function<void()>& newUserWindow) {
+    auto firstName = [&db]() -> std::optional<QVariant> {
+        Statement first =
+            db.Prepare(QStringLiteral("SELECT UserName FROM Users ORDER BY rowid LIMIT 1"));
+        if (!first.Step()) {
+            return std::nullopt;
+        }
+        return first.Value(0);
+    };
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        const auto name = firstName();
+        if (name && !name->isNull()) {
+            break;
+        }
+        if (newUserWindow) {
+            newUserWindow();
+        }
+        if (NewUserCancelled()) {
+            return UserChoice::Cancelled;
+        }
+    }
+    Statement walk =
+        db.Prepare(QStringLiteral("SELECT UserName, isDefault FROM Users ORDER BY rowid"));
+    while (walk.Step()) {
+        if (walk.Flag(QStringLiteral("isDefault")) && !walk.IsNull(0)) {
+            SetCurrentUser(walk.Text(0));
+            return UserChoice::Chosen;
+        }
+    }
+    return UserChoice::NoDefault;
+}
+
+void LoadSiteCorrection(Database& db) {
+    Statement global = db.Prepare(QStringLiteral("SELECT eBayCorrection FROM Global LIMIT 1"));
+    if (!global.Step() || global.IsNull(0)) {
+        CurrentSession().SiteCorrection = QStringLiteral("0");
+        return;
+    }
+    CurrentSession().SiteCorrection = global.Text(0);
+}
+
+TimeLeftTimer TimeLeftTimerFor(bool autoUpdate, qint64 timeLeftInterval) {
+    TimeLeftTimer timer;
+    if (!autoUpdate) {
+        return timer;
+    }
+    timer.enabled = true;
+    if (timeLeftInterval < 30000) {
+        timer.intervalMs = 65535;
+        timer.ticksWanted = QString::number(timeLeftInterval);
+        timer.ticksCounted = QStringLiteral("0");
+    } else {
+        timer.intervalMs = static_cast<int>(timeLeftInterval);
+        timer.ticksWanted = QStringLiteral("0");
+        timer.ticksCounted = QStringLiteral("0");
+    }
+    return timer;
+}
+
+TimeLeftTimer TimeLeftTimerRule(Database& db) {
+    Statement global = db.Prepare(
+        QStringLiteral("SELECT AutoUpdateTimeLeft, TimeLeftInterval FROM Global LIMIT 1"));
+    if (!global.Step()) {
+        return {};
+    }
+    return TimeLeftTimerFor(global.Flag(QStringLiteral("AutoUpdateTimeLeft")),
+                            global.Int(QStringLiteral("TimeLeftInterval")));
+}
+
+void AddUser(Database& db, const NewUser& user, bool makeDefault) {
+    const QString name = StoreText(user.userName.trimmed());
+    if (name.isEmpty()) {
+        throw StoreError(QStringLiteral("A user needs a name."), 0);
+    }
+    Statement exists = db.Prepare(QStringLiteral("SELECT 1 FROM Users WHERE UserName = ?"));
+    exists.Bind(1, name);
+    if (exists.Step()) {
+        throw StoreError(QStringLiteral("The user %1 already exists.").arg(name), 0);
+    }
+    Transaction tx(db);
+    if (makeDefault) {
+        db.Exec(QStringLiteral("UPDATE Users SET isDefault = 0"));
+    }
+    Statement addUser = db.Prepare(QStringLiteral(
+        "INSERT INTO Users (UserName, isDefault, InternetConnection, ReplyEmailAddress, "
+        "AuctionRemoveTag, BidRemoveTag) VALUES (?, ?, 1, ?, 'FBR', 'FBR')"));
+    addUser
+        .BindAll(name, makeDefault,
+                 user.email.trimmed().isEmpty() ? QString() : user.email.trimmed())
+        .Run();
+    Statement addSite = db.Prepare(QStringLiteral(
+        "INSERT INTO UserSites (UserName, AuctionSiteFlag, UserID, UserPassword, SiteEmailAddress, "
+        "duration, ShipAbroadPref, shipUSPlus, billpoint) VALUES (?, 0, ?, ?, ?, 7, 0, 0, 0)"));
+    addSite
+        .BindAll(name, user.siteUserId.trimmed(), user.password,
+                 user.email.trimmed().isEmpty() ? QString() : user.email.trimmed())
+        .Run();
+    tx.Commit();
+}
+
+}  // namespace lw::core
