@@ -24,8 +24,7 @@ inline double BestOf(int rounds, const std::function<void()>& work) {
 }
 
 // One line per figure: name, measured, floor, ratio and the limit it must keep.
-inline bool Report(const std::string& name, double seconds, double floorSeconds,
-                   double limit) {
+inline bool Report(const std::string& name, double seconds, double floorSeconds, double limit) {
     const double ratio = floorSeconds > 0 ? seconds / floorSeconds : 0;
     std::printf("%-44s %10.4f s  floor %10.4f s  ratio %5.2fx  (limit %.1fx) %s\n", name.c_str(),
                 seconds, floorSeconds, ratio, limit, ratio <= limit ? "ok" : "OVER");

@@ -36,7 +36,9 @@ void ScriptedUi::Status(const QString& text) {
     m_shown.push_back({QStringLiteral("status"), text, QString()});
 }
 
-void ScriptedUi::Progress(qint64 value, qint64) { m_lastProgress = value; }
+void ScriptedUi::Progress(qint64 value, qint64) {
+    m_lastProgress = value;
+}
 
 void ScriptedUi::PumpEvents() {
     ++m_pumps;
@@ -45,7 +47,9 @@ void ScriptedUi::PumpEvents() {
     }
 }
 
-bool ScriptedUi::CancelRequested() { return m_cancel; }
+bool ScriptedUi::CancelRequested() {
+    return m_cancel;
+}
 
 static QStringList Pick(const std::vector<ScriptedUi::Shown>& shown, const QString& kind,
                         bool titles) {
@@ -58,9 +62,15 @@ static QStringList Pick(const std::vector<ScriptedUi::Shown>& shown, const QStri
     return out;
 }
 
-QStringList ScriptedUi::Messages() const { return Pick(m_shown, QStringLiteral("message"), false); }
-QStringList ScriptedUi::Titles() const { return Pick(m_shown, QStringLiteral("message"), true); }
-QStringList ScriptedUi::Statuses() const { return Pick(m_shown, QStringLiteral("status"), false); }
+QStringList ScriptedUi::Messages() const {
+    return Pick(m_shown, QStringLiteral("message"), false);
+}
+QStringList ScriptedUi::Titles() const {
+    return Pick(m_shown, QStringLiteral("message"), true);
+}
+QStringList ScriptedUi::Statuses() const {
+    return Pick(m_shown, QStringLiteral("status"), false);
+}
 
 TempRoot::TempRoot() {
     if (!m_dir.isValid()) {
@@ -72,7 +82,8 @@ QString TempRoot::Write(const QString& relative, const QByteArray& bytes) const 
     const QString path = m_dir.filePath(relative);
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size()) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(bytes) != bytes.size()) {
         throw std::runtime_error("cannot write test file");
     }
     return path;

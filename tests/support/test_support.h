@@ -14,8 +14,12 @@
 
 namespace lw::test {
 
-inline QString SourceDir() { return QStringLiteral(LW_SOURCE_DIR); }
-inline QString BinDir() { return QStringLiteral(LW_BIN_DIR); }
+inline QString SourceDir() {
+    return QStringLiteral(LW_SOURCE_DIR);
+}
+inline QString BinDir() {
+    return QStringLiteral(LW_BIN_DIR);
+}
 
 // Records every message, question, status and progress; questions take the
 // next scripted answer, or their default when the script has run out.
