@@ -1,0 +1,197 @@
+// The SQLite wrapper: binding, trimming, case-blind columns, transactions and
+// clear failures on files that are not databases.
+#include <gtest/gtest.h>
+
+#include <QFile>
+
+#include "core/store.h"
+#include "tests/support/test_support.h"
+
+using lw::core::Database;
+using lw::core::StoreError;
+using lw::core::Transaction;
+
+namespace {
+
+Database MemoryWithItems() {
+    Database db = Database::Open(QStringLiteral(":memory:"), Database::Mode::Create);
+    db.Exec(QStringLiteral(
+        "CREATE TABLE Items (ItemNumber TEXT COLLATE NOCASE, ItemTitle TEXT COLLATE NOCASE, "
+        "Price REAL, Sold INTEGER, Picture BLOB)"));
+    return db;
+}
+
+void Insert(Database& db, const QVariant& number, const QVariant& title) {
+    db.Prepare(QStringLiteral("INSERT INTO Items (ItemNumber, ItemTitle) VALUES (?, ?)"))
+        .BindAll(number, title)
+        .Run();
+}
+
+int CountWhereNumber(Database& db, const QString& number) {
+    auto s = db.Prepare(QStringLiteral("SELECT COUNT(*) FROM Items WHERE ItemNumber = ?"));
+    s.Bind(1, number);
+    s.Step();
+    return static_cast<int>(s.Value(0).toLongLong());
+}
+
+}  // namespace
+
+TEST(StoreComparison, TrailingBlanksAndCaseDoNotMatterForKeys) {
+    Database db = MemoryWithItems();
+    Insert(db, QStringLiteral("123"), QStringLiteral("Lamp"));
+    Insert(db, QStringLiteral("ab7X  "), QStringLiteral("Vase"));
+    EXPECT_EQ(CountWhereNumber(db, QStringLiteral("123 ")), 1);
+    EXPECT_EQ(CountWhereNumber(db, QStringLiteral("123")), 1);
+    EXPECT_EQ(CountWhereNumber(db, QStringLiteral("AB7x")), 1);
+    EXPECT_EQ(CountWhereNumber(db, QStringLiteral("ab7x   ")), 1);
+    EXPECT_EQ(CountWhereNumber(db, QStringLiteral(" 123")), 0) << "leading blanks are content";
+    // What was written carries no trailing blanks.
+    auto s = db.Prepare(QStringLiteral("SELECT ItemNumber FROM Items WHERE ItemTitle = 'Vase'"));
+    ASSERT_TRUE(s.Step());
+    EXPECT_EQ(s.Text(0), QStringLiteral("ab7X"));
+}
+
+TEST(StoreBinding, HostileTextStaysInItsOwnField) {
+    Database db = MemoryWithItems();
+    const QString hostile = QStringLiteral("O'Brien's \"best\"'); DROP TABLE Items; --");
+    Insert(db, QStringLiteral("1"), hostile);
+    Insert(db, QStringLiteral("2"), QStringLiteral("Ünïcødé ✓ 日本"));
+    auto s = db.Prepare(QStringLiteral("SELECT ItemTitle FROM Items ORDER BY ItemNumber"));
+    ASSERT_TRUE(s.Step());
+    EXPECT_EQ(s.Text(0), hostile);
+    ASSERT_TRUE(s.Step());
+    EXPECT_EQ(s.Text(0), QStringLiteral("Ünïcødé ✓ 日本"));
+    EXPECT_FALSE(s.Step());
+}
+
+TEST(StoreBinding, VariantKindsAndNulls) {
+    Database db = MemoryWithItems();
+    QByteArray blob("a\0b\xff", 4);
+    db.Prepare(QStringLiteral(
+                   "INSERT INTO Items (ItemNumber, ItemTitle, Price, Sold, Picture) VALUES "
+                   "(:n, :t, :p, :s, :b)"))
+        .Bind(":n", QVariant(QStringLiteral("9")))
+        .Bind(":t", QVariant())
+        .Bind(":p", QVariant(12.5))
+        .Bind(":s", QVariant(true))
+        .Bind(":b", QVariant(blob))
+        .Run();
+    auto s = db.Prepare(QStringLiteral("SELECT * FROM Items"));
+    ASSERT_TRUE(s.Step());
+    EXPECT_TRUE(s.IsNull(QStringLiteral("itemtitle")));
+    EXPECT_EQ(s.Text(QStringLiteral("ItemTitle")), QString()) << "Null reads as empty text";
+    EXPECT_DOUBLE_EQ(s.Real(QStringLiteral("PRICE")), 12.5);
+    EXPECT_TRUE(s.Flag(QStringLiteral("Sold")));
+    EXPECT_EQ(s.Value(QStringLiteral("Picture")).toByteArray(), blob);
+    // A null QString binds NULL, an empty one binds empty text.
+    auto kinds = db.Prepare(QStringLiteral("SELECT ? IS NULL, ? IS NULL, ? = ''"));
+    kinds.BindAll(QString(), QStringLiteral(""), QStringLiteral("   "));
+    ASSERT_TRUE(kinds.Step());
+    EXPECT_EQ(kinds.Int(QStringLiteral("? IS NULL")), 1);
+    EXPECT_EQ(kinds.Value(1).toInt(), 0);
+    EXPECT_EQ(kinds.Value(2).toInt(), 1) << "blanks only trim to empty text";
+}
+
+TEST(StoreBinding, WrongParameterIsAnErrorNotACrash) {
+    Database db = MemoryWithItems();
+    auto s = db.Prepare(QStringLiteral("SELECT ?"));
+    EXPECT_THROW(s.Bind(2, QStringLiteral("x")), StoreError);
+    EXPECT_THROW(s.Bind(":missing", QVariant(1)), StoreError);
+}
+
+TEST(StoreColumns, NamesAreCaseBlindAndQualifiedNamesFindTheirColumn) {
+    Database db = MemoryWithItems();
+    Insert(db, QStringLiteral("5"), QStringLiteral("Clock"));
+    auto s = db.Prepare(QStringLiteral("SELECT ItemNumber, ItemTitle FROM Items"));
+    ASSERT_TRUE(s.Step());
+    EXPECT_EQ(s.Text(QStringLiteral("itemnumber")), QStringLiteral("5"));
+    EXPECT_EQ(s.Text(QStringLiteral("Items.ItemTitle")), QStringLiteral("Clock"));
+    EXPECT_EQ(s.ColumnIndex(QStringLiteral("Nothing")), -1);
+    try {
+        s.Text(QStringLiteral("Nothing"));
+        FAIL() << "an unknown column must throw";
+    } catch (const StoreError& error) {
+        EXPECT_TRUE(error.Message().contains(QStringLiteral("Nothing")));
+    }
+}
+
+TEST(StoreTransactions, RollbackUnlessCommitted) {
+    Database db = MemoryWithItems();
+    {
+        Transaction tx(db);
+        Insert(db, QStringLiteral("1"), QStringLiteral("kept"));
+        tx.Commit();
+    }
+    {
+        Transaction tx(db);
+        Insert(db, QStringLiteral("2"), QStringLiteral("dropped"));
+    }
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Items")), 1);
+}
+
+TEST(StoreStatements, SingleStatementAndReadOnlyChecks) {
+    Database db = MemoryWithItems();
+    EXPECT_THROW(db.PrepareSingle(QStringLiteral("SELECT 1; DELETE FROM Items")), StoreError);
+    EXPECT_NO_THROW(db.PrepareSingle(QStringLiteral("SELECT 1 ;  \n")));
+    EXPECT_TRUE(db.PrepareSingle(QStringLiteral("SELECT * FROM Items")).IsReadOnly());
+    EXPECT_FALSE(db.PrepareSingle(QStringLiteral("DELETE FROM Items")).IsReadOnly());
+    EXPECT_THROW(db.Prepare(QStringLiteral("SELEKT nonsense")), StoreError);
+    try {
+        db.Prepare(QStringLiteral("SELECT * FROM NoSuchTable"));
+        FAIL();
+    } catch (const StoreError& error) {
+        EXPECT_TRUE(error.Message().contains(QStringLiteral("NoSuchTable")));
+    }
+}
+
+TEST(StoreFiles, MissingDamagedAndReadOnlyFilesFailWithTheirName) {
+    lw::test::TempRoot root;
+    const QString missing = root.File(QStringLiteral("none.db"));
+    try {
+        Database::Open(missing);
+        FAIL();
+    } catch (const StoreError& error) {
+        EXPECT_TRUE(error.Message().contains(missing));
+    }
+    EXPECT_FALSE(QFile::exists(missing)) << "opening must not create";
+
+    QByteArray junk(8192, '\0');
+    for (int i = 0; i < junk.size(); ++i) {
+        junk[i] = static_cast<char>((i * 131 + 7) % 251);
+    }
+    const QString damaged = root.Write(QStringLiteral("damaged.db"), junk);
+    try {
+        Database::Open(damaged);
+        FAIL();
+    } catch (const StoreError& error) {
+        EXPECT_TRUE(error.Message().contains(damaged));
+    }
+    EXPECT_EQ(lw::test::ReadAll(damaged), junk) << "a damaged file is left as it was";
+
+    const QString good = root.File(QStringLiteral("good.db"));
+    {
+        Database db = Database::Open(good, Database::Mode::Create);
+        db.Exec(QStringLiteral("CREATE TABLE T (a TEXT)"));
+    }
+    Database reader = Database::Open(good, Database::Mode::ReadOnly);
+    EXPECT_TRUE(reader.ReadOnly());
+    EXPECT_THROW(reader.Exec(QStringLiteral("INSERT INTO T VALUES ('x')")), StoreError);
+}
+
+TEST(StoreStatements, MovedStatementsAndDatabasesStayUsable) {
+    Database first = MemoryWithItems();
+    Database db = std::move(first);
+    Insert(db, QStringLiteral("1"), QStringLiteral("a"));
+    auto s = db.Prepare(QStringLiteral("SELECT ItemTitle FROM Items"));
+    auto moved = std::move(s);
+    ASSERT_TRUE(moved.Step());
+    EXPECT_EQ(moved.Text(0), QStringLiteral("a"));
+    // Reset clears bindings and runs again.
+    auto count = db.Prepare(QStringLiteral("SELECT COUNT(*) FROM Items WHERE ItemNumber = ?"));
+    count.Bind(1, QStringLiteral("1"));
+    ASSERT_TRUE(count.Step());
+    EXPECT_EQ(count.Value(0).toInt(), 1);
+    count.Reset();
+    ASSERT_TRUE(count.Step());
+    EXPECT_EQ(count.Value(0).toInt(), 0) << "a cleared binding is NULL";
+}
