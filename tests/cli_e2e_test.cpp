@@ -35,10 +35,10 @@ Run Cli(const QString& root, QStringList args) {
 }
 
 Run Init(const QString& root, const QString& user = QStringLiteral("Ann")) {
-    return Cli(root, {QStringLiteral("init"), QStringLiteral("--user"), user,
-                      QStringLiteral("--site-id"), QStringLiteral("ann_sells"),
-                      QStringLiteral("--password"), QStringLiteral("s3cret"),
-                      QStringLiteral("--email"), QStringLiteral("ann@example.com")});
+    return Cli(root,
+               {QStringLiteral("init"), QStringLiteral("--user"), user, QStringLiteral("--site-id"),
+                QStringLiteral("ann_sells"), QStringLiteral("--password"), QStringLiteral("s3cret"),
+                QStringLiteral("--email"), QStringLiteral("ann@example.com")});
 }
 
 }  // namespace
@@ -65,8 +65,8 @@ TEST(CliInit, MakesFoldersDatabaseAndTheDefaultUser) {
 
 TEST(CliInit, WrongWordsGiveUsageAndNoFiles) {
     TempRoot root;
-    const Run missing = Cli(root.Path(), {QStringLiteral("init"), QStringLiteral("--user"),
-                                          QStringLiteral("Ann")});
+    const Run missing =
+        Cli(root.Path(), {QStringLiteral("init"), QStringLiteral("--user"), QStringLiteral("Ann")});
     EXPECT_EQ(missing.code, 2);
     EXPECT_FALSE(QFile::exists(root.File(QStringLiteral("Data"))));
     const Run unknown = Cli(root.Path(), {QStringLiteral("frobnicate")});
@@ -88,13 +88,13 @@ TEST(CliRules, LookUpKeysAndNamesByTheStoreRules) {
                                             QStringLiteral("Sites"), QStringLiteral("site0")});
     EXPECT_EQ(wrongCase.code, 3) << "keys are case-sensitive";
     EXPECT_EQ(wrongCase.out, QStringLiteral("ERROR\n"));
-    const Run mail = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
-                                       QStringLiteral("Mail Server"), QStringLiteral("Server"),
-                                       QStringLiteral("--store"), QStringLiteral("1")});
+    const Run mail = Cli(
+        root.Path(), {QStringLiteral("rules"), QStringLiteral("get"), QStringLiteral("Mail Server"),
+                      QStringLiteral("Server"), QStringLiteral("--store"), QStringLiteral("1")});
     EXPECT_EQ(mail.code, 0) << mail.err.toStdString();
-    const Run badStore = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
-                                           QStringLiteral("Sites"), QStringLiteral("Site0"),
-                                           QStringLiteral("--store"), QStringLiteral("7")});
+    const Run badStore =
+        Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"), QStringLiteral("Sites"),
+                          QStringLiteral("Site0"), QStringLiteral("--store"), QStringLiteral("7")});
     EXPECT_EQ(badStore.code, 2);
 }
 
@@ -122,9 +122,9 @@ TEST(CliRules, InstallReplacesBothTextsAndMissingFilesChangeNothing) {
                                 QStringLiteral("Sites"), QStringLiteral("Site0")})
                   .out,
               QStringLiteral("Demo Market\n"));
-    EXPECT_EQ(Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
-                                QStringLiteral("Mail Server"), QStringLiteral("Server"),
-                                QStringLiteral("--store"), QStringLiteral("1")})
+    EXPECT_EQ(Cli(root.Path(),
+                  {QStringLiteral("rules"), QStringLiteral("get"), QStringLiteral("Mail Server"),
+                   QStringLiteral("Server"), QStringLiteral("--store"), QStringLiteral("1")})
                   .out,
               QStringLiteral("mail.example.test:2525\n"));
     EXPECT_FALSE(QFile::exists(root.File(QStringLiteral("Configs/site.pro"))))
@@ -134,13 +134,16 @@ TEST(CliRules, InstallReplacesBothTextsAndMissingFilesChangeNothing) {
 TEST(CliQuery, ReadsOnlyAndEscapesCells) {
     TempRoot root;
     ASSERT_EQ(Init(root.Path()).code, 0);
-    const Run refused = Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("DELETE FROM Users")});
+    const Run refused =
+        Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("DELETE FROM Users")});
     EXPECT_EQ(refused.code, 2);
     EXPECT_TRUE(refused.err.contains(QStringLiteral("Only reading")));
-    const Run two = Cli(root.Path(), {QStringLiteral("query"),
-                                      QStringLiteral("SELECT 1; DELETE FROM Users")});
+    const Run two =
+        Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT 1; DELETE FROM Users")});
     EXPECT_NE(two.code, 0);
-    EXPECT_EQ(Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT COUNT(*) AS n FROM Users")}).out,
+    EXPECT_EQ(Cli(root.Path(),
+                  {QStringLiteral("query"), QStringLiteral("SELECT COUNT(*) AS n FROM Users")})
+                  .out,
               QStringLiteral("n\n1\n"));
     const Run cells = Cli(root.Path(), {QStringLiteral("query"),
                                         QStringLiteral("SELECT 'a' || char(9) || 'b' AS t, NULL AS "

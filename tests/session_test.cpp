@@ -61,7 +61,8 @@ TEST_F(SessionTest, ANewDatabaseHoldsTheShippedRulesAndIsMarkedAsOurs) {
     EXPECT_TRUE(QFile::exists(StorePath()));
     EXPECT_FALSE(QFile::exists(StorePath() + QStringLiteral(".new")));
     EXPECT_EQ(db.ScalarInt(QStringLiteral("PRAGMA user_version")), SchemaVersion());
-    auto rows = db.Prepare(QStringLiteral("SELECT ProtocolName, ProtocolData FROM Protocols ORDER BY rowid"));
+    auto rows = db.Prepare(
+        QStringLiteral("SELECT ProtocolName, ProtocolData FROM Protocols ORDER BY rowid"));
     ASSERT_TRUE(rows.Step());
     EXPECT_EQ(rows.Text(0), QStringLiteral("site.pro"));
     EXPECT_EQ(rows.Text(1), *LoadRuleFile(SourceDir() + QStringLiteral("/rules/site.pro")));
@@ -85,7 +86,8 @@ TEST_F(SessionTest, ForeignDamagedAndNewerFilesAreRefusedAndLeftAlone) {
     // Another program's SQLite file.
     {
         Database other = Database::Open(StorePath(), Database::Mode::Create);
-        other.Exec(QStringLiteral("CREATE TABLE Notes (t TEXT); INSERT INTO Notes VALUES ('mine')"));
+        other.Exec(
+            QStringLiteral("CREATE TABLE Notes (t TEXT); INSERT INTO Notes VALUES ('mine')"));
     }
     QByteArray before = Hash(StorePath());
     try {
@@ -116,9 +118,12 @@ TEST_F(SessionTest, ForeignDamagedAndNewerFilesAreRefusedAndLeftAlone) {
 
 TEST_F(SessionTest, AMissingShippedFileIsNamedAndNoDatabaseIsLeft) {
     TempRoot shipped;
-    shipped.Write(QStringLiteral("data/schema.sql"), ReadAll(SourceDir() + QStringLiteral("/data/schema.sql")));
-    shipped.Write(QStringLiteral("data/seed.sql"), ReadAll(SourceDir() + QStringLiteral("/data/seed.sql")));
-    shipped.Write(QStringLiteral("rules/site.pro"), ReadAll(SourceDir() + QStringLiteral("/rules/site.pro")));
+    shipped.Write(QStringLiteral("data/schema.sql"),
+                  ReadAll(SourceDir() + QStringLiteral("/data/schema.sql")));
+    shipped.Write(QStringLiteral("data/seed.sql"),
+                  ReadAll(SourceDir() + QStringLiteral("/data/seed.sql")));
+    shipped.Write(QStringLiteral("rules/site.pro"),
+                  ReadAll(SourceDir() + QStringLiteral("/rules/site.pro")));
     CurrentSession().ShippedDir = shipped.Path();
     try {
         OpenStore();
@@ -136,8 +141,9 @@ TEST_F(SessionTest, UsersAreAddedWithTheirSiteRowAndQuotesInNames) {
     AddUser(db, {QStringLiteral("O'Hara "), QStringLiteral("o'hara_sells"), QStringLiteral("p'w"),
                  QStringLiteral("oh@example.com")});
     AddUser(db, {QStringLiteral("Ben"), QStringLiteral("ben"), QStringLiteral("x"), {}});
-    EXPECT_THROW(AddUser(db, {QStringLiteral("ben "), QStringLiteral("b"), QStringLiteral("x"), {}}),
-                 StoreError)
+    EXPECT_THROW(
+        AddUser(db, {QStringLiteral("ben "), QStringLiteral("b"), QStringLiteral("x"), {}}),
+        StoreError)
         << "names differ neither by case nor by trailing blanks";
     auto users = db.Prepare(QStringLiteral("SELECT UserName, isDefault FROM Users ORDER BY rowid"));
     ASSERT_TRUE(users.Step());

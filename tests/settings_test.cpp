@@ -35,9 +35,9 @@ TEST_F(SettingsTest, MissingKeysGiveTheDefaultAndDeleteRemoves) {
               QStringLiteral("dflt"));
     SaveSetting(QStringLiteral("Lotwright"), QStringLiteral("Inventory"), QStringLiteral("Key"),
                 QStringLiteral("a=b;c \"quoted\""));
-    EXPECT_EQ(GetSetting(QStringLiteral("Lotwright"), QStringLiteral("Inventory"),
-                         QStringLiteral("Key")),
-              QStringLiteral("a=b;c \"quoted\""));
+    EXPECT_EQ(
+        GetSetting(QStringLiteral("Lotwright"), QStringLiteral("Inventory"), QStringLiteral("Key")),
+        QStringLiteral("a=b;c \"quoted\""));
     DeleteSetting(QStringLiteral("Lotwright"), QStringLiteral("Inventory"), QStringLiteral("Key"));
     EXPECT_EQ(GetSetting(QStringLiteral("Lotwright"), QStringLiteral("Inventory"),
                          QStringLiteral("Key"), QStringLiteral("gone")),

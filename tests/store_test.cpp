@@ -67,9 +67,9 @@ TEST(StoreBinding, HostileTextStaysInItsOwnField) {
 TEST(StoreBinding, VariantKindsAndNulls) {
     Database db = MemoryWithItems();
     QByteArray blob("a\0b\xff", 4);
-    db.Prepare(QStringLiteral(
-                   "INSERT INTO Items (ItemNumber, ItemTitle, Price, Sold, Picture) VALUES "
-                   "(:n, :t, :p, :s, :b)"))
+    db.Prepare(
+          QStringLiteral("INSERT INTO Items (ItemNumber, ItemTitle, Price, Sold, Picture) VALUES "
+                         "(:n, :t, :p, :s, :b)"))
         .Bind(":n", QVariant(QStringLiteral("9")))
         .Bind(":t", QVariant())
         .Bind(":p", QVariant(12.5))
