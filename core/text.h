@@ -27,6 +27,7 @@ QString DecodeEntities(const QString& text);
 QString SiteTimeDifference(const QString& siteTime,
                            const QDateTime& now = QDateTime::currentDateTime());
 // "3d 04h 05m" or "Ended" for an end date "mm/dd/yy, hh:mm:ss PST".
+// A text that is no such end date gives an empty text.
 QString TimeLeftText(const QString& endDate, const QString& siteCorrection,
                      const QDateTime& now = QDateTime::currentDateTime());
 
@@ -35,6 +36,8 @@ bool EnsureDirectory(const QString& path);
 // True when the file exists; otherwise creates it empty when create is set.
 bool EnsureFile(const QString& path, bool create);
 // The part of text around the first delimiter; "FALSE" when it is absent.
+// keepRight keeps what follows the cut, else what precedes it; after puts the
+// cut behind the delimiter instead of before it. "ERROR" for an empty delimiter.
 QString CutAt(const QString& text, const QString& delimiter, bool keepRight, bool after);
 
 // Val(x): the number at the left of the text, blanks ignored; 0 when none.
@@ -43,6 +46,11 @@ double Val(QStringView text);
 // thousands separators go, "(5.00)" is -5; "-", "n/a", "" and Null give 0.
 // The generated number columns of the schema compute exactly this in SQL.
 double NumberRule(QStringView text);
+// A QString or a u"" literal would be ambiguous between the two above.
+double NumberRule(const QString& text);
+inline double NumberRule(const char16_t* text) {
+    return NumberRule(QStringView(text));
+}
 double NumberRule(const QVariant& value);
 
 // Two-digit years pivot at 97: 97..99 are 19xx, 00..96 are 20xx.
@@ -55,6 +63,26 @@ std::optional<QDate> LeftDate(QStringView text);
 // "Jun 07, 2000 12:04:00 PST", ISO "2000-06-07". nullopt when no date.
 std::optional<QDateTime> ParseDateTime(QStringView text);
 std::optional<QDate> CDate(QStringView text);
+
+// The number rule in plain SQL over a column expression, for generated columns
+// and views: NumberRule is its C++ twin and the two must agree.
+QString NumberRuleSql(const QString& columnSql);
+// The date rule Left$(x,8) in plain SQL: the ISO day text ("2000-06-07") of a
+// text that starts "mm/dd/yy", else NULL. LeftDate is its C++ twin.
+QString EndDaySql(const QString& columnSql);
+
+// The conversion of a text to a number that Format applies before a numeric
+// pattern (US conventions): "$1,234.50", "(5.00)", "-3", "1E3", "&H1F". The
+// whole text must be such a number; nullopt otherwise.
+std::optional<double> TextToNumber(QStringView text);
+
+// Date serials: days since 30 December 1899, the time of day as the fraction.
+double DateToSerial(const QDateTime& value);
+QDateTime SerialToDate(double serial);
+// DateDiff(interval, from, to) on wall-clock values: "yyyy", "q", "m", "y",
+// "d", "w", "ww", "h", "n", "s" count the boundaries crossed from from to to;
+// nullopt for any other interval.
+std::optional<qint64> DateDiff(QStringView interval, const QDateTime& from, const QDateTime& to);
 
 // VB-style Format of a value by the named or picture patterns the program
 // uses: "General Number", "Currency", "mm/dd/yy", "mm/dd/yyyy", "hh:mm:ss",

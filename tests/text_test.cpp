@@ -1,0 +1,676 @@
+// The shared text helpers: replacing, entities, site time and time left,
+// folders and files, cutting, Val, the number rule and the date rules, and the
+// agreement of the number and date rules with their SQL twins.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include <ostream>
+
+#include "core/text.h"
+
+void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace lw::core {
+namespace {
+
+QDateTime At(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
+    return QDateTime(QDate(y, mo, d), QTime(h, mi, s));
+}
+
+// ------------------------------------------------------------ replacing
+
+TEST(Replace, FirstReplacesOnlyTheFirstAndMarksAnAbsentFind) {
+    EXPECT_EQ(ReplaceFirst(QStringLiteral("a-b-c"), QStringLiteral("-"), QStringLiteral("+")),
+              QStringLiteral("a+b-c"));
+    EXPECT_EQ(ReplaceFirst(QStringLiteral("abc"), QStringLiteral("x"), QStringLiteral("y")),
+              QStringLiteral("ERROR"));
+    EXPECT_EQ(ReplaceFirst(QString(), QStringLiteral("x"), QStringLiteral("y")),
+              QStringLiteral("ERROR"));
+    EXPECT_EQ(ReplaceFirst(QStringLiteral("abc"), QString(), QStringLiteral("y")),
+              QStringLiteral("ERROR"));
+    // Case counts.
+    EXPECT_EQ(ReplaceFirst(QStringLiteral("ABC"), QStringLiteral("b"), QStringLiteral("y")),
+              QStringLiteral("ERROR"));
+}
+
+TEST(Replace, EveryMakesOnePassAndDoesNotLookAtWhatItPutIn) {
+    EXPECT_EQ(ReplaceEvery(QStringLiteral("aaa"), QStringLiteral("a"), QStringLiteral("aa")),
+              QStringLiteral("aaaaaa"));
+    EXPECT_EQ(ReplaceEvery(QStringLiteral("aabb"), QStringLiteral("ab"), QString()),
+              QStringLiteral("ab"));
+    EXPECT_EQ(ReplaceEvery(QStringLiteral("aaaa"), QStringLiteral("aa"), QStringLiteral("b")),
+              QStringLiteral("bb"));
+    EXPECT_EQ(ReplaceEvery(QStringLiteral("abc"), QStringLiteral("x"), QStringLiteral("y")),
+              QStringLiteral("abc"));
+    EXPECT_EQ(ReplaceEvery(QStringLiteral("abc"), QString(), QStringLiteral("y")),
+              QStringLiteral("abc"));
+}
+
+TEST(Replace, RescanRepeatsUntilFindIsGone) {
+    EXPECT_EQ(ReplaceRescan(QStringLiteral("aabb"), QStringLiteral("ab"), QString()), QString());
+    EXPECT_EQ(ReplaceRescan(QStringLiteral("&amp;amp;amp;"), QStringLiteral("&amp;"),
+                            QStringLiteral("&")),
+              QStringLiteral("&"));
+    EXPECT_EQ(ReplaceRescan(QStringLiteral("x  y   z"), QStringLiteral("  "), QStringLiteral(" ")),
+              QStringLiteral("x y z"));
+}
+
+TEST(Replace, RescanWithAReplacementHoldingFindMakesOnePassAndStops) {
+    EXPECT_EQ(ReplaceRescan(QStringLiteral("ab"), QStringLiteral("b"), QStringLiteral("bb")),
+              QStringLiteral("abb"));
+    EXPECT_EQ(ReplaceRescan(QStringLiteral("a a"), QStringLiteral(" "), QStringLiteral("  ")),
+              QStringLiteral("a  a"));
+}
+
+TEST(Replace, RescanStopsARewriteThatOnlyGrows) {
+    // "ab" -> "bba" moves every a behind the b's it passes and doubles them:
+    // it ends, but a long run of a's makes an enormous text. The bound cuts it.
+    const QString text = QString(40, u'a') + QStringLiteral("b");
+    const QString result = ReplaceRescan(text, QStringLiteral("ab"), QStringLiteral("bba"));
+    EXPECT_LE(result.size(), 64 * (text.size() + 1024) + 3);
+}
+
+// The one-sweep rescan must give exactly what replacing the leftmost
+// occurrence again and again from the start gives.
+TEST(Replace, RescanMatchesReplacingTheLeftmostOccurrenceRepeatedly) {
+    std::mt19937 random(7);
+    const QStringList finds = {QStringLiteral("ab"), QStringLiteral("aa"), QStringLiteral("aba"),
+                               QStringLiteral("bab"), QStringLiteral("abb")};
+    const QStringList replacements = {QString(), QStringLiteral("a"), QStringLiteral("b"),
+                                      QStringLiteral("ba"), QStringLiteral("bb")};
+    for (int round = 0; round < 3000; ++round) {
+        QString text;
+        const int length = static_cast<int>(random() % 14);
+        for (int i = 0; i < length; ++i) {
+            text += random() % 2 ? u'a' : u'b';
+        }
+        const QString& find = finds[random() % finds.size()];
+        const QString& replacement = replacements[random() % replacements.size()];
+        if (replacement.contains(find) || replacement.size() >= find.size()) {
+            continue;
+        }
+        QString expected = text;
+        for (qsizetype at = expected.indexOf(find); at >= 0; at = expected.indexOf(find)) {
+            expected.replace(at, find.size(), replacement);
+        }
+        EXPECT_EQ(ReplaceRescan(text, find, replacement), expected)
+            << qPrintable(text) << " " << qPrintable(find) << " -> " << qPrintable(replacement);
+    }
+}
+
+TEST(Entities, DecodesTheFiveInOrderAndNothingElse) {
+    EXPECT_EQ(DecodeEntities(QString()), QString());
+    EXPECT_EQ(DecodeEntities(QStringLiteral("a&nbsp;b&amp;c&#38;d&#39;e&#34;f")),
+              QStringLiteral("a b&c&d'e\"f"));
+    // "&nbsp;" goes first, so one that "&amp;" uncovers stays.
+    EXPECT_EQ(DecodeEntities(QStringLiteral("&amp;nbsp;")), QStringLiteral("&nbsp;"));
+    EXPECT_EQ(DecodeEntities(QStringLiteral("&amp;amp;")), QStringLiteral("&"));
+    EXPECT_EQ(DecodeEntities(QStringLiteral("&lt;b&gt; &quot;")),
+              QStringLiteral("&lt;b&gt; &quot;"));
+}
+
+// ------------------------------------------------------------ site time
+
+TEST(SiteTime, DifferenceIsLocalMinusSiteInSeconds) {
+    const QDateTime now = At(2000, 6, 7, 12, 5, 30);
+    EXPECT_EQ(SiteTimeDifference(QStringLiteral("Wednesday, 06 07, 2000 12:04:00 PDT"), now),
+              QStringLiteral("90"));
+    EXPECT_EQ(SiteTimeDifference(QStringLiteral("Wednesday, 06 07, 2000 13:05:30 PST"), now),
+              QStringLiteral("-3600"));
+    EXPECT_EQ(SiteTimeDifference(QStringLiteral("06/06/00 12:05:30 PST"), now),
+              QStringLiteral("86400"));
+    EXPECT_EQ(SiteTimeDifference(QStringLiteral("June 7 2000 12:05:00 PDT"), now),
+              QStringLiteral("30"));
+}
+
+TEST(SiteTime, AnythingWithoutADateGivesZero) {
+    const QDateTime now = At(2000, 6, 7, 12, 5, 30);
+    EXPECT_EQ(SiteTimeDifference(QStringLiteral("no date here PST"), now), QStringLiteral("0"));
+    EXPECT_EQ(SiteTimeDifference(QString(), now), QStringLiteral("0"));
+    EXPECT_EQ(SiteTimeDifference(QStringLiteral("-1"), now), QStringLiteral("0"));
+    // Without a zone mark the text is not a site time.
+    EXPECT_EQ(SiteTimeDifference(QStringLiteral("Wednesday, 06 07, 2000 12:04:00"), now),
+              QStringLiteral("0"));
+    // The part before the first comma is taken for a weekday and dropped.
+    EXPECT_EQ(SiteTimeDifference(QStringLiteral("Jun 07, 2000 12:04:00 PST"), now),
+              QStringLiteral("0"));
+}
+
+TEST(TimeLeft, ShowsDaysHoursMinutes) {
+    const QDateTime now = At(2000, 6, 7, 12, 0, 0);
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/10/00, 16:05:30 PST"), QStringLiteral("0"), now),
+              QStringLiteral("3d 04h 05m"));
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 12:09:59 PDT"), QStringLiteral("0"), now),
+              QStringLiteral("0d 00h 09m"));
+    // Seconds alone still count as time left, and are not shown.
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 12:00:01 PST"), QStringLiteral("0"), now),
+              QStringLiteral("0d 00h 00m"));
+}
+
+TEST(TimeLeft, SiteCorrectionMovesTheEnd) {
+    const QDateTime now = At(2000, 6, 7, 12, 0, 0);
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/10/00, 16:05:30 PST"), QStringLiteral("3600"), now),
+              QStringLiteral("3d 05h 05m"));
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 12:00:00 PST"), QStringLiteral("-1"), now),
+              QStringLiteral("Ended"));
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 11:59:00 PST"), QStringLiteral("120"), now),
+              QStringLiteral("0d 00h 01m"));
+}
+
+TEST(TimeLeft, EndedAtAndAfterTheEnd) {
+    const QDateTime now = At(2000, 6, 7, 12, 0, 0);
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 12:00:00 PST"), QStringLiteral("0"), now),
+              QStringLiteral("Ended"));
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 11:59:59 PST"), QStringLiteral("0"), now),
+              QStringLiteral("Ended"));
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/01/00, 12:00:00 PST"), QStringLiteral("0"), now),
+              QStringLiteral("Ended"));
+}
+
+TEST(TimeLeft, TwoDigitYearsPivotAt97) {
+    // "97" is 1997: one hour before the end of 1997 there is an hour left.
+    EXPECT_EQ(TimeLeftText(QStringLiteral("12/31/97, 23:59:59 PST"), QStringLiteral("0"),
+                           At(1997, 12, 31, 22, 59, 59)),
+              QStringLiteral("0d 01h 00m"));
+    // Read as 2097 it would be a century away; it has ended.
+    EXPECT_EQ(TimeLeftText(QStringLiteral("12/31/97, 23:59:59 PST"), QStringLiteral("0"),
+                           At(2000, 6, 7, 12, 0, 0)),
+              QStringLiteral("Ended"));
+    // "96" is 2096, and the day count carries no thousands separator.
+    const QDateTime now = At(2000, 6, 7, 12, 0, 0);
+    const qint64 days = QDate(2000, 6, 7).daysTo(QDate(2096, 1, 1)) - 1;
+    EXPECT_EQ(TimeLeftText(QStringLiteral("01/01/96, 00:00:00 PST"), QStringLiteral("0"), now),
+              QString::number(days) + QStringLiteral("d 12h 00m"));
+}
+
+TEST(TimeLeft, TextThatIsNoEndDateGivesNothing) {
+    const QDateTime now = At(2000, 6, 7);
+    EXPECT_EQ(TimeLeftText(QString(), QStringLiteral("0"), now), QString());
+    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00"), QStringLiteral("0"), now), QString());
+    EXPECT_EQ(TimeLeftText(QStringLiteral("not an end date at all"), QStringLiteral("0"), now),
+              QString());
+}
+
+// ------------------------------------------------------------ files
+
+TEST(Files, EnsureDirectoryCreatesMissingFoldersAndRefusesFiles) {
+    QTemporaryDir root;
+    ASSERT_TRUE(root.isValid());
+    const QString nested = root.filePath(QStringLiteral("a/b/c"));
+    EXPECT_TRUE(EnsureDirectory(nested));
+    EXPECT_TRUE(QFileInfo(nested).isDir());
+    EXPECT_TRUE(EnsureDirectory(nested));  // already there
+
+    const QString file = root.filePath(QStringLiteral("plain.txt"));
+    QFile f(file);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.close();
+    EXPECT_FALSE(EnsureDirectory(file));
+    EXPECT_FALSE(EnsureDirectory(file + QStringLiteral("/below")));
+    EXPECT_FALSE(EnsureDirectory(QString()));
+}
+
+TEST(Files, EnsureFileCreatesOnlyWhenAsked) {
+    QTemporaryDir root;
+    ASSERT_TRUE(root.isValid());
+    const QString path = root.filePath(QStringLiteral("queue.txt"));
+    EXPECT_FALSE(EnsureFile(path, false));
+    EXPECT_FALSE(QFileInfo::exists(path));
+    EXPECT_TRUE(EnsureFile(path, true));
+    EXPECT_TRUE(QFileInfo(path).isFile());
+    EXPECT_EQ(QFileInfo(path).size(), 0);
+    EXPECT_TRUE(EnsureFile(path, false));
+
+    QFile existing(path);
+    ASSERT_TRUE(existing.open(QIODevice::WriteOnly));
+    existing.write("kept");
+    existing.close();
+    EXPECT_TRUE(EnsureFile(path, true));
+    EXPECT_EQ(QFileInfo(path).size(), 4);  // an existing file is left as it is
+
+    EXPECT_FALSE(EnsureFile(root.filePath(QStringLiteral("missing/x.txt")), true));
+    EXPECT_FALSE(EnsureFile(root.path(), true));  // a folder is no file
+    EXPECT_FALSE(EnsureFile(QString(), true));
+}
+
+TEST(Cut, KeepsThePartAroundTheFirstDelimiter) {
+    const QString path = QStringLiteral("data/user/file.txt");
+    const QString slash = QStringLiteral("/");
+    EXPECT_EQ(CutAt(path, slash, true, true), QStringLiteral("user/file.txt"));
+    EXPECT_EQ(CutAt(path, slash, true, false), QStringLiteral("/user/file.txt"));
+    EXPECT_EQ(CutAt(path, slash, false, true), QStringLiteral("data/"));
+    EXPECT_EQ(CutAt(path, slash, false, false), QStringLiteral("data"));
+    EXPECT_EQ(CutAt(path, QStringLiteral("::"), true, true), QStringLiteral("FALSE"));
+    EXPECT_EQ(CutAt(path, QString(), true, true), QStringLiteral("ERROR"));
+    EXPECT_EQ(CutAt(QStringLiteral("/x"), slash, false, false), QString());
+}
+
+// ------------------------------------------------------------ numbers
+
+TEST(Numbers, ValReadsTheNumberAtTheLeftIgnoringBlanks) {
+    EXPECT_EQ(Val(u" 1 2 3"), 123);
+    EXPECT_EQ(Val(u"1234.5abc"), 1234.5);
+    EXPECT_EQ(Val(u" - 5"), -5);
+    EXPECT_EQ(Val(u"-.5"), -0.5);
+    EXPECT_EQ(Val(u"1e3"), 1000);
+    EXPECT_EQ(Val(u"1D2"), 100);
+    EXPECT_EQ(Val(u"2e"), 2);
+    EXPECT_EQ(Val(u"1.2.3"), 1.2);
+    EXPECT_EQ(Val(u"&H1F"), 31);
+    EXPECT_EQ(Val(u"&o17"), 15);
+    // Separators and currency signs stop it.
+    EXPECT_EQ(Val(u"1,234"), 1);
+    EXPECT_EQ(Val(u"$5"), 0);
+    EXPECT_EQ(Val(u"n/a"), 0);
+    EXPECT_EQ(Val(u""), 0);
+    EXPECT_EQ(Val(u"+-5"), 0);
+    EXPECT_FALSE(std::signbit(Val(u"-")));
+}
+
+TEST(Numbers, TextToNumberTakesWholeUsNumbersOnly) {
+    EXPECT_EQ(TextToNumber(u"$1,234.50"), 1234.5);
+    EXPECT_EQ(TextToNumber(u"  (5.00) "), -5);
+    EXPECT_EQ(TextToNumber(u"($1,234.50)"), -1234.5);
+    EXPECT_EQ(TextToNumber(u"-$5"), -5);
+    EXPECT_EQ(TextToNumber(u"$-5"), -5);
+    EXPECT_EQ(TextToNumber(u"5-"), -5);
+    EXPECT_EQ(TextToNumber(u"5$"), 5);
+    EXPECT_EQ(TextToNumber(u"1E3"), 1000);
+    EXPECT_EQ(TextToNumber(u".5"), 0.5);
+    EXPECT_EQ(TextToNumber(u"&H1F"), 31);
+    EXPECT_EQ(TextToNumber(u"1,2,3"), 123);
+    for (const char16_t* text : {u"", u"-", u"n/a", u"$", u"1e", u"12abc", u",5", u"(-5)", u"&HZZ",
+                                 u"1.2.3", u"--5", u"$$5", u"06/07/00"}) {
+        EXPECT_EQ(TextToNumber(text), std::nullopt) << QString::fromUtf16(text).toStdString();
+    }
+}
+
+TEST(NumberRule, ReadsMoneyTexts) {
+    EXPECT_EQ(NumberRule(u"$1,234.50"), 1234.5);
+    EXPECT_EQ(NumberRule(u"(5.00)"), -5);
+    EXPECT_EQ(NumberRule(u"($1,234.50)"), -1234.5);
+    EXPECT_EQ(NumberRule(u"-$5"), -5);
+    EXPECT_EQ(NumberRule(u"$ 12 .5"), 12.5);
+    EXPECT_EQ(NumberRule(u"\u00A35.25"), 5.25);
+    EXPECT_EQ(NumberRule(u"\u20AC 7"), 7);
+    EXPECT_EQ(NumberRule(u"\u00A5100"), 100);
+    EXPECT_EQ(NumberRule(u"12 bids"), 12);
+    EXPECT_EQ(NumberRule(u"1e3"), 1000);
+    EXPECT_EQ(NumberRule(u"1e"), 1);
+    EXPECT_EQ(NumberRule(u"\t3"), 3);  // leading white space other than blanks is skipped
+}
+
+TEST(NumberRule, NoValueIsZero) {
+    for (const char16_t* text :
+         {u"n/a", u"-", u"", u"(", u"()", u"$", u"abc", u".", u"-.", u"e5"}) {
+        const double value = NumberRule(text);
+        EXPECT_EQ(value, 0) << QString::fromUtf16(text).toStdString();
+        EXPECT_FALSE(std::signbit(value)) << QString::fromUtf16(text).toStdString();
+    }
+    EXPECT_EQ(NumberRule(QVariant()), 0);
+    EXPECT_EQ(NumberRule(QVariant(QMetaType(QMetaType::QString))), 0);
+}
+
+TEST(NumberRule, TakesVariantsOfEveryKind) {
+    EXPECT_EQ(NumberRule(QVariant(QStringLiteral("$3.50"))), 3.5);
+    EXPECT_EQ(NumberRule(QVariant(QByteArray("$4"))), 4);
+    EXPECT_EQ(NumberRule(QVariant(2.25)), 2.25);
+    EXPECT_EQ(NumberRule(QVariant(-7)), -7);
+    EXPECT_EQ(NumberRule(QVariant(qint64(1) << 40)), double(qint64(1) << 40));
+    EXPECT_EQ(NumberRule(QStringLiteral("$9")), 9);
+}
+
+// ------------------------------------------------------------ C++ against SQL
+
+class Sqlite {
+public:
+    Sqlite() { sqlite3_open(":memory:", &m_db); }
+    ~Sqlite() { sqlite3_close(m_db); }
+    Sqlite(const Sqlite&) = delete;
+    Sqlite& operator=(const Sqlite&) = delete;
+
+    void Exec(const QString& sql) {
+        char* error = nullptr;
+        const int rc = sqlite3_exec(m_db, sql.toUtf8().constData(), nullptr, nullptr, &error);
+        ASSERT_EQ(rc, SQLITE_OK) << (error ? error : "") << "\n" << sql.toStdString();
+    }
+
+    // Stores each text (a null QString as NULL) in table t and returns the
+    // generated column g of each row, in order, as SQLite computed it.
+    std::vector<QVariant> Generated(const std::vector<QString>& texts) {
+        std::vector<QVariant> out;
+        sqlite3_stmt* insert = nullptr;
+        sqlite3_prepare_v2(m_db, "INSERT INTO t(id, x) VALUES(?1, ?2)", -1, &insert, nullptr);
+        for (size_t i = 0; i < texts.size(); ++i) {
+            sqlite3_bind_int64(insert, 1, static_cast<sqlite3_int64>(i));
+            if (texts[i].isNull()) {
+                sqlite3_bind_null(insert, 2);
+            } else {
+                const QByteArray utf8 = texts[i].toUtf8();
+                sqlite3_bind_text(insert, 2, utf8.constData(), utf8.size(), SQLITE_TRANSIENT);
+            }
+            EXPECT_EQ(sqlite3_step(insert), SQLITE_DONE);
+            sqlite3_reset(insert);
+        }
+        sqlite3_finalize(insert);
+        sqlite3_stmt* select = nullptr;
+        sqlite3_prepare_v2(m_db, "SELECT g FROM t ORDER BY id", -1, &select, nullptr);
+        while (sqlite3_step(select) == SQLITE_ROW) {
+            switch (sqlite3_column_type(select, 0)) {
+                case SQLITE_NULL:
+                    out.emplace_back();
+                    break;
+                case SQLITE_FLOAT:
+                case SQLITE_INTEGER:
+                    out.emplace_back(sqlite3_column_double(select, 0));
+                    break;
+                default:
+                    out.emplace_back(QString::fromUtf8(
+                        reinterpret_cast<const char*>(sqlite3_column_text(select, 0))));
+                    break;
+            }
+        }
+        sqlite3_finalize(select);
+        return out;
+    }
+
+private:
+    sqlite3* m_db = nullptr;
+};
+
+bool SameOrNeighbours(double a, double b) {
+    return a == b || (std::isfinite(a) && std::nextafter(a, b) == b);
+}
+
+std::vector<QString> HandPickedNumbers() {
+    return {QString(),
+            QStringLiteral(""),
+            QStringLiteral("$1,234.50"),
+            QStringLiteral("n/a"),
+            QStringLiteral("-"),
+            QStringLiteral("(5.00)"),
+            QStringLiteral("($1,234.50)"),
+            QStringLiteral("(-5)"),
+            QStringLiteral("(("),
+            QStringLiteral("("),
+            QStringLiteral(")"),
+            QStringLiteral("$"),
+            QStringLiteral("1e"),
+            QStringLiteral("1e+"),
+            QStringLiteral("1e-2"),
+            QStringLiteral("1E5x"),
+            QStringLiteral(".5"),
+            QStringLiteral("5."),
+            QStringLiteral("."),
+            QStringLiteral("-.5"),
+            QStringLiteral("+7"),
+            QStringLiteral("--7"),
+            QStringLiteral("\t 8"),
+            QStringLiteral("\n\r9"),
+            QStringLiteral("\u00A010"),
+            QStringLiteral("\u00A311"),
+            QStringLiteral("\u20AC12"),
+            QStringLiteral("\u00A513"),
+            QStringLiteral("0x1F"),
+            QStringLiteral("1e400"),
+            QStringLiteral("-1e400"),
+            QStringLiteral("1e-400"),
+            QStringLiteral("12 345"),
+            QStringLiteral("1,2,3.4,5"),
+            QStringLiteral("99999999999999999999999"),
+            QStringLiteral("0.1"),
+            QStringLiteral("0.30000000000000004"),
+            QStringLiteral("$ (3)"),
+            QStringLiteral("($)"),
+            QStringLiteral("\u4E2D5"),
+            QStringLiteral("5\u4E2D"),
+            QStringLiteral("Infinity"),
+            QStringLiteral("NaN"),
+            QStringLiteral("1.5.3")};
+}
+
+TEST(RuleAgreement, NumberRuleMatchesItsSqlOverManyTexts) {
+    std::vector<QString> texts = HandPickedNumbers();
+    const size_t handPicked = texts.size();
+
+    std::mt19937 random(20000607);
+    // Money as the site and the user write it: these must agree to the bit.
+    for (int i = 0; i < 2000; ++i) {
+        QString money;
+        const int shape = static_cast<int>(random() % 4);
+        const QString amount = QString::number(static_cast<qint64>(random() % 100000000)) +
+                               QStringLiteral(".") +
+                               QString::number(random() % 100).rightJustified(2, u'0');
+        QString grouped = amount;
+        for (qsizetype at = amount.indexOf(u'.') - 3; at > 0; at -= 3) {
+            grouped.insert(at, u',');
+        }
+        switch (shape) {
+            case 0:
+                money = QStringLiteral("$") + grouped;
+                break;
+            case 1:
+                money = QStringLiteral("($") + grouped + QStringLiteral(")");
+                break;
+            case 2:
+                money = QStringLiteral("-$") + amount;
+                break;
+            default:
+                money = QStringLiteral("US $") + grouped;
+                break;
+        }
+        texts.push_back(money);
+    }
+    const size_t moneyEnd = texts.size();
+
+    // Anything at all drawn from the characters that matter to the rule.
+    const QStringList pieces = {
+        QStringLiteral("0"),      QStringLiteral("1"),      QStringLiteral("2"),
+        QStringLiteral("5"),      QStringLiteral("7"),      QStringLiteral("9"),
+        QStringLiteral("3"),      QStringLiteral("+"),      QStringLiteral("-"),
+        QStringLiteral("."),      QStringLiteral("e"),      QStringLiteral("E"),
+        QStringLiteral("$"),      QStringLiteral(","),      QStringLiteral("("),
+        QStringLiteral(")"),      QStringLiteral("a"),      QStringLiteral("x"),
+        QStringLiteral(" "),      QStringLiteral("\t"),     QStringLiteral("\n"),
+        QStringLiteral("\u00A3"), QStringLiteral("\u20AC"), QStringLiteral("\u00A5"),
+        QStringLiteral("\u00E9"), QStringLiteral("\u4E2D"), QStringLiteral("\u00A0"),
+        QStringLiteral("n/a")};
+    for (int i = 0; i < 4000; ++i) {
+        QString text;
+        const int length = static_cast<int>(random() % 12);
+        for (int j = 0; j < length; ++j) {
+            text += pieces[random() % pieces.size()];
+        }
+        texts.push_back(text);
+    }
+
+    Sqlite db;
+    db.Exec(QStringLiteral("CREATE TABLE t(id INTEGER PRIMARY KEY, x TEXT COLLATE NOCASE, "
+                           "g REAL GENERATED ALWAYS AS (") +
+            NumberRuleSql(QStringLiteral("x")) + QStringLiteral(") VIRTUAL)"));
+    const std::vector<QVariant> sql = db.Generated(texts);
+    ASSERT_EQ(sql.size(), texts.size());
+    for (size_t i = 0; i < texts.size(); ++i) {
+        const double cpp = texts[i].isNull() ? NumberRule(QVariant()) : NumberRule(texts[i]);
+        ASSERT_FALSE(sql[i].isNull()) << texts[i].toStdString();
+        const double fromSql = sql[i].toDouble();
+        if (i < moneyEnd) {
+            EXPECT_EQ(cpp, fromSql) << "text: [" << texts[i].toStdString() << "]"
+                                    << (i < handPicked ? " (hand-picked)" : " (money)");
+        } else {
+            // Both read the same characters as the number. For long runs of
+            // digits SQLite's own decimal conversion may round the last bit
+            // the other way from a correctly rounded one.
+            EXPECT_TRUE(SameOrNeighbours(cpp, fromSql))
+                << "text: [" << texts[i].toStdString() << "] C++ " << cpp << " SQL " << fromSql;
+        }
+    }
+}
+
+TEST(RuleAgreement, LeftDateMatchesTheEndDaySql) {
+    std::vector<QString> texts = {
+        QString(),
+        QStringLiteral("06/07/00, 12:04:00 PST"),
+        QStringLiteral("06/07/00"),
+        QStringLiteral("12/31/97, 23:59:59 PDT"),
+        QStringLiteral("01/01/96"),
+        QStringLiteral("02/29/00"),
+        QStringLiteral("02/29/97"),
+        QStringLiteral("13/45/00"),
+        QStringLiteral("00/00/00"),
+        QStringLiteral("6/7/2000"),
+        QStringLiteral("06/07/0"),
+        QStringLiteral("06-07-00"),
+        QStringLiteral("Jun 07, 2000"),
+        QStringLiteral(""),
+        QStringLiteral(" 06/07/00"),
+        QStringLiteral("06/07/99 trailing"),
+    };
+    // Mostly "mm/dd/yy" with months 00..13 and days 00..32, a few characters
+    // spoiled, some with the time behind, some cut short.
+    std::mt19937 random(97);
+    const QString spoilers = QStringLiteral("x-/ 9\u00E9");
+    for (int i = 0; i < 3000; ++i) {
+        QString text = QString::number(random() % 14).rightJustified(2, u'0') + u'/' +
+                       QString::number(random() % 33).rightJustified(2, u'0') + u'/' +
+                       QString::number(random() % 100).rightJustified(2, u'0');
+        for (QChar& c : text) {
+            if (random() % 25 == 0) {
+                c = spoilers[random() % spoilers.size()];
+            }
+        }
+        if (random() % 3 == 0) {
+            text += QStringLiteral(", 12:04:00 PST");
+        }
+        if (random() % 10 == 0) {
+            text.truncate(random() % 8);
+        }
+        texts.push_back(text);
+    }
+
+    Sqlite db;
+    db.Exec(QStringLiteral("CREATE TABLE t(id INTEGER PRIMARY KEY, x TEXT COLLATE NOCASE, "
+                           "g TEXT GENERATED ALWAYS AS (") +
+            EndDaySql(QStringLiteral("x")) + QStringLiteral(") VIRTUAL)"));
+    const std::vector<QVariant> sql = db.Generated(texts);
+    ASSERT_EQ(sql.size(), texts.size());
+    int valid = 0;
+    for (size_t i = 0; i < texts.size(); ++i) {
+        const std::optional<QDate> day = texts[i].isNull() ? std::nullopt : LeftDate(texts[i]);
+        if (day) {
+            ++valid;
+            EXPECT_EQ(sql[i].toString(), day->toString(Qt::ISODate)) << texts[i].toStdString();
+        } else if (!sql[i].isNull()) {
+            // The SQL gives a text for a shape with an impossible day; it names no day.
+            EXPECT_FALSE(QDate::fromString(sql[i].toString(), Qt::ISODate).isValid())
+                << texts[i].toStdString() << " -> " << sql[i].toString().toStdString();
+        }
+    }
+    EXPECT_GT(valid, 500);  // the corpus must exercise the agreeing case a lot
+}
+
+// ------------------------------------------------------------ dates
+
+TEST(Dates, TwoDigitYearsPivotAt97) {
+    EXPECT_EQ(ExpandYear(0), 2000);
+    EXPECT_EQ(ExpandYear(96), 2096);
+    EXPECT_EQ(ExpandYear(97), 1997);
+    EXPECT_EQ(ExpandYear(99), 1999);
+    EXPECT_EQ(ExpandYear(2000), 2000);
+}
+
+TEST(Dates, LeftDateReadsTheFirstEightCharacters) {
+    EXPECT_EQ(LeftDate(u"06/07/00, 12:04:00 PST"), QDate(2000, 6, 7));
+    EXPECT_EQ(LeftDate(u"12/31/97"), QDate(1997, 12, 31));
+    EXPECT_EQ(LeftDate(u"13/45/00"), std::nullopt);
+    EXPECT_EQ(LeftDate(u"6/7/2000"), std::nullopt);
+    EXPECT_EQ(LeftDate(u"06/07/0"), std::nullopt);
+}
+
+TEST(Dates, ParsesTheSiteForms) {
+    struct Case {
+        const char16_t* text;
+        QDateTime expected;
+    };
+    const Case cases[] = {
+        {u"06/07/00", At(2000, 6, 7)},
+        {u"6/7/2000", At(2000, 6, 7)},
+        {u"12/31/97", At(1997, 12, 31)},
+        {u"Jun-07-00", At(2000, 6, 7)},
+        {u"June 7, 2000", At(2000, 6, 7)},
+        {u"7 June 2000", At(2000, 6, 7)},
+        {u"Jun 07, 2000 12:04:00 PST", At(2000, 6, 7, 12, 4, 0)},
+        {u"Wednesday, 06 07, 2000 12:04:00", At(2000, 6, 7, 12, 4, 0)},
+        {u"Wed, 06 07, 2000 12:04:00 PDT", At(2000, 6, 7, 12, 4, 0)},
+        {u"06/07/00, 12:04:00 PST", At(2000, 6, 7, 12, 4, 0)},
+        {u"06/07/00 1:04 pm", At(2000, 6, 7, 13, 4, 0)},
+        {u"06/07/00 12:04:05 AM", At(2000, 6, 7, 0, 4, 5)},
+        {u"2000-06-07", At(2000, 6, 7)},
+        {u"2000-06-07 23:59:59", At(2000, 6, 7, 23, 59, 59)},
+        {u"2000-06-07T08:09:10", At(2000, 6, 7, 8, 9, 10)},
+        {u"Sept 30, 1999", At(1999, 9, 30)},
+        {u"13/06/2000", At(2000, 6, 13)},
+        {u"02/29/00", At(2000, 2, 29)},
+    };
+    for (const Case& c : cases) {
+        const auto parsed = ParseDateTime(c.text);
+        ASSERT_TRUE(parsed.has_value()) << QString::fromUtf16(c.text).toStdString();
+        EXPECT_EQ(*parsed, c.expected) << QString::fromUtf16(c.text).toStdString();
+    }
+}
+
+TEST(Dates, RefusesWhatIsNoDate) {
+    for (const char16_t* text :
+         {u"", u"hello", u"6/7", u"12:04:00", u"13/45/00", u"02/29/97", u"Jun 31, 2000",
+          u"06/07/00 25:00", u"06/07/00 13:00 PM", u"06/07/00 foo", u"06/07/00 #", u"1/2/3/4",
+          u"June July 2000", u"12345/1/1"}) {
+        EXPECT_EQ(ParseDateTime(text), std::nullopt) << QString::fromUtf16(text).toStdString();
+    }
+}
+
+TEST(Dates, CDateReadsBeforeTheFirstCommaOrTheWhole) {
+    EXPECT_EQ(CDate(u"06/07/00, 12:04:00 PST"), QDate(2000, 6, 7));
+    EXPECT_EQ(CDate(u"June 7, 2000"), QDate(2000, 6, 7));
+    EXPECT_EQ(CDate(u"Wednesday, 06 07, 2000 12:04:00"), QDate(2000, 6, 7));
+    EXPECT_EQ(CDate(u"no date, none"), std::nullopt);
+}
+
+TEST(Dates, SerialsCountDaysFrom1899) {
+    EXPECT_EQ(DateToSerial(At(2000, 1, 1)), 36526);
+    EXPECT_EQ(DateToSerial(At(2000, 6, 7, 12)), 36684.5);
+    EXPECT_EQ(DateToSerial(At(1899, 12, 29, 6)), -1.25);
+    EXPECT_EQ(SerialToDate(36684.5), At(2000, 6, 7, 12));
+    EXPECT_EQ(SerialToDate(-1.25), At(1899, 12, 29, 6));
+    EXPECT_EQ(SerialToDate(0), At(1899, 12, 30));
+    const QDateTime odd = At(1997, 12, 31, 23, 59, 59);
+    EXPECT_EQ(SerialToDate(DateToSerial(odd)), odd);
+}
+
+TEST(Dates, DateDiffCountsBoundaries) {
+    const QDateTime late = At(2000, 6, 7, 23, 59, 59);
+    const QDateTime early = At(2000, 6, 8, 0, 0, 1);
+    EXPECT_EQ(DateDiff(u"d", late, early), 1);
+    EXPECT_EQ(DateDiff(u"D", early, late), -1);
+    EXPECT_EQ(DateDiff(u"s", late, early), 2);
+    EXPECT_EQ(DateDiff(u"n", late, early), 1);
+    EXPECT_EQ(DateDiff(u"h", late, early), 1);
+    EXPECT_EQ(DateDiff(u"yyyy", At(1999, 12, 31), At(2000, 1, 1)), 1);
+    EXPECT_EQ(DateDiff(u"m", At(2000, 1, 31), At(2000, 3, 1)), 2);
+    EXPECT_EQ(DateDiff(u"q", At(2000, 3, 31), At(2000, 4, 1)), 1);
+    EXPECT_EQ(DateDiff(u"w", At(2000, 6, 7), At(2000, 6, 20)), 1);
+    EXPECT_EQ(DateDiff(u"ww", At(2000, 6, 10), At(2000, 6, 11)), 1);  // Saturday to Sunday
+    EXPECT_EQ(DateDiff(u"d", At(1899, 12, 29), At(1900, 1, 1)), 3);
+    EXPECT_EQ(DateDiff(u"x", late, early), std::nullopt);
+}
+
+}  // namespace
+}  // namespace lw::core
