@@ -62,7 +62,8 @@ void TerminalUi::EndBar() {
 
 void TerminalUi::Message(const QString& text, const QString& title, core::Icon) {
     EndBar();
-    Err(title.isEmpty() ? text + u'\n' : title + QStringLiteral(": ") + text + u'\n');
+    Err(title.isEmpty() ? QString(text + u'\n')
+                        : QString(title + QStringLiteral(": ") + text + u'\n'));
 }
 
 core::Answer TerminalUi::Ask(const QString& text, const QString& title, core::Buttons buttons,
