@@ -289,7 +289,11 @@ void LoadSiteCorrection(Database& db) {
         CurrentSession().SiteCorrection = QStringLiteral("0");
         return;
     }
-    CurrentSession().SiteCorrection = global.Text(0);
+    // The column holds a number of seconds; "-42", not "-42.0", is its text.
+    const QVariant value = global.Value(0);
+    CurrentSession().SiteCorrection = value.typeId() == QMetaType::QString
+                                          ? value.toString().trimmed()
+                                          : QString::number(value.toDouble(), 'g', 15);
 }
 
 TimeLeftTimer TimeLeftTimerFor(bool autoUpdate, qint64 timeLeftInterval) {

@@ -9,6 +9,7 @@
 #include "core/rule_text.h"
 #include "core/session.h"
 #include "core/store.h"
+#include "core/text.h"
 #include "tests/support/test_support.h"
 
 using namespace lw::core;
