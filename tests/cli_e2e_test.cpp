@@ -14,13 +14,13 @@ using lw::test::TempRoot;
 
 namespace {
 
-struct Run {
+struct CliRun {
     int code = -1;
     QString out;
     QString err;
 };
 
-Run Cli(const QString& root, QStringList args) {
+CliRun Cli(const QString& root, QStringList args) {
     QProcess process;
     args.prepend(root);
     args.prepend(QStringLiteral("--root"));
@@ -34,7 +34,7 @@ Run Cli(const QString& root, QStringList args) {
             QString::fromUtf8(process.readAllStandardError())};
 }
 
-Run Init(const QString& root, const QString& user = QStringLiteral("Ann")) {
+CliRun Init(const QString& root, const QString& user = QStringLiteral("Ann")) {
     return Cli(root,
                {QStringLiteral("init"), QStringLiteral("--user"), user, QStringLiteral("--site-id"),
                 QStringLiteral("ann_sells"), QStringLiteral("--password"), QStringLiteral("s3cret"),
@@ -45,31 +45,32 @@ Run Init(const QString& root, const QString& user = QStringLiteral("Ann")) {
 
 TEST(CliInit, MakesFoldersDatabaseAndTheDefaultUser) {
     TempRoot root;
-    const Run init = Init(root.Path());
+    const CliRun init = Init(root.Path());
     ASSERT_EQ(init.code, 0) << init.err.toStdString();
     EXPECT_TRUE(QFile::exists(root.File(QStringLiteral("Data/Lotwright.db"))));
     EXPECT_TRUE(QFile::exists(root.File(QStringLiteral("Configs"))));
     EXPECT_TRUE(QFile::exists(root.File(QStringLiteral("Data/Ann"))));
-    const Run users = Cli(root.Path(), {QStringLiteral("query"),
-                                        QStringLiteral("SELECT u.UserName, u.isDefault, s.UserID, "
-                                                       "s.AuctionSiteFlag FROM Users u JOIN "
-                                                       "UserSites s USING (UserName)")});
+    const CliRun users =
+        Cli(root.Path(),
+            {QStringLiteral("query"), QStringLiteral("SELECT u.UserName, u.isDefault, s.UserID, "
+                                                     "s.AuctionSiteFlag FROM Users u JOIN "
+                                                     "UserSites s USING (UserName)")});
     ASSERT_EQ(users.code, 0) << users.err.toStdString();
     EXPECT_EQ(users.out, QStringLiteral("UserName\tisDefault\tUserID\tAuctionSiteFlag\n"
                                         "Ann\t1\tann_sells\t0\n"));
     // A second init of the same name is refused and changes nothing.
-    const Run again = Init(root.Path());
+    const CliRun again = Init(root.Path());
     EXPECT_NE(again.code, 0);
     EXPECT_TRUE(again.err.contains(QStringLiteral("already exists"))) << again.err.toStdString();
 }
 
 TEST(CliInit, WrongWordsGiveUsageAndNoFiles) {
     TempRoot root;
-    const Run missing =
+    const CliRun missing =
         Cli(root.Path(), {QStringLiteral("init"), QStringLiteral("--user"), QStringLiteral("Ann")});
     EXPECT_EQ(missing.code, 2);
     EXPECT_FALSE(QFile::exists(root.File(QStringLiteral("Data"))));
-    const Run unknown = Cli(root.Path(), {QStringLiteral("frobnicate")});
+    const CliRun unknown = Cli(root.Path(), {QStringLiteral("frobnicate")});
     EXPECT_EQ(unknown.code, 2);
     EXPECT_TRUE(unknown.err.contains(QStringLiteral("Usage")));
 }
@@ -77,22 +78,22 @@ TEST(CliInit, WrongWordsGiveUsageAndNoFiles) {
 TEST(CliRules, LookUpKeysAndNamesByTheStoreRules) {
     TempRoot root;
     ASSERT_EQ(Init(root.Path()).code, 0);
-    const Run site = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
-                                       QStringLiteral("SITES"), QStringLiteral("Site0")});
+    const CliRun site = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
+                                          QStringLiteral("SITES"), QStringLiteral("Site0")});
     EXPECT_EQ(site.code, 0) << site.err.toStdString();
     EXPECT_EQ(site.out, QStringLiteral("eBay\n"));
-    const Run name = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("name"),
-                                       QStringLiteral("Sites"), QStringLiteral("eBay")});
+    const CliRun name = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("name"),
+                                          QStringLiteral("Sites"), QStringLiteral("eBay")});
     EXPECT_EQ(name.out, QStringLiteral("Site0\n"));
-    const Run wrongCase = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
-                                            QStringLiteral("Sites"), QStringLiteral("site0")});
+    const CliRun wrongCase = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
+                                               QStringLiteral("Sites"), QStringLiteral("site0")});
     EXPECT_EQ(wrongCase.code, 3) << "keys are case-sensitive";
     EXPECT_EQ(wrongCase.out, QStringLiteral("ERROR\n"));
-    const Run mail = Cli(
+    const CliRun mail = Cli(
         root.Path(), {QStringLiteral("rules"), QStringLiteral("get"), QStringLiteral("Mail Server"),
                       QStringLiteral("Server"), QStringLiteral("--store"), QStringLiteral("1")});
     EXPECT_EQ(mail.code, 0) << mail.err.toStdString();
-    const Run badStore =
+    const CliRun badStore =
         Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"), QStringLiteral("Sites"),
                           QStringLiteral("Site0"), QStringLiteral("--store"), QStringLiteral("7")});
     EXPECT_EQ(badStore.code, 2);
@@ -106,8 +107,8 @@ TEST(CliRules, InstallReplacesBothTextsAndMissingFilesChangeNothing) {
         "[Sites]\nSite0=Demo Market\n\n[Update]\nProtocols=0\n");  // LF only, no blank at the end
     const QString info = root.Write(QStringLiteral("new/info.pro"),
                                     "[Mail Server]\r\nServer=mail.example.test:2525");
-    const Run missing = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("install"), site,
-                                          root.File(QStringLiteral("new/none.pro"))});
+    const CliRun missing = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("install"),
+                                             site, root.File(QStringLiteral("new/none.pro"))});
     EXPECT_NE(missing.code, 0);
     EXPECT_TRUE(missing.err.contains(QStringLiteral("none.pro"))) << missing.err.toStdString();
     EXPECT_EQ(Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
@@ -115,7 +116,7 @@ TEST(CliRules, InstallReplacesBothTextsAndMissingFilesChangeNothing) {
                   .out,
               QStringLiteral("eBay\n"));
 
-    const Run install =
+    const CliRun install =
         Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("install"), site, info});
     ASSERT_EQ(install.code, 0) << install.err.toStdString();
     EXPECT_EQ(Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
@@ -134,43 +135,45 @@ TEST(CliRules, InstallReplacesBothTextsAndMissingFilesChangeNothing) {
 TEST(CliQuery, ReadsOnlyAndEscapesCells) {
     TempRoot root;
     ASSERT_EQ(Init(root.Path()).code, 0);
-    const Run refused =
+    const CliRun refused =
         Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("DELETE FROM Users")});
     EXPECT_EQ(refused.code, 2);
     EXPECT_TRUE(refused.err.contains(QStringLiteral("Only reading")));
-    const Run two =
+    const CliRun two =
         Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT 1; DELETE FROM Users")});
     EXPECT_NE(two.code, 0);
     EXPECT_EQ(Cli(root.Path(),
                   {QStringLiteral("query"), QStringLiteral("SELECT COUNT(*) AS n FROM Users")})
                   .out,
               QStringLiteral("n\n1\n"));
-    const Run cells = Cli(root.Path(), {QStringLiteral("query"),
-                                        QStringLiteral("SELECT 'a' || char(9) || 'b' AS t, NULL AS "
-                                                       "n, 'it''s' AS q")});
+    const CliRun cells =
+        Cli(root.Path(),
+            {QStringLiteral("query"), QStringLiteral("SELECT 'a' || char(9) || 'b' AS t, NULL AS "
+                                                     "n, 'it''s' AS q")});
     EXPECT_EQ(cells.out, QStringLiteral("t\tn\tq\na\\tb\t\tit's\n"));
-    const Run broken = Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT FROM")});
+    const CliRun broken =
+        Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT FROM")});
     EXPECT_EQ(broken.code, 1);
     EXPECT_FALSE(broken.err.isEmpty());
 }
 
 TEST(CliFailures, NoDatabaseDamagedDatabaseAndUnwritableRoot) {
     TempRoot root;
-    const Run none = Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT 1")});
+    const CliRun none = Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT 1")});
     EXPECT_EQ(none.code, 1);
     EXPECT_TRUE(none.err.contains(QStringLiteral("init"))) << none.err.toStdString();
 
     const QByteArray junk(5000, '\x07');
     const QString db = root.Write(QStringLiteral("Data/Lotwright.db"), junk);
-    const Run damaged = Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT 1")});
+    const CliRun damaged = Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT 1")});
     EXPECT_EQ(damaged.code, 1);
     EXPECT_TRUE(damaged.err.contains(db)) << damaged.err.toStdString();
-    const Run initOver = Init(root.Path());
+    const CliRun initOver = Init(root.Path());
     EXPECT_EQ(initOver.code, 1);
     EXPECT_EQ(ReadAll(db), junk) << "nothing is overwritten";
 
     const QString file = root.Write(QStringLiteral("afile"), "x");
-    const Run unwritable = Init(file + QStringLiteral("/root"));
+    const CliRun unwritable = Init(file + QStringLiteral("/root"));
     EXPECT_EQ(unwritable.code, 1);
     EXPECT_TRUE(unwritable.err.contains(file)) << unwritable.err.toStdString();
 }
