@@ -10,6 +10,7 @@
 #include "core/session.h"
 #include "core/store.h"
 #include "core/text.h"
+#include "core/tracking.h"
 #include "tests/support/test_support.h"
 
 using namespace lw::core;
@@ -242,4 +243,30 @@ TEST(AppRoot, GivenRootWinsThenAPortableCopyThenTheUserFolder) {
     QDir(exe.Path()).mkpath(QStringLiteral("data"));
     EXPECT_EQ(ResolveAppRoot({}, exe.Path()), QDir(exe.Path()).absolutePath());
     EXPECT_EQ(ResolveShippedDir(exe.Path()), QDir(exe.Path()).absolutePath());
+}
+
+TEST_F(SessionTest, UsageCountersAddAndMarkAndNeverFail) {
+    {
+        Database db = OpenStore();
+        db.Exec(QStringLiteral("DELETE FROM Tracking"));
+    }
+    TrackCount(QStringLiteral("Updates"));
+    TrackCount(QStringLiteral("updates"));
+    TrackCount(QStringLiteral("AuctionsPosted"));
+    TrackUse(QStringLiteral("SendEmail"));
+    TrackCount(QStringLiteral("Updates; DROP TABLE Tracking"));
+    Database db = OpenStore();
+    auto row = db.Prepare(QStringLiteral("SELECT * FROM Tracking"));
+    ASSERT_TRUE(row.Step());
+    EXPECT_EQ(row.Int(QStringLiteral("Updates")), 2);
+    EXPECT_EQ(row.Int(QStringLiteral("AuctionsPosted")), 1);
+    EXPECT_TRUE(row.Flag(QStringLiteral("SendEmail")));
+    EXPECT_FALSE(row.Flag(QStringLiteral("Paypal")));
+    EXPECT_FALSE(row.Step()) << "one row of counters";
+
+    // With no database at all the calls are silent.
+    CurrentSession().DataDir = m_root.File(QStringLiteral("nowhere/")) + QStringLiteral("x/");
+    CurrentSession().ShippedDir = m_root.File(QStringLiteral("no-shipped-files"));
+    EXPECT_NO_THROW(TrackCount(QStringLiteral("Updates")));
+    EXPECT_NO_THROW(TrackUse(QStringLiteral("SendEmail")));
 }

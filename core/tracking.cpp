@@ -1,0 +1,58 @@
+#include "core/tracking.h"
+
+#include <array>
+#include <utility>
+
+#include "core/session.h"
+#include "core/store.h"
+
+namespace lw::core {
+
+namespace {
+
+// Column names cannot be bound, so each known field has its statement here
+// and no caller's text ever reaches SQL.
+constexpr std::array<std::pair<const char*, const char*>, 3> kCounters{{
+    {"AuctionsPosted", "UPDATE Tracking SET AuctionsPosted = IFNULL(AuctionsPosted, 0) + 1"},
+    {"Updates", "UPDATE Tracking SET Updates = IFNULL(Updates, 0) + 1"},
+    {"RubyLaneClick", "UPDATE Tracking SET RubyLaneClick = IFNULL(RubyLaneClick, 0) + 1"},
+}};
+
+constexpr std::array<std::pair<const char*, const char*>, 4> kMarks{{
+    {"SendEmail", "UPDATE Tracking SET SendEmail = 1"},
+    {"RubyLane", "UPDATE Tracking SET RubyLane = 1"},
+    {"Paypal", "UPDATE Tracking SET Paypal = 1"},
+    {"Billpoint", "UPDATE Tracking SET Billpoint = 1"},
+}};
+
+template <size_t N>
+void RunFor(const std::array<std::pair<const char*, const char*>, N>& table, const QString& field) {
+    for (const auto& [name, sql] : table) {
+        if (field.compare(QLatin1String(name), Qt::CaseInsensitive) != 0) {
+            continue;
+        }
+        try {
+            Database db = OpenStore();
+            // The row may be missing in a database from elsewhere.
+            if (db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Tracking")) == 0) {
+                db.Exec(QStringLiteral("INSERT INTO Tracking DEFAULT VALUES"));
+            }
+            db.Exec(QString::fromLatin1(sql));
+        } catch (...) {
+            // Usage counting never stops real work.
+        }
+        return;
+    }
+}
+
+}  // namespace
+
+void TrackCount(const QString& field) {
+    RunFor(kCounters, field);
+}
+
+void TrackUse(const QString& field) {
+    RunFor(kMarks, field);
+}
+
+}  // namespace lw::core
