@@ -1,0 +1,1140 @@
+// The rule store: lookups against a plain search of the whole text (by hand
+// and over random texts), lists from sections, the repair from protfix.cfg,
+// the install from table Protocols, the version check and self-update with a
+// scripted fetcher, the post table, and the shipped rule files.
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <atomic>
+#include <chrono>
+#include <map>
+#include <ostream>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/rule_text.h"
+#include "core/session.h"
+#include "core/store.h"
+#include "tests/support/test_support.h"
+#include "update/rules.h"
+
+using lw::core::CurrentSession;
+using lw::core::Database;
+using lw::test::ReadAll;
+using lw::test::ScriptedUi;
+using lw::test::SourceDir;
+using lw::test::TempRoot;
+using namespace lw::update;
+
+// Every suite name starts with "rules", so that `ctest -R rules` runs exactly
+// the cases of this file.
+
+namespace {
+
+std::string Visible(const QString& text) {
+    QString shown = text;
+    shown.replace(u'\r', QStringLiteral("\\r")).replace(u'\n', QStringLiteral("\\n"));
+    return shown.toStdString();
+}
+
+}  // namespace
+
+// Failures show texts, line ends made visible.
+static void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << Visible(text) << '"';
+}
+
+namespace {
+
+const QString kCrLf = QStringLiteral("\r\n");
+const QString kError = QStringLiteral("ERROR");
+const QString kFixText = QStringLiteral(
+    "Unable to correct Lotwright Pro update engine.  Please contact Tolvane Technical Support.");
+
+// Rule text written with "\n" line ends for reading; the store works on CR LF.
+QString Crlf(const char* text) {
+    return QString::fromUtf8(text).replace(u'\n', kCrLf);
+}
+
+// The lookups as the plain search of the whole text, step by step, with no
+// cache: what every answer of the store must equal.
+QString ReferenceBlock(const QString& text, const QString& section, bool* found) {
+    *found = false;
+    const qsizetype start =
+        text.indexOf(QStringLiteral("[") + section + QStringLiteral("]"), 0, Qt::CaseInsensitive);
+    if (start < 0) {
+        return {};
+    }
+    const qsizetype blank = text.indexOf(QStringLiteral("\r\n\r\n"), start);
+    if (blank < 0) {
+        return {};
+    }
+    *found = true;
+    return text.mid(start, blank - start) + kCrLf;
+}
+
+QString ReferenceLookupKey(const QString& text, const QString& section, const QString& key) {
+    bool found = false;
+    const QString block = ReferenceBlock(text, section, &found);
+    if (!found) {
+        return kError;
+    }
+    const qsizetype at = block.indexOf(kCrLf + key + QStringLiteral("="));
+    if (at < 0) {
+        return kError;
+    }
+    QString line = block.mid(at + 2);
+    line = line.left(line.indexOf(kCrLf));
+    return line.mid(line.indexOf(u'=') + 1);
+}
+
+QString ReferenceLookupName(const QString& text, const QString& section, const QString& value) {
+    bool found = false;
+    const QString block = ReferenceBlock(text, section, &found);
+    if (!found) {
+        return kError;
+    }
+    const qsizetype at = block.indexOf(QStringLiteral("=") + value + kCrLf);
+    if (at < 0) {
+        return kError;
+    }
+    const QString before = block.left(at);
+    const qsizetype lineBreak = before.lastIndexOf(kCrLf);
+    return lineBreak < 0 ? before : before.mid(lineBreak + 2);
+}
+
+RuleStore StoreWith(const QString& text, int store = kSiteStore) {
+    RuleStore rules;
+    rules.SetText(store, text);
+    return rules;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------- lookups
+
+TEST(rulesLookup, KeysAreCaseSensitiveAndValuesKeepEverythingBehindTheFirstEquals) {
+    const RuleStore rules = StoreWith(
+        Crlf("[Current Bids eBay]\nUrl=http://127.0.0.1:8750/bids?a=1&b=2\nItem1 Start=<td "
+             "class=\"x\">\nEmpty=\nPadded=  two blanks  \nItem1=HighBid\nItem10=Other\n"
+             "NoEquals\n\n"));
+    const QString section = QStringLiteral("Current Bids eBay");
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Url"), 0),
+              QStringLiteral("http://127.0.0.1:8750/bids?a=1&b=2"));
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Item1 Start"), 0),
+              QStringLiteral("<td class=\"x\">"));
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Empty"), 0), QString());
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Padded"), 0),
+              QStringLiteral("  two blanks  "));
+    // A key never matches inside another key, nor in another case.
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Item1"), 0), QStringLiteral("HighBid"));
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Item10"), 0), QStringLiteral("Other"));
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("tem1"), 0), kError);
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("url"), 0), kError);
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Missing"), 0), kError);
+    // A line without "=" is never found.
+    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("NoEquals"), 0), kError);
+}
+
+TEST(rulesLookup, SectionsAreFoundWithoutRegardToCase) {
+    const RuleStore rules = StoreWith(Crlf("[SITES]\nSite0=eBay\n\n"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("eBay"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("sItEs"), QStringLiteral("Site0"), 0),
+              QStringLiteral("eBay"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("Site"), QStringLiteral("Site0"), 0), kError);
+}
+
+TEST(rulesLookup, TheFirstLineOfARepeatedKeyWins) {
+    const RuleStore rules = StoreWith(Crlf("[Update]\nProtocols=2\nProtocols=9\n\n"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("Update"), QStringLiteral("Protocols"), 0),
+              QStringLiteral("2"));
+}
+
+TEST(rulesLookup, ASectionNameInsideAnEarlierValueIsHitFirst) {
+    const RuleStore rules = StoreWith(Crlf(
+        "[Links]\nNext=[Sites]\nSite0=from the links\n\n[Sites]\nSite0=eBay\nSite1=Other\n\n"));
+    // The header is found inside the value of Next, and keys are searched from there.
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("from the links"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0), kError);
+}
+
+TEST(rulesLookup, ASectionRunsToTheFirstBlankLine) {
+    const RuleStore rules = StoreWith(Crlf("[A]\nk=1\n[B]\nk=2\nonlyB=3\n\n[C]\nk=4\n"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("A"), QStringLiteral("k"), 0), QStringLiteral("1"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("B"), QStringLiteral("k"), 0), QStringLiteral("2"));
+    // Without a blank line between them, B's lines belong to A as well.
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("A"), QStringLiteral("onlyB"), 0),
+              QStringLiteral("3"));
+    // The last section has no blank line behind it: missing until one is appended.
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("C"), QStringLiteral("k"), 0), kError);
+    const RuleStore appended =
+        StoreWith(Crlf("[A]\nk=1\n[B]\nk=2\nonlyB=3\n\n[C]\nk=4\n") + QStringLiteral("\r\n\r\n"));
+    EXPECT_EQ(appended.LookupKey(QStringLiteral("C"), QStringLiteral("k"), 0), QStringLiteral("4"));
+}
+
+TEST(rulesLookup, StoresAreSeparateAndANewTextDropsOldAnswers) {
+    RuleStore rules;
+    rules.SetText(kSiteStore, Crlf("[S]\nk=site\n\n"));
+    rules.SetText(kInfoStore, Crlf("[S]\nk=info\n\n"));
+    rules.SetText(kSellerStore, Crlf("[S]\nk=seller\n\n"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 0), QStringLiteral("site"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 1), QStringLiteral("info"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 2),
+              QStringLiteral("seller"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 3), kError);
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), -1), kError);
+
+    rules.SetText(kSiteStore, Crlf("[Other]\nk=1\n\n[S]\nk=changed\n\n"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 0),
+              QStringLiteral("changed"));
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 1), QStringLiteral("info"));
+    rules.Clear(kInfoStore);
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 1), kError);
+    EXPECT_TRUE(rules.Text(kInfoStore).isEmpty());
+}
+
+TEST(rulesLookup, TheProcessStoreAnswersTheFreeFunctions) {
+    Rules().ClearAll();
+    Rules().SetText(kInfoStore,
+                    Crlf("[x]\nfirst=1\n\n[Billpoint Tax States]\nCalifornia=CA\nNew York=NY\n\n"));
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Billpoint Tax States"), QStringLiteral("New York"), 1),
+              QStringLiteral("NY"));
+    EXPECT_EQ(LookupRuleName(QStringLiteral("Billpoint Tax States"), QStringLiteral("CA"), 1),
+              QStringLiteral("California"));
+    ASSERT_EQ(FillListFromRules(1, QStringLiteral("Billpoint Tax States")).size(), 2u);
+    Rules().ClearAll();
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Billpoint Tax States"), QStringLiteral("New York"), 1),
+              kError);
+}
+
+TEST(rulesLookupName, FindsTheKeyOfTheFirstLineWithTheWholeValue) {
+    const RuleStore rules =
+        StoreWith(Crlf("[Shipping Regions Reversecode]\nNorth America=northamerica\nEurope=europe\n"
+                       "Again=europe\nA=B=europe2\n\n"),
+                  kInfoStore);
+    const QString section = QStringLiteral("shipping regions reversecode");
+    EXPECT_EQ(rules.LookupName(section, QStringLiteral("northamerica"), 1),
+              QStringLiteral("North America"));
+    EXPECT_EQ(rules.LookupName(section, QStringLiteral("europe"), 1), QStringLiteral("Europe"));
+    // The value must run to the line end, and is matched in its own case.
+    EXPECT_EQ(rules.LookupName(section, QStringLiteral("america"), 1), kError);
+    EXPECT_EQ(rules.LookupName(section, QStringLiteral("north"), 1), kError);
+    EXPECT_EQ(rules.LookupName(section, QStringLiteral("Europe"), 1), kError);
+    // The "=" in front of the value need not be the line's first.
+    EXPECT_EQ(rules.LookupName(section, QStringLiteral("europe2"), 1), QStringLiteral("A=B"));
+    EXPECT_EQ(rules.LookupName(section, QStringLiteral("B=europe2"), 1), QStringLiteral("A"));
+    EXPECT_EQ(rules.LookupName(QStringLiteral("Nowhere"), QStringLiteral("europe"), 1), kError);
+}
+
+TEST(rulesFillList, KeysWithTheLeadingNumberOfTheirValues) {
+    const RuleStore rules = StoreWith(
+        Crlf("[First]\nx=1\n\n[Auction Options]\nBold=11\nHighlight=58 (extra)\nPlain=none\n"
+             "Half=12.5\nNegative=-3\nNoEquals\nSpaces= 7 days\n\n[After]\nz=9\n\n"));
+    const std::vector<RuleListRow> rows = rules.FillList(0, QStringLiteral("auction options"));
+    const std::vector<std::pair<QString, int>> expected = {
+        {QStringLiteral("Bold"), 11},     {QStringLiteral("Highlight"), 58},
+        {QStringLiteral("Plain"), 0},     {QStringLiteral("Half"), 12},
+        {QStringLiteral("Negative"), -3}, {QStringLiteral("NoEquals"), 0},
+        {QStringLiteral("Spaces"), 7}};
+    ASSERT_EQ(rows.size(), expected.size());
+    for (size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(rows[i].text, expected[i].first) << i;
+        EXPECT_EQ(rows[i].data, expected[i].second) << i;
+    }
+    EXPECT_TRUE(rules.FillList(0, QStringLiteral("Missing")).empty());
+    EXPECT_TRUE(rules.FillList(1, QStringLiteral("Auction Options")).empty());
+}
+
+TEST(rulesFillList, ASectionAtTheVeryFirstPositionCountsAsAbsent) {
+    const RuleStore rules = StoreWith(Crlf("[Payment]\nMoney Order=18\n\n[Shipping]\nSee=31\n\n"));
+    // The same header gives keys to the lookup but nothing to a list.
+    EXPECT_EQ(rules.LookupKey(QStringLiteral("Payment"), QStringLiteral("Money Order"), 0),
+              QStringLiteral("18"));
+    EXPECT_TRUE(rules.FillList(0, QStringLiteral("Payment")).empty());
+    const std::vector<RuleListRow> shipping = rules.FillList(0, QStringLiteral("Shipping"));
+    ASSERT_EQ(shipping.size(), 1u);
+    EXPECT_EQ(shipping[0].text, QStringLiteral("See"));
+    EXPECT_EQ(shipping[0].data, 31);
+    // A header right before its blank line gives an empty list.
+    const RuleStore empty = StoreWith(Crlf("[x]\na=1\n\n[Empty]\n\n"));
+    EXPECT_TRUE(empty.FillList(0, QStringLiteral("Empty")).empty());
+}
+
+// Random rule texts built from pieces that collide on purpose: sections that
+// differ only in case, headers inside values, keys with "=" and line ends,
+// repeated keys, empty values, missing blank lines, stray CR and LF. Every
+// answer of the store (asked in random order, so its cache is warm and cold)
+// must equal the plain search.
+TEST(rulesDifferential, TheStoreAnswersAsThePlainSearchOverRandomTexts) {
+    const QStringList sections = {QStringLiteral("Sites"),
+                                  QStringLiteral("SITES"),
+                                  QStringLiteral("sites"),
+                                  QStringLiteral("Update"),
+                                  QStringLiteral("Current Bids"),
+                                  QStringLiteral("current bids"),
+                                  QStringLiteral("A"),
+                                  QStringLiteral("a=b"),
+                                  QStringLiteral(""),
+                                  QStringLiteral("Sites]\r\n"),
+                                  QStringLiteral("Item1")};
+    const QStringList keys = {QStringLiteral("Item1"),    QStringLiteral("Item1 Start"),
+                              QStringLiteral("Item10"),   QStringLiteral("item1"),
+                              QStringLiteral("Url"),      QStringLiteral(""),
+                              QStringLiteral("a=b"),      QStringLiteral(" Url"),
+                              QStringLiteral("Url "),     QStringLiteral("[Sites]"),
+                              QStringLiteral("x\r\nUrl"), QStringLiteral("\nUrl"),
+                              QStringLiteral("Url\r"),    QStringLiteral("=")};
+    const QStringList values = {QString(),
+                                QStringLiteral("x"),
+                                QStringLiteral("a=b=c"),
+                                QStringLiteral(" spaced "),
+                                QStringLiteral("[Sites]"),
+                                QStringLiteral("[current BIDS]"),
+                                QStringLiteral("<td a=\"1\">"),
+                                QStringLiteral("Url=y"),
+                                QStringLiteral("\r"),
+                                QStringLiteral("x\ny"),
+                                QStringLiteral("ERROR"),
+                                QStringLiteral("=")};
+
+    std::mt19937 random(20240611u);
+    auto pick = [&random](const QStringList& list) {
+        return list.at(std::uniform_int_distribution<qsizetype>(0, list.size() - 1)(random));
+    };
+    auto chance = [&random](int percent) {
+        return std::uniform_int_distribution<int>(0, 99)(random) < percent;
+    };
+
+    int compared = 0;
+    int found = 0;
+    for (int round = 0; round < 1500; ++round) {
+        QString text;
+        const int lines = std::uniform_int_distribution<int>(0, 24)(random);
+        for (int i = 0; i < lines; ++i) {
+            const int kind = std::uniform_int_distribution<int>(0, 99)(random);
+            if (kind < 18) {
+                text += u'[' + pick(sections) + u']';
+            } else if (kind < 26) {
+                text += QString();  // a blank line, when the next line end follows
+            } else if (kind < 30) {
+                text += pick(keys);  // no "="
+            } else {
+                text += pick(keys) + u'=' + pick(values);
+            }
+            if (i + 1 < lines || chance(50)) {
+                text +=
+                    chance(95) ? kCrLf : (chance(50) ? QStringLiteral("\n") : QStringLiteral("\r"));
+            }
+        }
+        if (chance(70)) {
+            text += QStringLiteral("\r\n\r\n");
+        }
+
+        RuleStore rules;
+        rules.SetText(kInfoStore, text);
+        for (int ask = 0; ask < 40; ++ask) {
+            QString section = pick(sections);
+            if (chance(20)) {
+                section = section.toUpper();
+            }
+            const QString key = pick(keys);
+            const QString value = pick(values);
+            SCOPED_TRACE("text: " + Visible(text) + " section: " + Visible(section) +
+                         " key: " + Visible(key) + " value: " + Visible(value));
+            const QString expected = ReferenceLookupKey(text, section, key);
+            ASSERT_EQ(rules.LookupKey(section, key, kInfoStore), expected);
+            ASSERT_EQ(rules.LookupName(section, value, kInfoStore),
+                      ReferenceLookupName(text, section, value));
+            ++compared;
+            found += expected != kError ? 1 : 0;
+        }
+    }
+    // The generator must reach real answers, not only misses.
+    EXPECT_GT(found, compared / 20);
+}
+
+// ------------------------------------------------- table, repair and install
+
+namespace {
+
+class RuleStoreDbTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        lw::core::ResetSession(&m_ui);
+        QString error;
+        ASSERT_TRUE(lw::core::SetupDirectories(m_root.Path(), &error)) << error.toStdString();
+        m_configs = CurrentSession().ConfigsDir;
+        m_db.emplace(
+            Database::Open(m_root.File(QStringLiteral("rules.db")), Database::Mode::Create));
+        m_db->Exec(QStringLiteral(
+            "CREATE TABLE Protocols (ProtocolName TEXT COLLATE NOCASE, ProtocolData TEXT)"));
+    }
+
+    void AddRow(const QString& name, const QString& data) {
+        m_db->Prepare(QStringLiteral("INSERT INTO Protocols (ProtocolName, ProtocolData) VALUES "
+                                     "(?, ?)"))
+            .BindAll(name, data)
+            .Run();
+    }
+
+    QStringList RowData() {
+        QStringList rows;
+        auto select =
+            m_db->Prepare(QStringLiteral("SELECT ProtocolData FROM Protocols ORDER BY rowid"));
+        while (select.Step()) {
+            rows << select.Text(0);
+        }
+        return rows;
+    }
+
+    QString Config(const QString& name) const { return m_configs + name; }
+    void WriteConfig(const QString& name, const QByteArray& bytes) {
+        QFile file(Config(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+
+    ScriptedUi m_ui;
+    TempRoot m_root;
+    QString m_configs;
+    std::optional<Database> m_db;
+    RuleStore m_rules;
+};
+
+using rulesTable = RuleStoreDbTest;
+
+}  // namespace
+
+TEST_F(rulesTable, WithoutAFixFileTheRepairDoesNothing) {
+    AddRow(QStringLiteral("site.pro"), QStringLiteral("old site"));
+    WriteConfig(QStringLiteral("site.pro"), "[S]\nk=v\n");
+    WriteConfig(QStringLiteral("info.pro"), "[I]\nk=v\n");
+    EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), RuleFixResult::NotPending);
+    EXPECT_EQ(RowData(), QStringList{QStringLiteral("old site")});
+    EXPECT_TRUE(m_rules.Text(kSiteStore).isEmpty());
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+}
+
+TEST_F(rulesTable, TheRepairStopsWithTheFirstErrorWhenInfoProIsMissing) {
+    AddRow(QStringLiteral("site.pro"), QStringLiteral("old site"));
+    AddRow(QStringLiteral("info.pro"), QStringLiteral("old info"));
+    WriteConfig(QStringLiteral("protfix.cfg"), "");
+    WriteConfig(QStringLiteral("site.pro"), "[S]\nk=v\n");
+    EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), RuleFixResult::FileMissing);
+    EXPECT_EQ(m_ui.Messages(), QStringList{kFixText});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Protocol Fix Error 1")});
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
+    EXPECT_EQ(RowData(), (QStringList{QStringLiteral("old site"), QStringLiteral("old info")}));
+    EXPECT_TRUE(m_rules.Text(kSiteStore).isEmpty());
+}
+
+TEST_F(rulesTable, TheRepairStopsWithTheSecondErrorWhenSiteProIsMissing) {
+    AddRow(QStringLiteral("site.pro"), QStringLiteral("old site"));
+    AddRow(QStringLiteral("info.pro"), QStringLiteral("old info"));
+    WriteConfig(QStringLiteral("protfix.cfg"), "");
+    WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\nServer=mail\n");
+    EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), RuleFixResult::FileMissing);
+    EXPECT_EQ(m_ui.Messages(), QStringList{kFixText});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Protocol Fix Error 2")});
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
+    // info.pro was loaded before site.pro was looked for; the table is untouched.
+    EXPECT_EQ(m_rules.Text(kInfoStore), Crlf("[Mail Server]\nServer=mail\n"));
+    EXPECT_EQ(RowData(), (QStringList{QStringLiteral("old site"), QStringLiteral("old info")}));
+}
+
+TEST_F(rulesTable, TheRepairWritesSiteToTheFirstRowAndInfoToTheSecond) {
+    // Rows are addressed by position, never by name.
+    AddRow(QStringLiteral("info.pro"), QStringLiteral("old first"));
+    AddRow(QStringLiteral("site.pro"), QStringLiteral("old second"));
+    WriteConfig(QStringLiteral("protfix.cfg"), "");
+    WriteConfig(QStringLiteral("site.pro"), "[Sites]\nSite0=eBay\n");
+    WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\r\nServer=it's mail  \r\n");
+    EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), RuleFixResult::Applied);
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
+    const QStringList rows = RowData();
+    ASSERT_EQ(rows.size(), 2);
+    EXPECT_EQ(rows[0], Crlf("[Sites]\nSite0=eBay\n"));
+    EXPECT_EQ(rows[1], Crlf("[Mail Server]\nServer=it's mail  \n"));
+    EXPECT_EQ(m_rules.Text(kSiteStore), rows[0]);
+}
+
+TEST_F(rulesTable, TheRepairMakesRowsThatAreMissingAndKeepsTrailingBlanks) {
+    WriteConfig(QStringLiteral("protfix.cfg"), "");
+    WriteConfig(QStringLiteral("site.pro"), "[Sites]\nSite0=eBay  ");  // no line end
+    WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\nServer=mail");
+    EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), RuleFixResult::Applied);
+    EXPECT_EQ(RowData().size(), 2);
+    ASSERT_TRUE(InstallRuleStore(m_rules, *m_db));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("eBay  "));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("mail"));
+}
+
+TEST_F(rulesTable, ARepairThatCannotWriteKeepsItsFilesForTheNextStart) {
+    WriteConfig(QStringLiteral("protfix.cfg"), "");
+    WriteConfig(QStringLiteral("site.pro"), "[Sites]\nSite0=eBay\n");
+    WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\nServer=mail\n");
+    m_db->Exec(QStringLiteral("DROP TABLE Protocols"));
+    EXPECT_FALSE(InstallRuleStore(m_rules, *m_db));
+    EXPECT_FALSE(m_ui.Messages().isEmpty());
+    EXPECT_TRUE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
+    EXPECT_TRUE(QFile::exists(Config(QStringLiteral("site.pro"))));
+    EXPECT_TRUE(QFile::exists(Config(QStringLiteral("info.pro"))));
+}
+
+TEST_F(rulesTable, InstallAppendsABlankLineToEachRowAndRemovesTheFiles) {
+    AddRow(QStringLiteral("site.pro"), Crlf("[Update]\nProtocols=1\n\n[Sites]\nSite0=eBay"));
+    AddRow(QStringLiteral("info.pro"), Crlf("[Mail Server]\nServer=mail"));
+    AddRow(QStringLiteral("third"), QStringLiteral("[Never]\r\nread=1\r\n\r\n"));
+    WriteConfig(QStringLiteral("site.pro"), "[Sites]\nSite0=file\n");
+    WriteConfig(QStringLiteral("info.pro"), "x");
+    WriteConfig(QStringLiteral("category.pro"), "kept");
+    m_rules.SetText(kSellerStore, QStringLiteral("seller"));
+
+    ASSERT_TRUE(InstallRuleStore(m_rules, *m_db));
+    EXPECT_EQ(m_rules.Text(kSiteStore),
+              Crlf("[Update]\nProtocols=1\n\n[Sites]\nSite0=eBay") + QStringLiteral("\r\n\r\n"));
+    EXPECT_EQ(m_rules.Text(kInfoStore),
+              Crlf("[Mail Server]\nServer=mail") + QStringLiteral("\r\n\r\n"));
+    EXPECT_EQ(m_rules.Text(kSellerStore), QStringLiteral("seller"));
+    // The last section of each text reads by the appended blank line.
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("eBay"));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("mail"));
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("site.pro"))));
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
+    EXPECT_TRUE(QFile::exists(Config(QStringLiteral("category.pro"))));
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+}
+
+TEST_F(rulesTable, InstallRunsThePendingRepairFirst) {
+    AddRow(QStringLiteral("site.pro"), Crlf("[Sites]\nSite0=old"));
+    AddRow(QStringLiteral("info.pro"), Crlf("[Mail Server]\nServer=old"));
+    WriteConfig(QStringLiteral("protfix.cfg"), "");
+    WriteConfig(QStringLiteral("site.pro"), "[Sites]\nSite0=new\n");
+    WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\nServer=new\n");
+    ASSERT_TRUE(InstallRuleStore(m_rules, *m_db));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("new"));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("new"));
+    EXPECT_EQ(RowData()[0], Crlf("[Sites]\nSite0=new\n"));
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("site.pro"))));
+}
+
+TEST_F(rulesTable, AFailedRepairStillInstallsWhatTheTableHolds) {
+    AddRow(QStringLiteral("site.pro"), Crlf("[Sites]\nSite0=table"));
+    AddRow(QStringLiteral("info.pro"), Crlf("[Mail Server]\nServer=table"));
+    WriteConfig(QStringLiteral("protfix.cfg"), "");
+    WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\nServer=file\n");
+    ASSERT_TRUE(InstallRuleStore(m_rules, *m_db));
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Protocol Fix Error 2")});
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("table"));
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
+}
+
+TEST_F(rulesTable, AShortOrMissingTableIsToldAndLeavesTheStoresEmpty) {
+    m_rules.SetText(kSiteStore, QStringLiteral("stale"));
+    AddRow(QStringLiteral("site.pro"), Crlf("[Sites]\nSite0=eBay"));
+    WriteConfig(QStringLiteral("site.pro"), "[Sites]\nSite0=file\n");
+    EXPECT_FALSE(InstallRuleStore(m_rules, *m_db));
+    ASSERT_EQ(m_ui.Messages().size(), 1);
+    EXPECT_TRUE(m_ui.Messages()[0].contains(QStringLiteral("info.pro")));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("eBay"));
+    EXPECT_TRUE(m_rules.Text(kInfoStore).isEmpty());
+    EXPECT_TRUE(QFile::exists(Config(QStringLiteral("site.pro"))));
+
+    m_db->Exec(QStringLiteral("DROP TABLE Protocols"));
+    EXPECT_FALSE(DecryptProtocols(m_rules, *m_db));
+    EXPECT_EQ(m_ui.Messages().size(), 2);
+    EXPECT_TRUE(m_rules.Text(kSiteStore).isEmpty());
+}
+
+TEST_F(rulesTable, DecryptProtocolsRefillsWithoutRepairOrRemovingFiles) {
+    AddRow(QStringLiteral("site.pro"), QStringLiteral("[S]\r\nk=plain"));
+    AddRow(QStringLiteral("info.pro"), QStringLiteral("[I]\r\nk=text"));
+    WriteConfig(QStringLiteral("protfix.cfg"), "");
+    WriteConfig(QStringLiteral("site.pro"), "[S]\nk=file\n");
+    ASSERT_TRUE(DecryptProtocols(m_rules, *m_db));
+    EXPECT_EQ(m_rules.Text(kSiteStore), QStringLiteral("[S]\r\nk=plain\r\n\r\n"));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("I"), QStringLiteral("k"), 1),
+              QStringLiteral("text"));
+    EXPECT_TRUE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
+    EXPECT_TRUE(QFile::exists(Config(QStringLiteral("site.pro"))));
+}
+
+// ---------------------------------------------- the session route and the CLI
+
+namespace {
+
+// A session whose database is made from a small shipped folder.
+class RuleSessionTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        lw::core::ResetSession(&m_ui);
+        Rules().ClearAll();
+        QString error;
+        ASSERT_TRUE(lw::core::SetupDirectories(m_root.Path(), &error)) << error.toStdString();
+        m_shipped.Write(QStringLiteral("data/schema.sql"),
+                        "CREATE TABLE Protocols (ProtocolName TEXT COLLATE NOCASE, "
+                        "ProtocolData TEXT);");
+        m_shipped.Write(QStringLiteral("data/seed.sql"), "-- no seed rows\n");
+        m_shipped.Write(QStringLiteral("rules/site.pro"), "[Sites]\r\nSite0=shipped\r\n");
+        m_shipped.Write(QStringLiteral("rules/info.pro"), "[Mail Server]\r\nServer=shipped\r\n");
+        CurrentSession().ShippedDir = m_shipped.Path();
+    }
+    void TearDown() override { Rules().ClearAll(); }
+
+    QString Config(const QString& name) const { return CurrentSession().ConfigsDir + name; }
+
+    ScriptedUi m_ui;
+    TempRoot m_root;
+    TempRoot m_shipped;
+};
+
+using rulesSession = RuleSessionTest;
+
+}  // namespace
+
+TEST_F(rulesSession, StartUpFillsTheProcessStoreFromTheSessionDatabase) {
+    InstallRuleStore();
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("shipped"));
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("shipped"));
+}
+
+TEST_F(rulesSession, ADamagedDatabaseIsToldAndStartUpGoesOn) {
+    m_root.Write(QStringLiteral("Data/Lotwright.db"), QByteArray(4096, 'Z'));
+    EXPECT_NO_THROW(InstallRuleStore());
+    EXPECT_EQ(m_ui.Messages().size(), 1);
+    EXPECT_NO_THROW(DecryptProtocols());
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0), kError);
+}
+
+TEST_F(rulesSession, InstallRuleFilesReplacesTheRulesThroughTheRepair) {
+    TempRoot given;
+    const QString site = given.Write(QStringLiteral("my site.pro"), "[Sites]\nSite0=given\n");
+    const QString info = given.Write(QStringLiteral("my info.pro"), "[Mail Server]\nServer=given");
+    QString error;
+    ASSERT_TRUE(InstallRuleFiles(site, info, &error)) << error.toStdString();
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("given"));
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("given"));
+    for (const char* name : {"site.pro", "info.pro", "protfix.cfg"}) {
+        EXPECT_FALSE(QFile::exists(Config(QString::fromLatin1(name)))) << name;
+    }
+    // A later start reads the same rules from the table.
+    Rules().ClearAll();
+    InstallRuleStore();
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("given"));
+}
+
+TEST_F(rulesSession, InstallRuleFilesNamesAMissingOrEmptyFileAndOverwritesNothing) {
+    TempRoot given;
+    const QString site = given.Write(QStringLiteral("site.pro"), "[Sites]\nSite0=given\n");
+    const QString empty = given.Write(QStringLiteral("empty.pro"), "\r\n  \r\n");
+    const QString missing = given.File(QStringLiteral("nowhere/info.pro"));
+    QFile old(Config(QStringLiteral("site.pro")));
+    ASSERT_TRUE(old.open(QIODevice::WriteOnly));
+    old.write("old");
+    old.close();
+
+    QString error;
+    EXPECT_FALSE(InstallRuleFiles(site, missing, &error));
+    EXPECT_TRUE(error.contains(missing)) << error.toStdString();
+    EXPECT_FALSE(InstallRuleFiles(empty, site, &error));
+    EXPECT_TRUE(error.contains(empty)) << error.toStdString();
+    EXPECT_EQ(ReadAll(Config(QStringLiteral("site.pro"))), QByteArray("old"));
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
+}
+
+// ------------------------------------------------- version check and update
+
+namespace {
+
+// Answers each address from a script and records the fetches in order.
+struct ScriptedServer {
+    struct Answer {
+        FetchOutcome outcome = FetchOutcome::Ok;
+        QByteArray body;
+    };
+    std::map<QString, Answer> answers;
+    QStringList fetched;  // addresses, in order
+    QStringList files;    // target files, in order
+
+    RuleFetcher Fetcher() {
+        return [this](const QString& url, const QString& path) {
+            fetched << url;
+            files << path;
+            const auto found = answers.find(url);
+            if (found == answers.end()) {
+                return FetchOutcome::Failed;
+            }
+            if (found->second.outcome == FetchOutcome::Ok) {
+                QFile file(path);
+                if (!file.open(QIODevice::WriteOnly)) {
+                    return FetchOutcome::Failed;
+                }
+                file.write(found->second.body);
+            }
+            return found->second.outcome;
+        };
+    }
+};
+
+const QString kCheckUrl = QStringLiteral("http://127.0.0.1:8750/rules/version");
+
+QString SiteRules(const QString& version, const QString& siteName) {
+    return Crlf(
+               "[Protocols]\nProtocolCheckUrl=http://127.0.0.1:8750/rules/version\n"
+               "Current Protocol=") +
+           version +
+           Crlf(
+               "\nProtocols=4\n"
+               "ProtocolDownload1=http://127.0.0.1:8750/rules/category.pro\n"
+               "ProtocolName1=category.pro\n"
+               "ProtocolDownload2=http://127.0.0.1:8750/rules/site.pro\nProtocolName2=site.pro\n"
+               "ProtocolDownload3=http://127.0.0.1:8750/rules/info.pro\nProtocolName3=info.pro\n"
+               "ProtocolDownload4=http://127.0.0.1:8750/rules/escape.pro\n"
+               "ProtocolName4=../escape.pro\n\n[Sites]\nSite0=") +
+           siteName + kCrLf;
+}
+
+class RuleUpdateTest : public RuleStoreDbTest {
+protected:
+    void SetUp() override {
+        RuleStoreDbTest::SetUp();
+        AddRow(QStringLiteral("site.pro"), SiteRules(QStringLiteral("7"), QStringLiteral("old")));
+        AddRow(QStringLiteral("info.pro"), Crlf("[Mail Server]\nServer=old"));
+        ASSERT_TRUE(DecryptProtocols(m_rules, *m_db));
+    }
+
+    bool Check() { return CheckRuleUpdate(m_rules, *m_db, m_server.Fetcher()); }
+
+    void ServeNewRules() {
+        m_server.answers[kCheckUrl] = {FetchOutcome::Ok, "PROTOCOL: 8 \r\n"};
+        m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/category.pro")] = {
+            FetchOutcome::Ok, "categories"};
+        m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/site.pro")] = {
+            FetchOutcome::Ok, SiteRules(QStringLiteral("8"), QStringLiteral("new")).toUtf8()};
+        m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/info.pro")] = {
+            FetchOutcome::Ok, "[Mail Server]\nServer=new\n"};
+        m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/escape.pro")] = {
+            FetchOutcome::Ok, "outside"};
+    }
+
+    ScriptedServer m_server;
+};
+
+using rulesUpdate = RuleUpdateTest;
+
+}  // namespace
+
+TEST_F(rulesUpdate, ACancelledCheckStopsTheUpdate) {
+    m_server.answers[kCheckUrl] = {FetchOutcome::Cancelled, {}};
+    EXPECT_FALSE(Check());
+    EXPECT_EQ(m_ui.Statuses(), QStringList{QStringLiteral("Checking version")});
+    EXPECT_EQ(m_ui.Messages(),
+              QStringList{QStringLiteral(
+                  "Update cancelled.  Some Auction/Bid information may be incomplete.")});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
+    EXPECT_FALSE(CurrentSession().RulesChecked);
+    EXPECT_EQ(m_server.fetched, QStringList{kCheckUrl});
+    EXPECT_EQ(m_server.files, QStringList{Config(QStringLiteral("update.txt"))});
+}
+
+TEST_F(rulesUpdate, AFailedOrEmptyOrNotFoundCheckIsANetworkError) {
+    const std::vector<ScriptedServer::Answer> answers = {
+        {FetchOutcome::Failed, {}},
+        {FetchOutcome::Ok, "<html><h1>404 Not Found</h1> PROTOCOL: 7</html>"},
+        {FetchOutcome::Ok, ""},
+        {FetchOutcome::Ok, "  \r\n\t \r\n"}};
+    for (const auto& answer : answers) {
+        SCOPED_TRACE(answer.body.toStdString());
+        ScriptedUi ui;
+        lw::core::CurrentSession().ui = &ui;
+        m_server.fetched.clear();
+        m_server.answers[kCheckUrl] = answer;
+        EXPECT_FALSE(Check());
+        EXPECT_EQ(ui.Messages(), QStringList{QStringLiteral("Network error.  Update cancelled.")});
+        EXPECT_EQ(ui.Titles(), QStringList{QStringLiteral("Network Error")});
+        EXPECT_FALSE(CurrentSession().RulesChecked);
+        // No rule file is fetched after a failed check.
+        EXPECT_EQ(m_server.fetched, QStringList{kCheckUrl});
+        lw::core::CurrentSession().ui = &m_ui;
+    }
+    EXPECT_EQ(RowData()[0], SiteRules(QStringLiteral("7"), QStringLiteral("old")));
+}
+
+TEST_F(rulesUpdate, AStaleVersionFileIsNeverReadAsTheAnswer) {
+    WriteConfig(QStringLiteral("update.txt"), "PROTOCOL: 7");
+    // A fetcher that claims success but writes nothing.
+    const bool result = CheckRuleUpdate(
+        m_rules, *m_db, [](const QString&, const QString&) { return FetchOutcome::Ok; });
+    EXPECT_FALSE(result);
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Network Error")});
+}
+
+TEST_F(rulesUpdate, TheSameVersionGoesOnWithoutDownloads) {
+    m_server.answers[kCheckUrl] = {FetchOutcome::Ok, "\r\nPROTOCOL:   7  \r\n"};
+    EXPECT_TRUE(Check());
+    EXPECT_TRUE(CurrentSession().RulesChecked);
+    EXPECT_EQ(m_server.fetched, QStringList{kCheckUrl});
+    EXPECT_EQ(m_ui.Statuses(), (QStringList{QStringLiteral("Checking version"),
+                                            QStringLiteral("Continuing Update.")}));
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+}
+
+TEST_F(rulesUpdate, ANewVersionDownloadsTheFilesAndTheRulesTakeEffectAtOnce) {
+    ServeNewRules();
+    WriteConfig(QStringLiteral("category.pro"), "old categories");
+    EXPECT_TRUE(Check());
+    EXPECT_TRUE(CurrentSession().RulesChecked);
+    EXPECT_EQ(m_server.fetched,
+              (QStringList{kCheckUrl, QStringLiteral("http://127.0.0.1:8750/rules/category.pro"),
+                           QStringLiteral("http://127.0.0.1:8750/rules/site.pro"),
+                           QStringLiteral("http://127.0.0.1:8750/rules/info.pro")}))
+        << "a file name that leaves ConfigsDir is never fetched";
+    EXPECT_EQ(m_ui.Statuses(),
+              (QStringList{QStringLiteral("Checking version"), QStringLiteral("Updating engine."),
+                           QStringLiteral("Updating engine."), QStringLiteral("Updating engine."),
+                           QStringLiteral("Updating engine."),
+                           QStringLiteral("Processing updated protocols."),
+                           QStringLiteral("Continuing Update.")}));
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+
+    const QStringList rows = RowData();
+    EXPECT_EQ(rows[0], SiteRules(QStringLiteral("8"), QStringLiteral("new")));
+    EXPECT_EQ(rows[1], Crlf("[Mail Server]\nServer=new\n"));
+    // The very next lookup sees the new rules.
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("new"));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("new"));
+    EXPECT_EQ(ReadAll(Config(QStringLiteral("category.pro"))), QByteArray("categories"));
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("site.pro"))));
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
+    EXPECT_FALSE(QFile::exists(QDir(m_configs).absoluteFilePath(QStringLiteral("../escape.pro"))));
+}
+
+TEST_F(rulesUpdate, AnAnswerWithoutTheMarkerCountsAsANewVersion) {
+    ServeNewRules();
+    m_server.answers[kCheckUrl] = {FetchOutcome::Ok, "version 8"};
+    EXPECT_TRUE(Check());
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("new"));
+}
+
+TEST_F(rulesUpdate, OneFailingFileDoesNotStopTheNext) {
+    ServeNewRules();
+    m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/category.pro")] = {
+        FetchOutcome::Failed, {}};
+    m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/site.pro")] = {
+        FetchOutcome::Cancelled, {}};
+    EXPECT_TRUE(Check());
+    EXPECT_EQ(m_server.fetched.size(), 4);
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("old"));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("new"));
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+}
+
+TEST_F(rulesUpdate, AnEmptyRuleFileNeverReplacesTheStoredOne) {
+    ServeNewRules();
+    m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/site.pro")] = {FetchOutcome::Ok,
+                                                                                "\r\n"};
+    EXPECT_TRUE(Check());
+    EXPECT_EQ(RowData()[0], SiteRules(QStringLiteral("7"), QStringLiteral("old")));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("new"));
+}
+
+TEST_F(rulesUpdate, TheCheckRunsOnlyUntilItHasOnceSucceeded) {
+    m_server.answers[kCheckUrl] = {FetchOutcome::Failed, {}};
+    EXPECT_FALSE(Check());
+    EXPECT_FALSE(CurrentSession().RulesChecked);
+
+    // The next update checks again.
+    m_server.answers[kCheckUrl] = {FetchOutcome::Ok, "PROTOCOL: 7"};
+    EXPECT_TRUE(Check());
+    EXPECT_TRUE(CurrentSession().RulesChecked);
+    EXPECT_EQ(m_server.fetched.size(), 2);
+
+    // After that it answers False at once and fetches nothing.
+    const int statuses = static_cast<int>(m_ui.Statuses().size());
+    EXPECT_FALSE(Check());
+    EXPECT_EQ(m_server.fetched.size(), 2);
+    EXPECT_EQ(m_ui.Statuses().size(), statuses);
+}
+
+// ------------------------------------------- the direct fetch over loopback
+
+namespace {
+
+// An httplib server on 127.0.0.1 and a free port, on its own thread.
+class LoopbackServer {
+public:
+    LoopbackServer() = default;
+    LoopbackServer(const LoopbackServer&) = delete;
+    LoopbackServer& operator=(const LoopbackServer&) = delete;
+    ~LoopbackServer() {
+        m_stopping = true;
+        if (m_thread.joinable()) {
+            m_server.stop();
+            m_thread.join();
+        }
+    }
+
+    httplib::Server& Routes() { return m_server; }
+    bool Stopping() const { return m_stopping; }
+
+    void Start() {
+        m_port = m_server.bind_to_any_port("127.0.0.1");
+        ASSERT_GT(m_port, 0);
+        m_thread = std::thread([this] { m_server.listen_after_bind(); });
+        for (int i = 0; i < 2000 && !m_server.is_running(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        ASSERT_TRUE(m_server.is_running());
+    }
+
+    QString Url(const char* path) const {
+        return QStringLiteral("http://127.0.0.1:") + QString::number(m_port) +
+               QString::fromLatin1(path);
+    }
+
+private:
+    httplib::Server m_server;
+    std::thread m_thread;
+    std::atomic<bool> m_stopping{false};
+    int m_port = 0;
+};
+
+}  // namespace
+
+TEST_F(rulesTable, TheDirectFetchKeepsTheEarlierFileWhenItFailsOrIsCancelled) {
+    LoopbackServer server;
+    server.Routes().Get("/rules/version", [](const httplib::Request&, httplib::Response& res) {
+        res.set_content("PROTOCOL: 9\r\n", "text/plain");
+    });
+    server.Routes().Get("/rules/missing", [](const httplib::Request&, httplib::Response& res) {
+        res.status = 404;
+        res.set_content("<h1>404 Not Found</h1>", "text/html");
+    });
+    server.Routes().Get("/rules/endless", [&server](const httplib::Request&,
+                                                    httplib::Response& res) {
+        res.set_chunked_content_provider("text/plain", [&server](size_t, httplib::DataSink& sink) {
+            const std::string chunk(65536, 'x');
+            for (int i = 0; i < 200 && !server.Stopping(); ++i) {
+                if (!sink.write(chunk.data(), chunk.size())) {
+                    return false;
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            }
+            sink.done();
+            return true;
+        });
+    });
+    server.Start();
+    const RuleFetcher fetch = DefaultRuleFetcher();
+
+    EXPECT_EQ(fetch(server.Url("/rules/version"), Config(QStringLiteral("update.txt"))),
+              FetchOutcome::Ok);
+    EXPECT_EQ(ReadAll(Config(QStringLiteral("update.txt"))), QByteArray("PROTOCOL: 9\r\n"));
+
+    WriteConfig(QStringLiteral("category.pro"), "earlier");
+    EXPECT_EQ(fetch(server.Url("/rules/missing"), Config(QStringLiteral("category.pro"))),
+              FetchOutcome::Failed);
+    EXPECT_EQ(ReadAll(Config(QStringLiteral("category.pro"))), QByteArray("earlier"));
+
+    m_ui.RequestCancel();
+    EXPECT_EQ(fetch(server.Url("/rules/endless"), Config(QStringLiteral("category.pro"))),
+              FetchOutcome::Cancelled);
+    EXPECT_GT(m_ui.Pumps(), 0);
+    EXPECT_EQ(ReadAll(Config(QStringLiteral("category.pro"))), QByteArray("earlier"));
+    EXPECT_EQ(QDir(m_configs).entryList(QDir::Files),
+              (QStringList{QStringLiteral("category.pro"), QStringLiteral("update.txt")}));
+}
+
+TEST_F(rulesTable, TheSelfUpdateRunsAgainstALoopbackServer) {
+    LoopbackServer server;
+    server.Start();
+    const QString base = server.Url("");
+    const QString site = QStringLiteral("[Protocols]\r\nProtocolCheckUrl=") + base +
+                         QStringLiteral("/rules/version\r\nCurrent Protocol=1\r\nProtocols=3") +
+                         QStringLiteral("\r\nProtocolDownload1=") + base +
+                         QStringLiteral("/rules/site.pro\r\nProtocolName1=site.pro") +
+                         QStringLiteral("\r\nProtocolDownload2=") + base +
+                         QStringLiteral("/rules/category.pro\r\nProtocolName2=category.pro") +
+                         QStringLiteral("\r\nProtocolDownload3=") + base +
+                         QStringLiteral("/rules/info.pro\r\nProtocolName3=info.pro\r\n");
+    const QByteArray newSite = (site + QStringLiteral("\r\n[Sites]\r\nSite0=served\r\n")).toUtf8();
+    server.Routes().Get("/rules/version", [](const httplib::Request&, httplib::Response& res) {
+        res.set_content("PROTOCOL: 2", "text/plain");
+    });
+    server.Routes().Get("/rules/site.pro",
+                        [newSite](const httplib::Request&, httplib::Response& res) {
+                            res.set_content(newSite.toStdString(), "text/plain");
+                        });
+    server.Routes().Get("/rules/info.pro", [](const httplib::Request&, httplib::Response& res) {
+        res.set_content("[Mail Server]\nServer=served\n", "text/plain");
+    });
+    AddRow(QStringLiteral("site.pro"), site);
+    AddRow(QStringLiteral("info.pro"), QStringLiteral("[Mail Server]\r\nServer=old"));
+    ASSERT_TRUE(DecryptProtocols(m_rules, *m_db));
+
+    EXPECT_TRUE(CheckRuleUpdate(m_rules, *m_db));
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+              QStringLiteral("served"));
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+              QStringLiteral("served"));
+    // category.pro answered 404: no error page takes its place.
+    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("category.pro"))));
+}
+
+// --------------------------------------------------------------- post table
+
+TEST(rulesPostTable, NamesAndDefaultsForEachSlotUpToCount) {
+    RuleStore rules;
+    rules.SetText(kInfoStore,
+                  Crlf("[AuctionPost Names]\nCount=3\nField1=title\nField2=\nField3=qty\n"
+                       "Field4=beyond\n\n[AuctionPost Defaults]\nDefault1=$$$\nDefault3=1\n\n"));
+    QStringList names;
+    QStringList defaults;
+    ASSERT_EQ(LoadPostDefaults(rules, names, defaults), 3);
+    EXPECT_EQ(names,
+              (QStringList{QString(), QStringLiteral("title"), QString(), QStringLiteral("qty")}));
+    EXPECT_EQ(defaults,
+              (QStringList{QString(), QStringLiteral("$$$"), kError, QStringLiteral("1")}));
+
+    rules.SetText(kInfoStore, Crlf("[AuctionPost Names]\nCount=500\n\n"));
+    EXPECT_EQ(LoadPostDefaults(rules, names, defaults), kPostSlots);
+    rules.Clear(kInfoStore);
+    EXPECT_EQ(LoadPostDefaults(rules, names, defaults), 0);
+    EXPECT_EQ(names.size(), 1);
+}
+
+// --------------------------------------------------------- shipped rules
+
+namespace {
+
+RuleStore ShippedRules() {
+    RuleStore rules;
+    for (int store = 0; store < 2; ++store) {
+        const QString path = SourceDir() + (store == 0 ? QStringLiteral("/rules/site.pro")
+                                                       : QStringLiteral("/rules/info.pro"));
+        const std::optional<QString> text = lw::core::LoadRuleFile(path);
+        EXPECT_TRUE(text.has_value()) << path.toStdString();
+        rules.SetText(store, text.value_or(QString()) + QStringLiteral("\r\n\r\n"));
+    }
+    return rules;
+}
+
+}  // namespace
+
+TEST(rulesShipped, TheFilesKeepCrLfLineEnds) {
+    for (const char* name : {"/rules/site.pro", "/rules/info.pro"}) {
+        const QByteArray bytes = ReadAll(SourceDir() + QString::fromLatin1(name));
+        ASSERT_FALSE(bytes.isEmpty()) << name;
+        EXPECT_EQ(bytes.count("\n"), bytes.count("\r\n")) << name;
+        EXPECT_EQ(bytes.count("\r"), bytes.count("\r\n")) << name;
+    }
+}
+
+TEST(rulesShipped, SiteProHoldsTheSelfUpdateAndTheRunList) {
+    const RuleStore rules = ShippedRules();
+    auto key = [&rules](const char* section, const QString& name) {
+        return rules.LookupKey(QString::fromLatin1(section), name, kSiteStore);
+    };
+    EXPECT_TRUE(key("Protocols", QStringLiteral("ProtocolCheckUrl"))
+                    .startsWith(QStringLiteral("http://127.0.0.1:8750/")));
+    EXPECT_NE(key("Protocols", QStringLiteral("Current Protocol")), kError);
+    const int files = key("Protocols", QStringLiteral("Protocols")).toInt();
+    QStringList names;
+    for (int n = 1; n <= files; ++n) {
+        const QString url = key("Protocols", QStringLiteral("ProtocolDownload%1").arg(n));
+        const QString name = key("Protocols", QStringLiteral("ProtocolName%1").arg(n));
+        EXPECT_TRUE(url.startsWith(QStringLiteral("http://127.0.0.1:8750/"))) << n;
+        EXPECT_TRUE(url.endsWith(u'/' + name)) << n;
+        names << name;
+    }
+    EXPECT_TRUE(names.contains(QStringLiteral("site.pro")));
+    EXPECT_TRUE(names.contains(QStringLiteral("info.pro")));
+
+    EXPECT_EQ(key("Sites", QStringLiteral("Site0")), QStringLiteral("eBay"));
+    const QStringList known = {
+        QStringLiteral("Current Time eBay"),        QStringLiteral("Current Auctions eBay"),
+        QStringLiteral("Auction Details eBay"),     QStringLiteral("Current Bids eBay"),
+        QStringLiteral("Bid Details eBay"),         QStringLiteral("Account History eBay"),
+        QStringLiteral("Account Information eBay"), QStringLiteral("Watching Items eBay")};
+    const int protocols = key("Update", QStringLiteral("Protocols")).toInt();
+    EXPECT_GT(protocols, 0);
+    QStringList runList;
+    for (int n = 1; n <= protocols; ++n) {
+        const QString site = key("Update", QStringLiteral("Protocol%1 Site").arg(n));
+        const QString siteName = key("Sites", QStringLiteral("Site") + site);
+        runList << key("Update", QStringLiteral("Protocol%1").arg(n)) + u' ' + siteName;
+    }
+    for (const QString& line : runList) {
+        EXPECT_TRUE(known.contains(line)) << line.toStdString();
+    }
+    // The first-run list adds the account history itself.
+    EXPECT_FALSE(runList.contains(QStringLiteral("Account History eBay")));
+    EXPECT_EQ(runList.first(), QStringLiteral("Current Time eBay"));
+}
+
+TEST(rulesShipped, InfoProHoldsTheSectionsOfMailTrackingRegionsStatesAndThePost) {
+    const RuleStore rules = ShippedRules();
+    EXPECT_TRUE(rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1)
+                    .startsWith(QStringLiteral("127.0.0.1")));
+    for (const char* name : {"host", "userid", "pass", "account"}) {
+        EXPECT_NE(rules.LookupKey(QStringLiteral("Tracking"), QString::fromLatin1(name), 1), kError)
+            << name;
+    }
+    // Every region column of UserSites is reached from a region's name.
+    for (const char* column : {"northamerica", "europe", "oceania", "asia", "southamerica",
+                               "africa", "latinamerica", "middleeast", "caribbean"}) {
+        const QString region = rules.LookupName(QStringLiteral("Shipping Regions Reversecode"),
+                                                QString::fromLatin1(column), 1);
+        ASSERT_NE(region, kError) << column;
+        EXPECT_EQ(rules.LookupKey(QStringLiteral("Shipping Regions Reversecode"), region, 1),
+                  QString::fromLatin1(column));
+    }
+    const std::vector<RuleListRow> states =
+        rules.FillList(1, QStringLiteral("Billpoint Tax States"));
+    EXPECT_GE(states.size(), 51u);
+    EXPECT_EQ(rules.LookupName(QStringLiteral("Billpoint Tax States"), QStringLiteral("CA"), 1),
+              QStringLiteral("California"));
+
+    QStringList names;
+    QStringList defaults;
+    EXPECT_EQ(LoadPostDefaults(rules, names, defaults), kPostSlots);
+    for (int n = 1; n <= kPostSlots; ++n) {
+        EXPECT_NE(names[n], kError) << n;
+        EXPECT_FALSE(names[n].isEmpty()) << n;
+        EXPECT_NE(defaults[n], kError) << n;
+    }
+    EXPECT_EQ(names.count(QStringLiteral("title")), 1);
+    EXPECT_EQ(names.removeDuplicates(), 0) << "two slots post the same field";
+}
