@@ -166,7 +166,7 @@ const QStringList kSavedQueries = {QStringLiteral("CurrentAuctions"),
 
 // --- Objects ---------------------------------------------------------------
 
-TEST(SchemaObjects, EveryTableAndSavedQueryExistsAndAnswers) {
+TEST(schemaObjects, EveryTableAndSavedQueryExistsAndAnswers) {
     Database db = FreshStore();
     const QStringList tables = Objects(db, QStringLiteral("table"));
     const QStringList views = Objects(db, QStringLiteral("view"));
@@ -188,14 +188,14 @@ TEST(SchemaObjects, EveryTableAndSavedQueryExistsAndAnswers) {
     }
 }
 
-TEST(SchemaObjects, TheFilesLeaveProtocolsAndPragmasToTheProgram) {
+TEST(schemaObjects, TheFilesLeaveProtocolsAndPragmasToTheProgram) {
     Database db = FreshStore();
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Protocols")), 0);
     EXPECT_EQ(db.ScalarInt(QStringLiteral("PRAGMA user_version")), 0);
     EXPECT_EQ(db.ScalarInt(QStringLiteral("PRAGMA application_id")), 0);
 }
 
-TEST(SchemaObjects, EveryTextColumnComparesWithoutCase) {
+TEST(schemaObjects, EveryTextColumnComparesWithoutCase) {
     Database db = FreshStore();
     for (const QString& table : Objects(db, QStringLiteral("table"))) {
         auto s = db.Prepare(
@@ -220,7 +220,7 @@ TEST(SchemaObjects, EveryTextColumnComparesWithoutCase) {
 
 // The file must be the user's as much as the program's: the plain shell, with
 // none of the program's functions, opens it and answers on every object.
-TEST(SchemaShell, PlainSqliteShellAnswersOnEveryObject) {
+TEST(schemaShell, PlainSqliteShellAnswersOnEveryObject) {
     const QString shell = QStringLiteral("/usr/bin/sqlite3");
     if (!QFile::exists(shell)) {
         GTEST_SKIP() << "no sqlite3 shell on this machine";
@@ -281,7 +281,7 @@ TEST(SchemaShell, PlainSqliteShellAnswersOnEveryObject) {
 
 // --- Text ------------------------------------------------------------------
 
-TEST(SchemaText, TrimmedBoundValuesFindTheirRowWhateverTheCase) {
+TEST(schemaText, TrimmedBoundValuesFindTheirRowWhateverTheCase) {
     Database db = FreshStore();
     Add(db, QStringLiteral("Auctions"),
         {{QStringLiteral("UserName"), QStringLiteral("ABC")},
@@ -310,7 +310,7 @@ TEST(SchemaText, TrimmedBoundValuesFindTheirRowWhateverTheCase) {
     EXPECT_TRUE(node.Step());
 }
 
-TEST(SchemaText, KeysIgnoreCaseAndAllowRowsWithoutAKey) {
+TEST(schemaText, KeysIgnoreCaseAndAllowRowsWithoutAKey) {
     Database db = FreshStore();
     const Row sale = {{QStringLiteral("UserName"), QStringLiteral("Ann")},
                       {QStringLiteral("ItemNumber"), QStringLiteral("A7")},
@@ -357,7 +357,7 @@ TEST(SchemaText, KeysIgnoreCaseAndAllowRowsWithoutAKey) {
         StoreError);
 }
 
-TEST(SchemaText, ColumnNamesSpelledEitherWayAreOneColumn) {
+TEST(schemaText, ColumnNamesSpelledEitherWayAreOneColumn) {
     Database db = FreshStore();
     auto users = db.Prepare(
         QStringLiteral("INSERT INTO Users (UserName, Pzipcode, zipcode) VALUES (?, ?, ?)"));
@@ -392,7 +392,7 @@ TEST(SchemaText, ColumnNamesSpelledEitherWayAreOneColumn) {
 
 // --- Generated columns -----------------------------------------------------
 
-TEST(SchemaNumbers, MoneyColumnsReadByTheNumberRule) {
+TEST(schemaNumbers, MoneyColumnsReadByTheNumberRule) {
     Database db = FreshStore();
     const QMap<QString, QStringList> money = {
         {QStringLiteral("Auctions"),
@@ -447,7 +447,7 @@ TEST(SchemaNumbers, MoneyColumnsReadByTheNumberRule) {
     }
 }
 
-TEST(SchemaDates, DayColumnsReadByTheDateRule) {
+TEST(schemaDates, DayColumnsReadByTheDateRule) {
     Database db = FreshStore();
     const std::vector<std::pair<QVariant, QVariant>> samples = {
         {QStringLiteral("06/07/00, 12:04:00 PST"), QStringLiteral("2000-06-07")},
@@ -520,7 +520,7 @@ TEST(SchemaDates, DayColumnsReadByTheDateRule) {
 
 // --- Saved queries ---------------------------------------------------------
 
-TEST(SchemaSavedQueries, CurrentAndArchivedSplitAtTodaysDate) {
+TEST(schemaSavedQueries, CurrentAndArchivedSplitAtTodaysDate) {
     Database db = FreshStore();
     const QString ann = QStringLiteral("Ann");
     const std::vector<std::pair<QString, QVariant>> ends = {
@@ -568,7 +568,7 @@ TEST(SchemaSavedQueries, CurrentAndArchivedSplitAtTodaysDate) {
               QStringList{QStringLiteral("7-own-end")});
 }
 
-TEST(SchemaSavedQueries, AnalysisCountsEndedSalesThatMetTheReserve) {
+TEST(schemaSavedQueries, AnalysisCountsEndedSalesThatMetTheReserve) {
     Database db = FreshStore();
     const QString ann = QStringLiteral("Ann");
     const QDate yesterday = Today().addDays(-1);
@@ -671,7 +671,7 @@ TEST(SchemaSavedQueries, AnalysisCountsEndedSalesThatMetTheReserve) {
         << "Date falls back to AccountDate";
 }
 
-TEST(SchemaSavedQueries, PendingTasksAreEndedItemsNotYetComplete) {
+TEST(schemaSavedQueries, PendingTasksAreEndedItemsNotYetComplete) {
     Database db = FreshStore();
     const QString ann = QStringLiteral("Ann");
     const QDate yesterday = Today().addDays(-1);
@@ -810,7 +810,7 @@ TEST(SchemaSavedQueries, PendingTasksAreEndedItemsNotYetComplete) {
 
 // --- Seed rows -------------------------------------------------------------
 
-TEST(SchemaSeed, TaskTreesHoldEveryTaskCodeOnItsSide) {
+TEST(schemaSeed, TaskTreesHoldEveryTaskCodeOnItsSide) {
     Database db = FreshStore();
     struct Node {
         QString key, relative, function, parameter, description;
@@ -976,7 +976,7 @@ TEST(SchemaSeed, TaskTreesHoldEveryTaskCodeOnItsSide) {
         << "the multi-item mail asks the pending view for this flag";
 }
 
-TEST(SchemaSeed, EveryFilterNamesItsSavedQueries) {
+TEST(schemaSeed, EveryFilterNamesItsSavedQueries) {
     Database db = FreshStore();
     const QStringList views = Objects(db, QStringLiteral("view"));
     QMap<bool, QStringList> sides;
@@ -1006,7 +1006,7 @@ TEST(SchemaSeed, EveryFilterNamesItsSavedQueries) {
     EXPECT_EQ(sides[false].first(), QStringLiteral("All Bids with Pending Tasks"));
 }
 
-TEST(SchemaSeed, SystemRowsAreInPlace) {
+TEST(schemaSeed, SystemRowsAreInPlace) {
     Database db = FreshStore();
     auto global = db.Prepare(QStringLiteral("SELECT * FROM Global"));
     ASSERT_TRUE(global.Step());
