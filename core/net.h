@@ -23,10 +23,10 @@ enum class NetStatus { Ok, Failed, Cancelled };
 
 struct NetResult {
     NetStatus status = NetStatus::Failed;
-    long httpCode = 0;   // 0 when no answer came
-    QString error;       // for the log and the message; empty on Ok
-    qint64 bytes = 0;    // bytes received
-    QByteArray body;     // POST only: the answer, at most kPostAnswerLimit bytes
+    long httpCode = 0;  // 0 when no answer came
+    QString error;      // for the log and the message; empty on Ok
+    qint64 bytes = 0;   // bytes received
+    QByteArray body;    // POST only: the answer, at most kPostAnswerLimit bytes
     bool ok() const { return status == NetStatus::Ok; }
 };
 

@@ -1,0 +1,305 @@
+// HTTP over libcurl: the page GET that streams into a file, the form POST with
+// its capped answer, and the connection test. It never lets a half-written or
+// stale page stand at the target path, never keeps more of an answer than the
+// answer buffer holds, and never picks up a proxy from the environment: the
+// caller's options are the only source of proxy and time-outs.
+#include "core/net.h"
+
+#include <curl/curl.h>
+
+#include <QFile>
+#include <QSaveFile>
+#include <QUrl>
+#include <algorithm>
+#include <exception>
+#include <memory>
+
+namespace lw::core {
+
+namespace {
+
+// curl_global_init is not thread-safe and must run before any easy handle; a
+// function-local static gives exactly one call whichever thread comes first.
+struct CurlGlobal {
+    CurlGlobal() { curl_global_init(CURL_GLOBAL_DEFAULT); }
+    ~CurlGlobal() { curl_global_cleanup(); }
+    CurlGlobal(const CurlGlobal&) = delete;
+    CurlGlobal& operator=(const CurlGlobal&) = delete;
+};
+
+void EnsureCurl() {
+    static const CurlGlobal global;
+}
+
+struct EasyDeleter {
+    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+};
+using Easy = std::unique_ptr<CURL, EasyDeleter>;
+
+struct SlistDeleter {
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+using Slist = std::unique_ptr<curl_slist, SlistDeleter>;
+
+// What the callbacks of one transfer share. Exactly one of file and answer is
+// set: a GET streams to the file, a POST collects into the answer.
+struct Transfer {
+    const NetProgress* progress = nullptr;
+    QSaveFile* file = nullptr;
+    QByteArray* answer = nullptr;
+    qint64 received = 0;
+    bool cancelled = false;
+    bool writeFailed = false;
+    // An exception thrown by the caller's progress callback must not unwind
+    // through libcurl's C frames; it is held here and thrown again once the
+    // transfer has been torn down.
+    std::exception_ptr failure;
+};
+
+size_t WriteToFile(char* data, size_t size, size_t count, void* user) {
+    auto* transfer = static_cast<Transfer*>(user);
+    const qint64 length = static_cast<qint64>(size * count);
+    if (transfer->file->write(data, length) != length) {
+        transfer->writeFailed = true;
+        return 0;  // anything short of length makes curl stop with a write error
+    }
+    transfer->received += length;
+    return size * count;
+}
+
+// Keeps the first kPostAnswerLimit bytes and reads the rest without keeping
+// it, so the server sees a complete exchange either way.
+size_t WriteToAnswer(char* data, size_t size, size_t count, void* user) {
+    auto* transfer = static_cast<Transfer*>(user);
+    const qint64 length = static_cast<qint64>(size * count);
+    const qint64 room = kPostAnswerLimit - transfer->answer->size();
+    if (room > 0) {
+        transfer->answer->append(data, std::min(room, length));
+    }
+    transfer->received += length;
+    return size * count;
+}
+
+int OnProgress(void* user, curl_off_t downloadTotal, curl_off_t downloadNow, curl_off_t,
+               curl_off_t) {
+    auto* transfer = static_cast<Transfer*>(user);
+    try {
+        if (!(*transfer->progress)(static_cast<qint64>(downloadNow),
+                                   static_cast<qint64>(downloadTotal))) {
+            transfer->cancelled = true;
+            return 1;
+        }
+    } catch (...) {
+        transfer->failure = std::current_exception();
+        return 1;
+    }
+    return 0;
+}
+
+// "host:port" for curl; a bare IPv6 address needs its brackets to be told
+// apart from the port.
+QByteArray HostAndPort(const QString& host, int port) {
+    QByteArray out = host.toUtf8();
+    if (out.count(':') > 1 && !out.startsWith('[')) {
+        out = '[' + out + ']';
+    }
+    if (port > 0) {
+        out += ':' + QByteArray::number(port);
+    }
+    return out;
+}
+
+void SetProxy(CURL* easy, const NetOptions& options) {
+    const QString host = options.proxyHost.trimmed();
+    if (host.isEmpty()) {
+        // An empty string switches proxies off, including any from
+        // http_proxy / all_proxy in the environment.
+        curl_easy_setopt(easy, CURLOPT_PROXY, "");
+        return;
+    }
+    curl_easy_setopt(easy, CURLOPT_PROXY, HostAndPort(host, options.proxyPort).constData());
+    curl_easy_setopt(easy, CURLOPT_PROXYTYPE, static_cast<long>(CURLPROXY_HTTP));
+    // no_proxy in the environment would otherwise send some hosts around
+    // the proxy the user asked for.
+    curl_easy_setopt(easy, CURLOPT_NOPROXY, "");
+}
+
+// Options every transfer shares. curl copies string options, so the byte
+// arrays made here may die when this returns.
+Easy NewTransfer(const QString& url, const NetOptions& options, Transfer& transfer) {
+    EnsureCurl();
+    Easy easy(curl_easy_init());
+    if (!easy) {
+        return easy;
+    }
+    CURL* e = easy.get();
+    curl_easy_setopt(e, CURLOPT_URL, url.toUtf8().constData());
+    curl_easy_setopt(e, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(e, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(e, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(e, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(e, CURLOPT_MAXREDIRS, 20L);
+    curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(options.connectTimeoutMs));
+    curl_easy_setopt(e, CURLOPT_TIMEOUT_MS, static_cast<long>(std::max(0, options.totalTimeoutMs)));
+    curl_easy_setopt(e, CURLOPT_USERAGENT, options.userAgent.toUtf8().constData());
+    SetProxy(e, options);
+    if (!options.cookieFile.isEmpty()) {
+        curl_easy_setopt(e, CURLOPT_COOKIEFILE, options.cookieFile.constData());
+        curl_easy_setopt(e, CURLOPT_COOKIEJAR, options.cookieFile.constData());
+    }
+    if (transfer.progress && *transfer.progress) {
+        curl_easy_setopt(e, CURLOPT_NOPROGRESS, 0L);
+        curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, OnProgress);
+        curl_easy_setopt(e, CURLOPT_XFERINFODATA, &transfer);
+    } else {
+        curl_easy_setopt(e, CURLOPT_NOPROGRESS, 1L);
+    }
+    return easy;
+}
+
+QString ErrorText(CURLcode code, const QString& url) {
+    return QString::fromUtf8(curl_easy_strerror(code)) + QStringLiteral(": ") + url;
+}
+
+NetResult Outcome(CURL* easy, CURLcode code, const QString& url, const Transfer& transfer) {
+    NetResult result;
+    long httpCode = 0;
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &httpCode);
+    result.httpCode = httpCode;
+    result.bytes = transfer.received;
+    if (code == CURLE_OK) {
+        result.status = NetStatus::Ok;
+    } else {
+        result.status = (code == CURLE_ABORTED_BY_CALLBACK && transfer.cancelled)
+                            ? NetStatus::Cancelled
+                            : NetStatus::Failed;
+        result.error = ErrorText(code, url);
+    }
+    return result;
+}
+
+NetResult NoHandle(const QString& url) {
+    NetResult result;
+    result.error = ErrorText(CURLE_FAILED_INIT, url);
+    return result;
+}
+
+}  // namespace
+
+NetResult HttpGetToFile(const QString& url, const QString& filePath, const NetOptions& options,
+                        const NetProgress& progress) {
+    NetResult result;
+    std::exception_ptr failure;
+    {
+        // QSaveFile writes beside the target and renames onto it in commit();
+        // destroyed without a commit it removes what it wrote.
+        QSaveFile file(filePath);
+        Transfer transfer;
+        transfer.progress = &progress;
+        transfer.file = &file;
+        Easy easy = NewTransfer(url, options, transfer);
+        if (!easy) {
+            result = NoHandle(url);
+        } else if (!file.open(QIODevice::WriteOnly)) {
+            result.error = QStringLiteral("Cannot write ") + filePath + QStringLiteral(": ") +
+                           file.errorString() + QStringLiteral(" (") + url + QLatin1Char(')');
+        } else {
+            curl_easy_setopt(easy.get(), CURLOPT_WRITEFUNCTION, WriteToFile);
+            curl_easy_setopt(easy.get(), CURLOPT_WRITEDATA, &transfer);
+            const CURLcode code = curl_easy_perform(easy.get());
+            result = Outcome(easy.get(), code, url, transfer);
+            if (transfer.writeFailed) {
+                result.error += QStringLiteral(" (") + file.errorString() + QLatin1Char(')');
+            }
+            if (result.ok() && !file.commit()) {
+                result.status = NetStatus::Failed;
+                result.error = QStringLiteral("Cannot write ") + filePath + QStringLiteral(": ") +
+                               file.errorString() + QStringLiteral(" (") + url + QLatin1Char(')');
+            }
+        }
+        failure = transfer.failure;
+    }
+    if (!result.ok()) {
+        // The page from an earlier run must not pass for this one.
+        QFile::remove(filePath);
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+    return result;
+}
+
+NetResult HttpPostForm(const QString& url, const QByteArray& body, const NetOptions& options,
+                       const NetProgress& progress, const QByteArray& contentType) {
+    QByteArray answer;
+    Transfer transfer;
+    transfer.progress = &progress;
+    transfer.answer = &answer;
+    Easy easy = NewTransfer(url, options, transfer);
+    if (!easy) {
+        return NoHandle(url);
+    }
+    CURL* e = easy.get();
+    const QByteArray typeHeader = "Content-Type: " + contentType;
+    const Slist headers(curl_slist_append(nullptr, typeHeader.constData()));
+    if (headers) {
+        // Without this curl waits for a "100 Continue" that many servers
+        // never send before it sends a larger body. Appending keeps the head.
+        curl_slist_append(headers.get(), "Expect:");
+    }
+    curl_easy_setopt(e, CURLOPT_HTTPHEADER, headers.get());
+    curl_easy_setopt(e, CURLOPT_POST, 1L);
+    curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+    curl_easy_setopt(e, CURLOPT_POSTFIELDS, body.constData());
+    curl_easy_setopt(e, CURLOPT_WRITEFUNCTION, WriteToAnswer);
+    curl_easy_setopt(e, CURLOPT_WRITEDATA, &transfer);
+    const CURLcode code = curl_easy_perform(e);
+    NetResult result = Outcome(e, code, url, transfer);
+    easy.reset();
+    if (transfer.failure) {
+        std::rethrow_exception(transfer.failure);
+    }
+    result.body = std::move(answer);
+    return result;
+}
+
+bool CanReach(const QString& url, const NetOptions& options, int timeoutMs) {
+    QString host;
+    int port = 0;
+    const QString proxyHost = options.proxyHost.trimmed();
+    if (!proxyHost.isEmpty()) {
+        host = proxyHost;
+        port = options.proxyPort > 0 ? options.proxyPort : 1080;  // curl's own default
+    } else {
+        QUrl parsed(url.trimmed());
+        if (parsed.host().isEmpty()) {
+            parsed = QUrl(QStringLiteral("http://") + url.trimmed());
+        }
+        host = parsed.host();
+        const bool secure =
+            parsed.scheme().compare(QLatin1String("https"), Qt::CaseInsensitive) == 0;
+        port = parsed.port(secure ? 443 : 80);
+    }
+    if (host.isEmpty()) {
+        return false;
+    }
+    EnsureCurl();
+    const Easy easy(curl_easy_init());
+    if (!easy) {
+        return false;
+    }
+    // A plain http address to host:port makes CONNECT_ONLY stop after the TCP
+    // connection: no TLS handshake, no request, no proxy in between.
+    const QByteArray target = "http://" + HostAndPort(host, port) + '/';
+    const long timeout = static_cast<long>(timeoutMs > 0 ? timeoutMs : options.connectTimeoutMs);
+    CURL* e = easy.get();
+    curl_easy_setopt(e, CURLOPT_URL, target.constData());
+    curl_easy_setopt(e, CURLOPT_CONNECT_ONLY, 1L);
+    curl_easy_setopt(e, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(e, CURLOPT_PROXY, "");
+    curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, timeout);
+    curl_easy_setopt(e, CURLOPT_TIMEOUT_MS, timeout);
+    return curl_easy_perform(e) == CURLE_OK;
+}
+
+}  // namespace lw::core

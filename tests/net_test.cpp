@@ -1,0 +1,578 @@
+// core/net against real HTTP servers on loopback: pages to files (exact bytes,
+// error pages, redirects, failures and cancels that leave no file), capped form
+// answers, the proxy from the options and never from the environment, and the
+// connection test.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "core/net.h"
+#include "tests/support/test_support.h"
+
+using lw::core::CanReach;
+using lw::core::HttpGetToFile;
+using lw::core::HttpPostForm;
+using lw::core::kPostAnswerLimit;
+using lw::core::NetOptions;
+using lw::core::NetResult;
+using lw::core::NetStatus;
+using lw::test::ReadAll;
+using lw::test::TempRoot;
+
+namespace {
+
+// An httplib server on 127.0.0.1 and a free port, listening on its own thread
+// for the life of the object.
+class LoopbackServer {
+public:
+    LoopbackServer() = default;
+    LoopbackServer(const LoopbackServer&) = delete;
+    LoopbackServer& operator=(const LoopbackServer&) = delete;
+    ~LoopbackServer() {
+        m_stopping = true;
+        if (m_thread.joinable()) {
+            m_server.stop();
+            m_thread.join();
+        }
+    }
+
+    httplib::Server& Routes() { return m_server; }
+    bool Stopping() const { return m_stopping; }
+
+    // Call after the routes are set.
+    void Start() {
+        m_port = m_server.bind_to_any_port("127.0.0.1");
+        ASSERT_GT(m_port, 0);
+        m_thread = std::thread([this] { m_server.listen_after_bind(); });
+        // stop() does nothing until the accept loop runs, so wait for it.
+        for (int i = 0; i < 2000 && !m_server.is_running(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        ASSERT_TRUE(m_server.is_running());
+    }
+
+    int Port() const { return m_port; }
+    QString Url(const char* path) const {
+        return QStringLiteral("http://127.0.0.1:") + QString::number(m_port) +
+               QString::fromLatin1(path);
+    }
+
+private:
+    httplib::Server m_server;
+    std::thread m_thread;
+    std::atomic<bool> m_stopping{false};
+    int m_port = 0;
+};
+
+// A loopback port that nothing listens on: bound by the kernel's choice, then
+// closed again.
+int ClosedPort() {
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = 0;
+    socklen_t length = sizeof address;
+    int port = 0;
+    if (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
+        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
+        port = ntohs(address.sin_port);
+    }
+    ::close(fd);
+    return port;
+}
+
+QString ClosedUrl(const char* scheme, int port) {
+    return QString::fromLatin1(scheme) + QStringLiteral("://127.0.0.1:") + QString::number(port) +
+           QStringLiteral("/page");
+}
+
+// Sets an environment variable for one test and puts the old value back.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const QByteArray& value)
+        : m_name(name), m_had(qEnvironmentVariableIsSet(name)), m_old(qgetenv(name)) {
+        qputenv(name, value);
+    }
+    ~ScopedEnv() {
+        if (m_had) {
+            qputenv(m_name, m_old);
+        } else {
+            qunsetenv(m_name);
+        }
+    }
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+private:
+    const char* m_name;
+    bool m_had;
+    QByteArray m_old;
+};
+
+NetOptions FastOptions() {
+    NetOptions options;
+    options.connectTimeoutMs = 2000;
+    options.totalTimeoutMs = 5000;
+    return options;
+}
+
+// Bytes of every value, NUL among them, the same on every run.
+std::string BinaryBytes(size_t size) {
+    std::mt19937 generator(20240611);
+    std::uniform_int_distribution<int> byte(0, 255);
+    std::string out(size, '\0');
+    for (size_t i = 1; i < size; ++i) {
+        out[i] = static_cast<char>(byte(generator));
+    }
+    return out;
+}
+
+// A body sent in 1 KB chunks 20 ms apart, at most 64 of them, so that a test
+// can act in the middle of a transfer and the server still ends on its own.
+void ServeSlowly(LoopbackServer& server, const char* path) {
+    server.Routes().Get(path, [&server](const httplib::Request&, httplib::Response& res) {
+        res.set_chunked_content_provider(
+            "application/octet-stream", [&server](size_t offset, httplib::DataSink& sink) {
+                if (server.Stopping() || offset >= 64 * 1024) {
+                    sink.done();
+                    return true;
+                }
+                const std::string chunk(1024, 'x');
+                if (!sink.write(chunk.data(), chunk.size())) {
+                    return false;
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                return true;
+            });
+    });
+}
+
+QStringList Entries(const QString& dir) {
+    return QDir(dir).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
+}  // namespace
+
+TEST(NetGet, WritesTheBodyByteForByteWithProgressAndUserAgent) {
+    const std::string small("a\0b\r\n\xff\x00z", 8);
+    const std::string large = BinaryBytes(5 * 1024 * 1024);
+    std::mutex mutex;
+    std::string userAgent;
+    LoopbackServer server;
+    server.Routes().Get("/small", [&](const httplib::Request& req, httplib::Response& res) {
+        const std::lock_guard lock(mutex);
+        userAgent = req.get_header_value("User-Agent");
+        res.set_content(small, "application/octet-stream");
+    });
+    server.Routes().Get("/large", [&](const httplib::Request&, httplib::Response& res) {
+        res.set_content(large, "application/octet-stream");
+    });
+    server.Start();
+    TempRoot root;
+
+    NetOptions options = FastOptions();
+    options.userAgent = QStringLiteral("LotwrightTest/9");
+    for (const auto& [path, expected] :
+         {std::pair{"/small", &small}, std::pair{"/large", &large}}) {
+        SCOPED_TRACE(path);
+        const QString file = root.File(QStringLiteral("page.htm"));
+        qint64 lastReceived = -1;
+        qint64 lastTotal = -1;
+        const NetResult result =
+            HttpGetToFile(server.Url(path), file, options, [&](qint64 received, qint64 total) {
+                lastReceived = received;
+                lastTotal = total;
+                return true;
+            });
+        ASSERT_EQ(result.status, NetStatus::Ok) << result.error.toStdString();
+        EXPECT_TRUE(result.error.isEmpty());
+        EXPECT_EQ(result.httpCode, 200);
+        EXPECT_EQ(result.bytes, static_cast<qint64>(expected->size()));
+        EXPECT_EQ(lastReceived, static_cast<qint64>(expected->size()));
+        EXPECT_EQ(lastTotal, static_cast<qint64>(expected->size()));
+        const QByteArray written = ReadAll(file);
+        ASSERT_EQ(written.size(), static_cast<qsizetype>(expected->size()));
+        EXPECT_TRUE(written == QByteArray(expected->data(), expected->size()));
+        EXPECT_EQ(Entries(root.Path()), QStringList{QStringLiteral("page.htm")});
+    }
+    const std::lock_guard lock(mutex);
+    EXPECT_EQ(userAgent, "LotwrightTest/9");
+}
+
+TEST(NetGet, WritesAnErrorPageOverAnOlderLongerFile) {
+    LoopbackServer server;
+    server.Routes().Get("/gone", [](const httplib::Request&, httplib::Response& res) {
+        res.status = 404;
+        res.set_content("<html>no such item</html>", "text/html");
+    });
+    server.Start();
+    TempRoot root;
+    const QString file = root.Write(QStringLiteral("item.htm"), QByteArray(4096, 'o'));
+
+    const NetResult result = HttpGetToFile(server.Url("/gone"), file, FastOptions());
+    EXPECT_EQ(result.status, NetStatus::Ok);
+    EXPECT_EQ(result.httpCode, 404);
+    EXPECT_EQ(ReadAll(file), QByteArray("<html>no such item</html>"));
+    EXPECT_EQ(Entries(root.Path()), QStringList{QStringLiteral("item.htm")});
+}
+
+TEST(NetGet, FollowsRedirects) {
+    LoopbackServer server;
+    server.Routes().Get("/old", [](const httplib::Request&, httplib::Response& res) {
+        res.set_redirect("/middle");
+    });
+    server.Routes().Get("/middle", [](const httplib::Request&, httplib::Response& res) {
+        res.set_redirect("/new", 301);
+    });
+    server.Routes().Get("/new", [](const httplib::Request&, httplib::Response& res) {
+        res.set_content("arrived", "text/plain");
+    });
+    server.Start();
+    TempRoot root;
+    const QString file = root.File(QStringLiteral("page.htm"));
+
+    const NetResult result = HttpGetToFile(server.Url("/old"), file, FastOptions());
+    ASSERT_EQ(result.status, NetStatus::Ok) << result.error.toStdString();
+    EXPECT_EQ(result.httpCode, 200);
+    EXPECT_EQ(ReadAll(file), QByteArray("arrived"));
+}
+
+TEST(NetGet, ServerNotListeningFailsAndLeavesNoFile) {
+    const int port = ClosedPort();
+    ASSERT_GT(port, 0);
+    TempRoot root;
+    // https goes through the same path: it must fail on the connection, not
+    // be refused as an unknown protocol.
+    for (const char* scheme : {"http", "https"}) {
+        SCOPED_TRACE(scheme);
+        const QString url = ClosedUrl(scheme, port);
+        const QString file = root.Write(QStringLiteral("page.htm"), "an old page");
+
+        const NetResult result = HttpGetToFile(url, file, FastOptions());
+        EXPECT_EQ(result.status, NetStatus::Failed);
+        EXPECT_EQ(result.httpCode, 0);
+        EXPECT_TRUE(result.error.contains(url)) << result.error.toStdString();
+        EXPECT_FALSE(result.error.contains(QStringLiteral("nsupported protocol")))
+            << result.error.toStdString();
+        EXPECT_FALSE(QFile::exists(file));
+        EXPECT_TRUE(Entries(root.Path()).isEmpty())
+            << Entries(root.Path()).join(u' ').toStdString();
+    }
+}
+
+TEST(NetGet, TargetInAMissingFolderFailsWithThePath) {
+    LoopbackServer server;
+    std::atomic<int> requests{0};
+    server.Routes().Get("/page", [&](const httplib::Request&, httplib::Response& res) {
+        ++requests;
+        res.set_content("page", "text/plain");
+    });
+    server.Start();
+    TempRoot root;
+    const QString file = root.File(QStringLiteral("missing/page.htm"));
+
+    const NetResult result = HttpGetToFile(server.Url("/page"), file, FastOptions());
+    EXPECT_EQ(result.status, NetStatus::Failed);
+    EXPECT_TRUE(result.error.contains(file)) << result.error.toStdString();
+    EXPECT_FALSE(QFile::exists(file));
+    EXPECT_EQ(requests, 0);  // nothing is fetched that could not be kept
+}
+
+TEST(NetGet, CancelMidTransferLeavesNoFile) {
+    LoopbackServer server;
+    ServeSlowly(server, "/slow");
+    server.Start();
+    TempRoot root;
+    const QString file = root.File(QStringLiteral("page.htm"));
+
+    bool targetSeenMidway = false;
+    qint64 receivedAtCancel = 0;
+    QElapsedTimer timer;
+    timer.start();
+    const NetResult result =
+        HttpGetToFile(server.Url("/slow"), file, FastOptions(), [&](qint64 received, qint64) {
+            if (received < 2048) {
+                return true;
+            }
+            // Nothing half-written may stand at the target while data arrives.
+            targetSeenMidway = QFile::exists(file);
+            receivedAtCancel = received;
+            return false;
+        });
+    EXPECT_EQ(result.status, NetStatus::Cancelled) << result.error.toStdString();
+    EXPECT_FALSE(result.error.isEmpty());
+    EXPECT_GE(receivedAtCancel, 2048);
+    EXPECT_LT(receivedAtCancel, 64 * 1024);
+    EXPECT_FALSE(targetSeenMidway);
+    EXPECT_FALSE(QFile::exists(file));
+    EXPECT_TRUE(Entries(root.Path()).isEmpty());
+    EXPECT_LT(timer.elapsed(), 1000);
+}
+
+TEST(NetGet, TotalTimeOutFailsAndRemovesTheOldFile) {
+    LoopbackServer server;
+    ServeSlowly(server, "/slow");
+    server.Start();
+    TempRoot root;
+    const QString file = root.Write(QStringLiteral("page.htm"), "an old page");
+
+    NetOptions options = FastOptions();
+    options.totalTimeoutMs = 200;
+    QElapsedTimer timer;
+    timer.start();
+    const NetResult result = HttpGetToFile(server.Url("/slow"), file, options);
+    EXPECT_EQ(result.status, NetStatus::Failed);
+    EXPECT_LT(timer.elapsed(), 1000);
+    EXPECT_FALSE(QFile::exists(file));
+    EXPECT_TRUE(Entries(root.Path()).isEmpty());
+}
+
+TEST(NetGet, ExceptionFromProgressReachesTheCallerAndLeavesNoFile) {
+    LoopbackServer server;
+    ServeSlowly(server, "/slow");
+    server.Start();
+    TempRoot root;
+    const QString file = root.Write(QStringLiteral("page.htm"), "an old page");
+
+    EXPECT_THROW(HttpGetToFile(server.Url("/slow"), file, FastOptions(),
+                               [](qint64 received, qint64) -> bool {
+                                   if (received > 0) {
+                                       throw std::runtime_error("stop");
+                                   }
+                                   return true;
+                               }),
+                 std::runtime_error);
+    EXPECT_FALSE(QFile::exists(file));
+    EXPECT_TRUE(Entries(root.Path()).isEmpty());
+}
+
+TEST(NetGet, CookieJarCarriesCookiesToTheNextRequest) {
+    std::mutex mutex;
+    std::string cookieSeen;
+    LoopbackServer server;
+    server.Routes().Get("/signin", [](const httplib::Request&, httplib::Response& res) {
+        res.set_header("Set-Cookie", "session=abc123; Path=/");
+        res.set_content("signed in", "text/plain");
+    });
+    server.Routes().Get("/mine", [&](const httplib::Request& req, httplib::Response& res) {
+        const std::lock_guard lock(mutex);
+        cookieSeen = req.get_header_value("Cookie");
+        res.set_content("yours", "text/plain");
+    });
+    server.Start();
+    TempRoot root;
+    NetOptions options = FastOptions();
+    options.cookieFile = QFile::encodeName(root.File(QStringLiteral("cookies.txt")));
+
+    ASSERT_TRUE(
+        HttpGetToFile(server.Url("/signin"), root.File(QStringLiteral("a.htm")), options).ok());
+    EXPECT_TRUE(QFile::exists(root.File(QStringLiteral("cookies.txt"))));
+    ASSERT_TRUE(
+        HttpGetToFile(server.Url("/mine"), root.File(QStringLiteral("b.htm")), options).ok());
+    {
+        const std::lock_guard lock(mutex);
+        EXPECT_EQ(cookieSeen, "session=abc123");
+    }
+
+    // Without a jar nothing is remembered.
+    ASSERT_TRUE(
+        HttpGetToFile(server.Url("/mine"), root.File(QStringLiteral("c.htm")), FastOptions()).ok());
+    const std::lock_guard lock(mutex);
+    EXPECT_EQ(cookieSeen, "");
+}
+
+TEST(NetPost, SendsTheBodyWithItsContentType) {
+    LoopbackServer server;
+    server.Routes().Post("/echo", [](const httplib::Request& req, httplib::Response& res) {
+        std::string answer = "type=" + req.get_header_value("Content-Type") + "\n";
+        if (req.has_param("name")) {
+            answer += "name=" + req.get_param_value("name") + "\n";
+            answer += "qty=" + req.get_param_value("qty") + "\n";
+        }
+        answer += "body=" + req.body;
+        res.set_content(answer, "text/plain");
+    });
+    server.Start();
+
+    const NetResult form =
+        HttpPostForm(server.Url("/echo"), "name=O%27Brien+%26+Co&qty=3", FastOptions());
+    ASSERT_EQ(form.status, NetStatus::Ok) << form.error.toStdString();
+    EXPECT_EQ(form.httpCode, 200);
+    EXPECT_EQ(form.body, QByteArray("type=application/x-www-form-urlencoded\n"
+                                    "name=O'Brien & Co\n"
+                                    "qty=3\n"
+                                    "body=name=O%27Brien+%26+Co&qty=3"));
+    EXPECT_EQ(form.bytes, form.body.size());
+
+    // A larger body of another type goes out whole and unparsed.
+    const QByteArray text(20000, 't');
+    const NetResult plain =
+        HttpPostForm(server.Url("/echo"), text, FastOptions(), {}, "text/plain; charset=utf-8");
+    ASSERT_EQ(plain.status, NetStatus::Ok) << plain.error.toStdString();
+    EXPECT_EQ(plain.body, "type=text/plain; charset=utf-8\nbody=" + text);
+}
+
+TEST(NetPost, KeepsOnlyTheFirst75000BytesOfTheAnswer) {
+    const std::string large = BinaryBytes(200000);
+    LoopbackServer server;
+    server.Routes().Post("/big", [&](const httplib::Request&, httplib::Response& res) {
+        res.set_content(large, "application/octet-stream");
+    });
+    server.Routes().Post("/exact", [&](const httplib::Request&, httplib::Response& res) {
+        res.set_content(large.substr(0, kPostAnswerLimit), "application/octet-stream");
+    });
+    server.Start();
+
+    const NetResult big = HttpPostForm(server.Url("/big"), "a=1", FastOptions());
+    ASSERT_EQ(big.status, NetStatus::Ok) << big.error.toStdString();
+    EXPECT_EQ(big.bytes, 200000);  // read to the end, not cut off
+    ASSERT_EQ(big.body.size(), kPostAnswerLimit);
+    EXPECT_TRUE(big.body == QByteArray(large.data(), kPostAnswerLimit));
+
+    const NetResult exact = HttpPostForm(server.Url("/exact"), "a=1", FastOptions());
+    ASSERT_EQ(exact.status, NetStatus::Ok) << exact.error.toStdString();
+    EXPECT_TRUE(exact.body == big.body);
+}
+
+TEST(NetPost, CancelAndFailureAreReported) {
+    LoopbackServer server;
+    server.Routes().Post("/echo", [](const httplib::Request& req, httplib::Response& res) {
+        res.set_content(req.body, "text/plain");
+    });
+    server.Start();
+
+    const NetResult cancelled = HttpPostForm(server.Url("/echo"), "a=1", FastOptions(),
+                                             [](qint64, qint64) { return false; });
+    EXPECT_EQ(cancelled.status, NetStatus::Cancelled);
+    EXPECT_FALSE(cancelled.error.isEmpty());
+
+    const QString closed = ClosedUrl("http", ClosedPort());
+    const NetResult failed = HttpPostForm(closed, "a=1", FastOptions());
+    EXPECT_EQ(failed.status, NetStatus::Failed);
+    EXPECT_EQ(failed.httpCode, 0);
+    EXPECT_TRUE(failed.body.isEmpty());
+    EXPECT_TRUE(failed.error.contains(closed)) << failed.error.toStdString();
+}
+
+// The "proxy" is a plain server that answers every request and records the
+// request target: a client talking to an HTTP proxy names the full address.
+class NetProxy : public ::testing::Test {
+protected:
+    void SetUp() override {
+        auto record = [this](const httplib::Request& req, httplib::Response& res) {
+            const std::lock_guard lock(m_mutex);
+            m_targets.push_back(req.method + " " + req.target);
+            res.set_content("via proxy", "text/plain");
+        };
+        m_proxy.Routes().Get(".*", record);
+        m_proxy.Routes().Post(".*", record);
+        m_proxy.Start();
+    }
+
+    std::vector<std::string> Targets() {
+        const std::lock_guard lock(m_mutex);
+        return m_targets;
+    }
+
+    NetOptions ProxyOptions() const {
+        NetOptions options = FastOptions();
+        options.proxyHost = QStringLiteral("127.0.0.1");
+        options.proxyPort = m_proxy.Port();
+        return options;
+    }
+
+    LoopbackServer m_proxy;
+    std::mutex m_mutex;
+    std::vector<std::string> m_targets;
+};
+
+TEST_F(NetProxy, RequestsGoToTheProxyEvenWhenTheEnvironmentExemptsTheHost) {
+    // Nothing listens at the origin: only the proxy can answer.
+    const int origin = ClosedPort();
+    const QString url = ClosedUrl("http", origin);
+    const std::string absolute = url.toStdString();
+    const ScopedEnv noProxy("no_proxy", "*");
+    const ScopedEnv noProxyUpper("NO_PROXY", "*");
+    TempRoot root;
+
+    const NetResult get = HttpGetToFile(url, root.File(QStringLiteral("p.htm")), ProxyOptions());
+    ASSERT_EQ(get.status, NetStatus::Ok) << get.error.toStdString();
+    EXPECT_EQ(ReadAll(root.File(QStringLiteral("p.htm"))), QByteArray("via proxy"));
+
+    const NetResult post = HttpPostForm(url, "a=1", ProxyOptions());
+    ASSERT_EQ(post.status, NetStatus::Ok) << post.error.toStdString();
+    EXPECT_EQ(post.body, QByteArray("via proxy"));
+
+    EXPECT_EQ(Targets(), (std::vector<std::string>{"GET " + absolute, "POST " + absolute}));
+}
+
+TEST_F(NetProxy, ProxiesFromTheEnvironmentAreNeverUsed) {
+    LoopbackServer origin;
+    origin.Routes().Get("/page", [](const httplib::Request&, httplib::Response& res) {
+        res.set_content("direct", "text/plain");
+    });
+    origin.Start();
+    const QByteArray proxyUrl = "http://127.0.0.1:" + QByteArray::number(m_proxy.Port());
+    const ScopedEnv httpProxy("http_proxy", proxyUrl);
+    const ScopedEnv allProxy("ALL_PROXY", proxyUrl);
+    const ScopedEnv allProxyLower("all_proxy", proxyUrl);
+    const ScopedEnv noProxy("no_proxy", "");
+    const ScopedEnv noProxyUpper("NO_PROXY", "");
+    TempRoot root;
+
+    const NetResult get =
+        HttpGetToFile(origin.Url("/page"), root.File(QStringLiteral("p.htm")), FastOptions());
+    ASSERT_EQ(get.status, NetStatus::Ok) << get.error.toStdString();
+    EXPECT_EQ(ReadAll(root.File(QStringLiteral("p.htm"))), QByteArray("direct"));
+    // The connection test goes to the host itself, which is not listening.
+    EXPECT_FALSE(CanReach(ClosedUrl("http", ClosedPort()), FastOptions(), 1000));
+    EXPECT_TRUE(Targets().empty());
+}
+
+TEST_F(NetProxy, CanReachTriesTheProxyInsteadOfTheHost) {
+    const QString closedOrigin = ClosedUrl("http", ClosedPort());
+    EXPECT_TRUE(CanReach(closedOrigin, ProxyOptions(), 1000));
+
+    NetOptions deadProxy = FastOptions();
+    deadProxy.proxyHost = QStringLiteral("127.0.0.1");
+    deadProxy.proxyPort = ClosedPort();
+    EXPECT_FALSE(
+        CanReach(QStringLiteral("http://127.0.0.1:") + QString::number(m_proxy.Port()) + u'/',
+                 deadProxy, 1000));
+    // A connection test sends no request.
+    EXPECT_TRUE(Targets().empty());
+}
+
+TEST(NetCanReach, TrueForAListeningPortFalseForAClosedOne) {
+    LoopbackServer server;
+    std::atomic<int> requests{0};
+    server.Routes().Get(".*", [&](const httplib::Request&, httplib::Response&) { ++requests; });
+    server.Start();
+    const QString port = QString::number(server.Port());
+
+    EXPECT_TRUE(CanReach(server.Url("/any/page"), FastOptions(), 1000));
+    EXPECT_TRUE(CanReach(QStringLiteral("127.0.0.1:") + port, FastOptions(), 1000));
+
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_FALSE(CanReach(ClosedUrl("http", ClosedPort()), FastOptions(), 1000));
+    EXPECT_LT(timer.elapsed(), 1500);
+    EXPECT_FALSE(CanReach(QString(), FastOptions(), 1000));
+    EXPECT_EQ(requests, 0);
+}
