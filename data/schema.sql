@@ -207,12 +207,17 @@ CREATE TABLE Auctions (
     StartDay TEXT GENERATED ALWAYS AS (CASE WHEN StartDate GLOB '[0-9][0-9]/[0-9][0-9]/[0-9][0-9]*' THEN (CASE WHEN substr(StartDate,7,2) < '97' THEN '20' ELSE '19' END) || substr(StartDate,7,2) || '-' || substr(StartDate,1,2) || '-' || substr(StartDate,4,2) END) STORED,
     EndDay TEXT GENERATED ALWAYS AS (CASE WHEN EndDate GLOB '[0-9][0-9]/[0-9][0-9]/[0-9][0-9]*' THEN (CASE WHEN substr(EndDate,7,2) < '97' THEN '20' ELSE '19' END) || substr(EndDate,7,2) || '-' || substr(EndDate,1,2) || '-' || substr(EndDate,4,2) END) STORED,
     EndYear INTEGER GENERATED ALWAYS AS (CAST(substr(EndDay,1,4) AS INTEGER)) STORED,
-    EndStamp TEXT GENERATED ALWAYS AS (CASE WHEN EndDay IS NOT NULL THEN EndDay || ' ' || substr(EndDate,11,8) END) STORED
+    EndStamp TEXT GENERATED ALWAYS AS (CASE WHEN EndDay IS NOT NULL THEN EndDay || ' ' || substr(EndDate,11,8) END) STORED,
+    -- 1 for a sale that counts in the analysis: a bid that met the reserve,
+    -- on an item that is not the parent row of a multi-winner sale.
+    SaleCounted INTEGER GENERATED ALWAYS AS (HighBidNum >= ReserveBidNum AND HighBidNum > 0 AND IFNULL(HighBidderName, '') <> 'Dutch Auction') STORED
 );
 CREATE UNIQUE INDEX AuctionsKey ON Auctions (UserName, ItemNumber, AuctionSiteFlag);
 CREATE INDEX AuctionsByItem ON Auctions (ItemNumber);
 CREATE INDEX AuctionsByUserEnd ON Auctions (UserName, EndDay);
 CREATE INDEX AuctionsByUserYear ON Auctions (UserName, EndYear);
+-- Covers the yearly sales sums: no table row is read for them.
+CREATE INDEX AuctionsAnalysis ON Auctions (UserName, SaleCounted, EndYear, EndDay, HighBidNum);
 CREATE INDEX AuctionsByBidder ON Auctions (HighBidderName);
 CREATE INDEX AuctionsByInventory ON Auctions (InventoryID);
 
@@ -765,19 +770,19 @@ CREATE INDEX TransactionsByItem ON Transactions (ID, TransDate);
 
 CREATE VIEW CurrentAuctions AS
     SELECT Auctions.* FROM Auctions
-    WHERE Auctions.EndDay IS NULL OR Auctions.EndDay >= date('now', 'localtime');
+    WHERE Auctions.EndDay IS NULL OR Auctions.EndDay >= (SELECT date('now', 'localtime'));
 
 CREATE VIEW ArchivedAuctions AS
     SELECT Auctions.* FROM Auctions
-    WHERE Auctions.EndDay < date('now', 'localtime');
+    WHERE Auctions.EndDay < (SELECT date('now', 'localtime'));
 
 CREATE VIEW CurrentBids AS
     SELECT Bids.* FROM Bids
-    WHERE Bids.EndDay IS NULL OR Bids.EndDay >= date('now', 'localtime');
+    WHERE Bids.EndDay IS NULL OR Bids.EndDay >= (SELECT date('now', 'localtime'));
 
 CREATE VIEW ArchivedBids AS
     SELECT Bids.* FROM Bids
-    WHERE Bids.EndDay < date('now', 'localtime');
+    WHERE Bids.EndDay < (SELECT date('now', 'localtime'));
 
 -- Every winner row of the multi-winner items the user bid on; callers pick the
 -- user's own by HighBidderName. The day is the row's own, else its Bids row's.
@@ -787,14 +792,14 @@ CREATE VIEW CurrentDutchBids AS
                   AND Bids.UserName = DutchBids.UserName
                   AND Bids.AuctionSiteFlag = DutchBids.AuctionSiteFlag
     WHERE COALESCE(DutchBids.EndDay, Bids.EndDay) IS NULL
-       OR COALESCE(DutchBids.EndDay, Bids.EndDay) >= date('now', 'localtime');
+       OR COALESCE(DutchBids.EndDay, Bids.EndDay) >= (SELECT date('now', 'localtime'));
 
 CREATE VIEW ArchivedDutchBids AS
     SELECT DutchBids.* FROM DutchBids
     LEFT JOIN Bids ON Bids.ItemNumber = DutchBids.ItemNumber
                   AND Bids.UserName = DutchBids.UserName
                   AND Bids.AuctionSiteFlag = DutchBids.AuctionSiteFlag
-    WHERE COALESCE(DutchBids.EndDay, Bids.EndDay) < date('now', 'localtime');
+    WHERE COALESCE(DutchBids.EndDay, Bids.EndDay) < (SELECT date('now', 'localtime'));
 
 -- One row per winner of a multi-winner sale: the winner's own columns from
 -- Dutch (price, quantity, order and task columns, AuctionNotes) and the item's
@@ -832,7 +837,7 @@ CREATE VIEW "Completed Auctions" AS
            Auctions.ItemCost, Auctions.AuctionNotes,
            Auctions.HighBidNum, Auctions.ItemCostNum, Auctions.EndDay, Auctions.EndYear
     FROM Auctions
-    WHERE Auctions.EndDay < date('now', 'localtime')
+    WHERE Auctions.EndDay < (SELECT date('now', 'localtime'))
       AND Auctions.HighBidderName NOT IN ('Dutch Auction', '-', 'n/a', '')
       AND Auctions.HighBidNum > 0
       AND Auctions.HighBidNum >= Auctions.ReserveBidNum
@@ -847,20 +852,20 @@ CREATE VIEW "Completed Auctions" AS
     JOIN Auctions ON Auctions.ItemNumber = Dutch.ItemNumber
                  AND Auctions.UserName = Dutch.UserName
                  AND Auctions.AuctionSiteFlag = Dutch.AuctionSiteFlag
-    WHERE Auctions.EndDay < date('now', 'localtime');
+    WHERE Auctions.EndDay < (SELECT date('now', 'localtime'));
 
 -- Bids the user won, once they are archived.
 CREATE VIEW "Completed Bids" AS
     SELECT Bids.* FROM Bids
     WHERE Bids.Winning <> 0
-      AND Bids.EndDay < date('now', 'localtime');
+      AND Bids.EndDay < (SELECT date('now', 'localtime'));
 
 -- Ended plain sales with a buyer and open tasks. A sale whose high bid fell
 -- short of the reserve has no buyer and so no task. Multi-winner sales come
 -- through the (Dutch) twin, one row per winner.
 CREATE VIEW "All Auctions with Pending Tasks" AS
     SELECT Auctions.* FROM Auctions
-    WHERE Auctions.EndDay <= date('now', 'localtime')
+    WHERE Auctions.EndDay <= (SELECT date('now', 'localtime'))
       AND IFNULL(Auctions.ToDoComplete, 0) = 0
       AND Auctions.HighBidderName NOT IN ('Dutch Auction', '-', 'n/a', '')
       AND IFNULL(Auctions.NumberBids, '') <> '-'
@@ -868,14 +873,14 @@ CREATE VIEW "All Auctions with Pending Tasks" AS
 
 CREATE VIEW "All Auctions with Pending Tasks (Dutch)" AS
     SELECT "Dutch Details".* FROM "Dutch Details"
-    WHERE "Dutch Details".EndDay <= date('now', 'localtime')
+    WHERE "Dutch Details".EndDay <= (SELECT date('now', 'localtime'))
       AND IFNULL("Dutch Details".ToDoComplete, 0) = 0;
 
 -- Ended bids the user won, with open tasks. Multi-winner items come through
 -- the (Dutch) twin.
 CREATE VIEW "All Bids with Pending Tasks" AS
     SELECT Bids.* FROM Bids
-    WHERE Bids.EndDay <= date('now', 'localtime')
+    WHERE Bids.EndDay <= (SELECT date('now', 'localtime'))
       AND IFNULL(Bids.ToDoComplete, 0) = 0
       AND Bids.Winning <> 0
       AND IFNULL(Bids.HighBidderName, '') <> 'Dutch Auction';
@@ -892,7 +897,7 @@ CREATE VIEW "All Bids with Pending Tasks (Dutch)" AS
       ON "Successful Dutch Bids".ItemNumber = Bids.ItemNumber
      AND "Successful Dutch Bids".UserName = Bids.UserName
      AND "Successful Dutch Bids".AuctionSiteFlag = Bids.AuctionSiteFlag
-    WHERE Bids.EndDay <= date('now', 'localtime')
+    WHERE Bids.EndDay <= (SELECT date('now', 'localtime'))
       AND IFNULL(Bids.ToDoComplete, 0) = 0
       AND Bids.HighBidderName = 'Dutch Auction';
 
@@ -943,10 +948,10 @@ CREATE VIEW "Bids Not Yet Received (Dutch)" AS
 CREATE VIEW "Auctions Query" AS
     SELECT Auctions.*, Auctions.EndYear AS Year
     FROM Auctions
-    WHERE Auctions.EndDay < date('now', 'localtime')
-      AND Auctions.HighBidNum >= Auctions.ReserveBidNum
-      AND Auctions.HighBidNum > 0
-      AND IFNULL(Auctions.HighBidderName, '') <> 'Dutch Auction';
+    WHERE Auctions.SaleCounted = 1
+      -- The unary + keeps the planner on the covering index above, whose
+      -- order already groups by year.
+      AND +Auctions.EndDay < (SELECT date('now', 'localtime'));
 
 -- Winners of ended multi-winner sales: HighBidTotal is the winner's price
 -- times the winner's quantity (1 when the quantity is not a number).
@@ -960,14 +965,14 @@ CREATE VIEW "Dutch Query" AS
     JOIN Auctions ON Auctions.ItemNumber = Dutch.ItemNumber
                  AND Auctions.UserName = Dutch.UserName
                  AND Auctions.AuctionSiteFlag = Dutch.AuctionSiteFlag
-    WHERE Auctions.EndDay < date('now', 'localtime')
+    WHERE Auctions.EndDay < (SELECT date('now', 'localtime'))
       AND Dutch.HighBidNum > 0;
 
 -- Ended bids, by Year; callers add Winning.
 CREATE VIEW "Bids Query" AS
     SELECT Bids.*, Bids.EndYear AS Year
     FROM Bids
-    WHERE Bids.EndDay < date('now', 'localtime');
+    WHERE Bids.EndDay < (SELECT date('now', 'localtime'));
 
 -- The account statement by Year. Date is the row's own Date, else its
 -- AccountDate; Day is the ISO day of that.
