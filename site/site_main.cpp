@@ -1,0 +1,300 @@
+// lotwright-site: the demo marketplace that the shipped rules describe. It
+// reads its options, opens (and when asked, seeds) its own database, binds to
+// 127.0.0.1 and serves until it is stopped. It never listens beyond loopback.
+#include <httplib.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "site/categories.h"
+#include "site/market_store.h"
+#include "site/routes.h"
+#include "site/seeder.h"
+#include "site/site_clock.h"
+#include "site/site_text.h"
+
+namespace {
+
+using lw::site::SiteSettings;
+
+constexpr const char* kUsage =
+    "Usage: lotwright-site [options]\n"
+    "  --port P           port on 127.0.0.1 (0, the default: any free port)\n"
+    "  --db FILE          the site's database (default: a file in the temp folder,\n"
+    "                     removed on exit)\n"
+    "  --seed N           start afresh with N deterministic members (at least 5)\n"
+    "  --sales S          with a seed: S more ended sales of the demo member\n"
+    "  --bids B           with a seed: B more lots the demo member bid on\n"
+    "  --clock-factor F   the site clock runs F times as fast (0 stops it; default 1)\n"
+    "  --start TIME       the site clock's start, \"YYYY-MM-DD HH:MM:SS\" or epoch seconds\n"
+    "                     (default: now)\n"
+    "  --rules DIR        rule files served at /rules/ (default: rules/ beside the program)\n"
+    "  --rule-version V   what the version check answers (default: the served site.pro's\n"
+    "                     Current Protocol)\n"
+    "  --page-size K      records per list page (default 50)\n"
+    "  --quiet            no request log on stderr\n"
+    "  --print-categories write the category directory as category.pro holds it, and exit\n";
+
+struct Options {
+    int port = 0;
+    std::string db;
+    std::optional<int> seed;
+    int sales = 0;
+    int bids = 0;
+    double clockFactor = 1.0;
+    std::optional<std::int64_t> start;
+    std::string rulesDir;
+    std::string ruleVersion;
+    int pageSize = 50;
+    bool quiet = false;
+    bool printCategories = false;
+};
+
+[[noreturn]] void Usage(const std::string& problem) {
+    std::cerr << "lotwright-site: " << problem << "\n" << kUsage;
+    std::exit(2);
+}
+
+int IntArgument(const std::string& option, const std::string& value, int low, int high) {
+    try {
+        size_t used = 0;
+        const int number = std::stoi(value, &used);
+        if (used == value.size() && number >= low && number <= high) {
+            return number;
+        }
+    } catch (const std::exception&) {
+    }
+    Usage(option + " takes a whole number from " + std::to_string(low) + " to " +
+          std::to_string(high));
+}
+
+Options ParseOptions(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const std::string option = argv[i];
+        if (option == "--quiet") {
+            options.quiet = true;
+            continue;
+        }
+        if (option == "--print-categories") {
+            options.printCategories = true;
+            continue;
+        }
+        if (option == "--help" || option == "-h") {
+            std::cout << kUsage;
+            std::exit(0);
+        }
+        if (i + 1 >= argc) {
+            Usage("missing value for " + option);
+        }
+        const std::string value = argv[++i];
+        if (option == "--port") {
+            options.port = IntArgument(option, value, 0, 65535);
+        } else if (option == "--db") {
+            options.db = value;
+        } else if (option == "--seed") {
+            options.seed = IntArgument(option, value, 0, 100000);
+        } else if (option == "--sales") {
+            options.sales = IntArgument(option, value, 0, 1000000);
+        } else if (option == "--bids") {
+            options.bids = IntArgument(option, value, 0, 1000000);
+        } else if (option == "--clock-factor") {
+            try {
+                options.clockFactor = std::stod(value);
+            } catch (const std::exception&) {
+                Usage("--clock-factor takes a number");
+            }
+            if (options.clockFactor < 0) {
+                Usage("--clock-factor cannot be negative");
+            }
+        } else if (option == "--start") {
+            options.start = lw::site::ParseStartTime(value);
+            if (!options.start) {
+                Usage("--start takes \"YYYY-MM-DD HH:MM:SS\" or epoch seconds");
+            }
+        } else if (option == "--rules") {
+            options.rulesDir = value;
+        } else if (option == "--rule-version") {
+            options.ruleVersion = value;
+        } else if (option == "--page-size") {
+            options.pageSize = IntArgument(option, value, 1, 1000);
+        } else {
+            Usage("unknown option " + option);
+        }
+    }
+    if ((options.sales > 0 || options.bids > 0) && !options.seed) {
+        Usage("--sales and --bids need --seed");
+    }
+    return options;
+}
+
+std::filesystem::path ProgramFolder() {
+    std::error_code error;
+    const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::filesystem::current_path() : self.parent_path();
+}
+
+// The Current Protocol of the served site.pro, so that a program holding the
+// same rules is told it is up to date.
+std::string ServedVersion(const std::string& rulesDir) {
+    std::ifstream file(rulesDir + "/site.pro", std::ios::binary);
+    std::string line;
+    while (std::getline(file, line)) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        const std::string key = "Current Protocol=";
+        if (line.compare(0, key.size(), key) == 0) {
+            return line.substr(key.size());
+        }
+    }
+    return "1";
+}
+
+void RemoveDatabase(const std::string& path) {
+    std::error_code error;
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        std::filesystem::remove(path + suffix, error);
+    }
+}
+
+// Log lines carry the server's own time per request, measured around routing.
+thread_local std::chrono::steady_clock::time_point t_requestStart;
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options = ParseOptions(argc, argv);
+    if (options.printCategories) {
+        std::cout << lw::site::CategoryFileText();
+        return 0;
+    }
+
+    // Signals are taken by one thread, which stops the server cleanly.
+    sigset_t stopSignals;
+    sigemptyset(&stopSignals);
+    sigaddset(&stopSignals, SIGINT);
+    sigaddset(&stopSignals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+
+    const bool temporaryDb = options.db.empty();
+    if (temporaryDb) {
+        options.db = (std::filesystem::temp_directory_path() /
+                      ("lotwright-site-" + std::to_string(getpid()) + ".db"))
+                         .string();
+        RemoveDatabase(options.db);
+    }
+    if (options.rulesDir.empty()) {
+        const auto beside = ProgramFolder() / "rules";
+        if (std::filesystem::is_directory(beside)) {
+            options.rulesDir = beside.string();
+        }
+    }
+    if (options.ruleVersion.empty()) {
+        options.ruleVersion = options.rulesDir.empty() ? "1" : ServedVersion(options.rulesDir);
+    }
+
+    const std::int64_t start =
+        options.start.value_or(static_cast<std::int64_t>(std::time(nullptr)));
+    lw::site::SiteClock clock(start, options.clockFactor);
+
+    try {
+        lw::site::MarketStore store(options.db);
+        if (options.seed || store.IsEmpty()) {
+            store.Wipe();
+            lw::site::SeedOptions seed;
+            seed.users = options.seed.value_or(8);
+            seed.extraSales = options.sales;
+            seed.extraBids = options.bids;
+            seed.now = clock.Now();
+            const auto summary = lw::site::Seed(store, seed);
+            if (!options.quiet) {
+                std::cerr << "seeded " << summary.users << " members, " << summary.items
+                          << " items, " << summary.bids << " bids\n";
+            }
+        }
+        store.Settle(clock.Now());
+
+        SiteSettings settings;
+        settings.rulesDir = options.rulesDir;
+        settings.ruleVersion = options.ruleVersion;
+        settings.pageSize = options.pageSize;
+        settings.quiet = options.quiet;
+        lw::site::MarketSite site(store, clock, settings);
+
+        httplib::Server server;
+        server.new_task_queue = [] { return new httplib::ThreadPool(4); };
+        server.set_keep_alive_max_count(1000);
+        server.set_pre_routing_handler([](const httplib::Request&, httplib::Response&) {
+            t_requestStart = std::chrono::steady_clock::now();
+            return httplib::Server::HandlerResponse::Unhandled;
+        });
+        if (!options.quiet) {
+            server.set_logger([](const httplib::Request& request,
+                                 const httplib::Response& response) {
+                const double ms = std::chrono::duration<double, std::milli>(
+                                      std::chrono::steady_clock::now() - t_requestStart)
+                                      .count();
+                const std::string target = request.target.empty() ? request.path : request.target;
+                std::fprintf(stderr, "%s %s %d %zu bytes %.3f ms\n", request.method.c_str(),
+                             lw::site::MaskSecrets(target).c_str(), response.status,
+                             response.body.size(), ms);
+            });
+        }
+        site.Register(server);
+
+        int port = options.port;
+        if (port == 0) {
+            port = server.bind_to_any_port("127.0.0.1");
+        } else if (!server.bind_to_port("127.0.0.1", port)) {
+            port = -1;
+        }
+        if (port <= 0) {
+            std::cerr << "lotwright-site: cannot listen on 127.0.0.1:" << options.port << "\n";
+            return 1;
+        }
+        const std::string base = "http://127.0.0.1:" + std::to_string(port);
+        site.SetBaseUrl(base);
+        std::cout << "listening on " << base << std::endl;
+        std::cout << "demo login: user id " << lw::site::kDemoUserId << ", password "
+                  << lw::site::kDemoPassword << std::endl;
+        std::cout << "database: " << options.db << (temporaryDb ? " (removed on exit)" : "")
+                  << std::endl;
+        std::cout << "rules: " << (options.rulesDir.empty() ? "(none)" : options.rulesDir)
+                  << ", version " << options.ruleVersion << std::endl;
+        std::cout << "site clock: " << lw::site::ClockText(clock.Now()) << ", factor "
+                  << options.clockFactor << std::endl;
+
+        std::thread stopper([&server, stopSignals] {
+            int signal = 0;
+            sigwait(&stopSignals, &signal);
+            server.stop();
+        });
+        const bool served = server.listen_after_bind();
+        // Wake the signal thread if the server ended by itself.
+        if (stopper.joinable()) {
+            pthread_kill(stopper.native_handle(), SIGTERM);
+            stopper.join();
+        }
+        if (temporaryDb) {
+            RemoveDatabase(options.db);
+        }
+        return served ? 0 : 1;
+    } catch (const std::exception& error) {
+        std::cerr << "lotwright-site: " << error.what() << "\n";
+        if (temporaryDb) {
+            RemoveDatabase(options.db);
+        }
+        return 1;
+    }
+}
