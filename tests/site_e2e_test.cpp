@@ -1,0 +1,713 @@
+// The demo marketplace as the program meets it: a real lotwright-site on a
+// free loopback port, asked over HTTP. Sign-in and the encoded password,
+// paging to the empty page, deterministic seeds, the admin steering, lots
+// with several winners, the rule endpoint, escaping, the sell and feedback
+// posts, and the clock.
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+#include <cctype>
+#include <ctime>
+#include <map>
+#include <memory>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/support/test_support.h"
+
+using lw::test::BinDir;
+
+namespace {
+
+constexpr const char* kCgi = "/aw-cgi/eBayISAPI.dll";
+
+// One running lotwright-site, stopped when the object goes.
+class Site {
+public:
+    explicit Site(QStringList args) {
+        const QString program = BinDir() + QStringLiteral("/lotwright-site");
+        if (!QFile::exists(program)) {
+            m_error = "lotwright-site was not built at " + program.toStdString() +
+                      " (the test target must depend on it)";
+            return;
+        }
+        args << QStringLiteral("--port") << QStringLiteral("0") << QStringLiteral("--quiet");
+        m_process.setProgram(program);
+        m_process.setArguments(args);
+        m_process.setProcessChannelMode(QProcess::SeparateChannels);
+        m_process.start();
+        if (!m_process.waitForStarted(10000)) {
+            m_error = "lotwright-site did not start";
+            return;
+        }
+        // The first line on stdout names the port.
+        QByteArray first;
+        while (!first.contains('\n')) {
+            if (!m_process.waitForReadyRead(30000)) {
+                m_error =
+                    "no address line; stderr: " + m_process.readAllStandardError().toStdString();
+                return;
+            }
+            first += m_process.readAllStandardOutput();
+        }
+        const std::string line = first.left(first.indexOf('\n')).toStdString();
+        const std::string prefix = "listening on http://127.0.0.1:";
+        if (line.rfind(prefix, 0) != 0) {
+            m_error = "unexpected first line: " + line;
+            return;
+        }
+        m_port = std::stoi(line.substr(prefix.size()));
+        m_client = std::make_unique<httplib::Client>("127.0.0.1", m_port);
+        m_client->set_connection_timeout(10);
+        m_client->set_read_timeout(30);
+    }
+
+    ~Site() {
+        m_client.reset();
+        if (m_process.state() != QProcess::NotRunning) {
+            m_process.terminate();
+            if (!m_process.waitForFinished(10000)) {
+                m_process.kill();
+                m_process.waitForFinished(5000);
+            }
+        }
+    }
+
+    bool Ok() const { return m_error.empty(); }
+    const std::string& Error() const { return m_error; }
+    int Port() const { return m_port; }
+    std::string Base() const { return "http://127.0.0.1:" + std::to_string(m_port); }
+
+    struct Answer {
+        int status = 0;
+        std::string body;
+    };
+
+    Answer Get(const std::string& target) {
+        const auto result = m_client->Get(target);
+        if (!result) {
+            return {};
+        }
+        return {result->status, result->body};
+    }
+
+    Answer Post(const std::string& target, const std::string& form) {
+        const auto result = m_client->Post(target, form, "application/x-www-form-urlencoded");
+        if (!result) {
+            return {};
+        }
+        return {result->status, result->body};
+    }
+
+    // The encoded password as the program takes it from the sign-in answer:
+    // the text behind "&pass=" up to the next "&", less its last character.
+    std::string SignIn(const std::string& userId, const std::string& password) {
+        const Answer answer =
+            Post(kCgi, "MfcISAPICommand=MyEbay&first=Y&userid=" + Encode(userId) +
+                           "&pass=" + Encode(password) + "&dayssince=1&sellerSort=3&bidderSort=3");
+        const size_t at = answer.body.find("&pass=");
+        if (at == std::string::npos) {
+            return {};
+        }
+        const size_t start = at + 6;
+        const size_t end = answer.body.find('&', start);
+        std::string token = answer.body.substr(start, end - start);
+        if (!token.empty()) {
+            token.pop_back();
+        }
+        return token;
+    }
+
+    std::string List(const std::string& command, const std::string& userId, const std::string& pass,
+                     int days, int skip) {
+        return Get(std::string(kCgi) + "?" + command + "&userid=" + Encode(userId) + "&pass=" +
+                   Encode(pass) + "&days=" + std::to_string(days) + "&skip=" + std::to_string(skip))
+            .body;
+    }
+
+    std::string Admin(const std::string& action, const std::string& query = {}) {
+        return Get("/admin/" + action + (query.empty() ? "" : "?" + query)).body;
+    }
+
+    static std::string Encode(const std::string& text) {
+        std::string out;
+        static constexpr char kHex[] = "0123456789ABCDEF";
+        for (const char c : text) {
+            const auto u = static_cast<unsigned char>(c);
+            if (std::isalnum(u) || c == '-' || c == '_' || c == '.') {
+                out += c;
+            } else {
+                out += '%';
+                out += kHex[u >> 4];
+                out += kHex[u & 15];
+            }
+        }
+        return out;
+    }
+
+private:
+    QProcess m_process;
+    std::unique_ptr<httplib::Client> m_client;
+    std::string m_error;
+    int m_port = 0;
+};
+
+#define ASSERT_SITE(site) ASSERT_TRUE((site).Ok()) << (site).Error()
+
+QStringList SeedArgs(int seed) {
+    return {QStringLiteral("--seed"), QString::number(seed)};
+}
+
+size_t Count(const std::string& text, const std::string& needle) {
+    size_t count = 0;
+    for (size_t at = text.find(needle); at != std::string::npos;
+         at = text.find(needle, at + needle.size())) {
+        ++count;
+    }
+    return count;
+}
+
+std::string Between(const std::string& text, const std::string& begin, const std::string& end) {
+    const size_t from = text.find(begin);
+    if (from == std::string::npos) {
+        return {};
+    }
+    const size_t to = text.find(end, from);
+    return text.substr(from, to == std::string::npos ? std::string::npos : to - from);
+}
+
+// The record rows of a list page, one map of cell class to cell text each.
+std::vector<std::map<std::string, std::string>> Rows(const std::string& page,
+                                                     const std::string& begin,
+                                                     const std::string& end) {
+    std::vector<std::map<std::string, std::string>> rows;
+    const std::string part = Between(page, begin, end);
+    static const std::regex kRow(R"re(<tr>(?:\r\n)?([\s\S]*?)</tr>)re");
+    static const std::regex kCell(R"re(<td class="([a-z]+)">((?:<[^>]*>)*)([^<]*))re");
+    for (auto row = std::sregex_iterator(part.begin(), part.end(), kRow);
+         row != std::sregex_iterator(); ++row) {
+        const std::string cells = (*row)[1];
+        std::map<std::string, std::string> values;
+        for (auto cell = std::sregex_iterator(cells.begin(), cells.end(), kCell);
+             cell != std::sregex_iterator(); ++cell) {
+            values[(*cell)[1]] = (*cell)[3];
+        }
+        rows.push_back(values);
+    }
+    return rows;
+}
+
+std::vector<std::map<std::string, std::string>> SellingRows(const std::string& page) {
+    return Rows(page, "<!-- BEGIN SELLING -->", "<!-- END SELLING -->");
+}
+
+// "11/23/26 02:18:25 PST" in the server's local time, as epoch seconds.
+std::time_t SiteDateSeconds(const std::string& text) {
+    std::tm local{};
+    int year = 0;
+    if (std::sscanf(text.c_str(), "%d/%d/%d %d:%d:%d", &local.tm_mon, &local.tm_mday, &year,
+                    &local.tm_hour, &local.tm_min, &local.tm_sec) != 6) {
+        return 0;
+    }
+    local.tm_mon -= 1;
+    local.tm_year = year + 100;
+    local.tm_isdst = -1;
+    return std::mktime(&local);
+}
+
+// "Monday, 11 23, 2026 02:18:26 PST" as epoch seconds.
+std::time_t ClockSeconds(const std::string& page) {
+    static const std::regex kClock(
+        R"re(The official time is: [A-Za-z]+, (\d\d) (\d\d), (\d\d\d\d) (\d\d):(\d\d):(\d\d) P[SD]T)re");
+    std::smatch match;
+    if (!std::regex_search(page, match, kClock)) {
+        return 0;
+    }
+    std::tm local{};
+    local.tm_mon = std::stoi(match[1]) - 1;
+    local.tm_mday = std::stoi(match[2]);
+    local.tm_year = std::stoi(match[3]) - 1900;
+    local.tm_hour = std::stoi(match[4]);
+    local.tm_min = std::stoi(match[5]);
+    local.tm_sec = std::stoi(match[6]);
+    local.tm_isdst = -1;
+    return std::mktime(&local);
+}
+
+// The hidden fields of the form whose action holds `action`, as a posted body.
+std::string HiddenFields(const std::string& page, const std::string& action) {
+    const std::string form = Between(page, action, "</form>");
+    static const std::regex kHidden(R"re(<input type="hidden" name="([^"]*)" value="([^"]*)">)re");
+    std::string body;
+    for (auto field = std::sregex_iterator(form.begin(), form.end(), kHidden);
+         field != std::sregex_iterator(); ++field) {
+        body +=
+            (body.empty() ? "" : "&") + Site::Encode((*field)[1]) + "=" + Site::Encode((*field)[2]);
+    }
+    return body;
+}
+
+std::string DemoToken(Site& site) {
+    return site.SignIn("demo_seller", "demo");
+}
+
+}  // namespace
+
+TEST(SiteSignIn, PostAnswersTheEncodedPasswordThatOpensTheMemberPages) {
+    Site site(SeedArgs(5));
+    ASSERT_SITE(site);
+    const std::string token = DemoToken(site);
+    ASSERT_FALSE(token.empty());
+    EXPECT_EQ(token.find("demo"), std::string::npos) << "the password must not travel in clear";
+
+    const std::string selling = site.List("MyEbaySelling", "demo_seller", token, 30, 0);
+    EXPECT_NE(selling.find("<!-- BEGIN SELLING -->"), std::string::npos);
+    EXPECT_NE(selling.find("<!-- END SELLING -->"), std::string::npos);
+    for (const char* command :
+         {"MyEbayBidding", "MyEbayWatching", "MyEbayAccount", "AccountStatus"}) {
+        const std::string page = site.List(command, "demo_seller", token, 30, 0);
+        EXPECT_NE(page.find("<!-- BEGIN "), std::string::npos) << command;
+        EXPECT_EQ(page.find("Sign in to My Market"), std::string::npos) << command;
+    }
+}
+
+TEST(SiteSignIn, WrongOrChangedPasswordsGetTheSignInPageWithoutMarkers) {
+    Site site(SeedArgs(5));
+    ASSERT_SITE(site);
+    EXPECT_TRUE(site.SignIn("demo_seller", "not-the-password").empty());
+    EXPECT_TRUE(site.SignIn("nobody_here", "demo").empty());
+
+    const std::string token = DemoToken(site);
+    ASSERT_FALSE(token.empty());
+    const std::string forged = site.List("MyEbaySelling", "demo_seller", token + "zz", 30, 0);
+    EXPECT_EQ(forged.find("<!-- BEGIN SELLING -->"), std::string::npos);
+    EXPECT_NE(forged.find("Sign in to My Market"), std::string::npos);
+    // Another member's page with the demo member's token.
+    const std::string other = site.List("MyEbaySelling", "birch_finds", token, 30, 0);
+    EXPECT_EQ(other.find("<!-- BEGIN SELLING -->"), std::string::npos);
+
+    // A password changed on the site expires the old encoded one; signing in
+    // anew hands out a different one that works.
+    site.Admin("password", "user=demo_seller&password=n3w-pass");
+    const std::string expired = site.List("MyEbaySelling", "demo_seller", token, 30, 0);
+    EXPECT_EQ(expired.find("<!-- BEGIN SELLING -->"), std::string::npos);
+    const std::string fresh = site.SignIn("demo_seller", "n3w-pass");
+    ASSERT_FALSE(fresh.empty());
+    EXPECT_NE(fresh, token);
+    EXPECT_NE(
+        site.List("MyEbaySelling", "demo_seller", fresh, 30, 0).find("<!-- BEGIN SELLING -->"),
+        std::string::npos);
+}
+
+TEST(SitePaging, PagesAreDisjointAndEndWithAnEmptyPage) {
+    Site site(SeedArgs(5) << QStringLiteral("--page-size") << QStringLiteral("4"));
+    ASSERT_SITE(site);
+    const std::string token = DemoToken(site);
+    std::set<std::string> seen;
+    int pages = 0;
+    for (int skip = 0; pages < 50; skip += 4, ++pages) {
+        const std::string page = site.List("MyEbaySelling", "demo_seller", token, 30, skip);
+        ASSERT_NE(page.find("<!-- BEGIN SELLING -->"), std::string::npos) << "skip " << skip;
+        ASSERT_NE(page.find("<!-- END SELLING -->"), std::string::npos) << "skip " << skip;
+        const auto rows = SellingRows(page);
+        ASSERT_LE(rows.size(), 4u);
+        EXPECT_EQ(Count(page, "<td class=\"item\">"), rows.size());
+        if (rows.empty()) {
+            break;
+        }
+        for (const auto& row : rows) {
+            EXPECT_TRUE(seen.insert(row.at("item")).second)
+                << "item listed twice: " << row.at("item");
+        }
+        if (rows.size() < 4) {
+            // A short page is the last with records; the next one is empty.
+            const auto next =
+                SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, skip + 4));
+            EXPECT_TRUE(next.empty());
+            break;
+        }
+    }
+    EXPECT_LT(pages, 50) << "paging never ended";
+    EXPECT_GT(seen.size(), 4u) << "the demo member's list should need more than one page";
+
+    // Every lot of the member is on the 60-day list; the 30-day list leaves
+    // out exactly those that ended longer ago than 30 days.
+    std::set<std::string> wide;
+    std::map<std::string, std::string> endOf;
+    for (int skip = 0; skip < 200; skip += 4) {
+        const auto rows = SellingRows(site.List("MyEbaySelling", "demo_seller", token, 60, skip));
+        if (rows.empty()) {
+            break;
+        }
+        for (const auto& row : rows) {
+            wide.insert(row.at("item"));
+            endOf[row.at("item")] = row.count("ends") ? row.at("ends") : row.at("ended");
+        }
+    }
+    const std::time_t now = ClockSeconds(site.Get(std::string(kCgi) + "?TimeShow").body);
+    ASSERT_GT(now, 0);
+    for (const std::string& item : wide) {
+        const std::time_t end = SiteDateSeconds(endOf[item]);
+        const bool recent = end >= now - 30 * 86400 + 60;
+        const bool old = end < now - 30 * 86400 - 60;
+        if (recent) {
+            EXPECT_TRUE(seen.count(item)) << item << " ended " << endOf[item];
+        } else if (old) {
+            EXPECT_FALSE(seen.count(item)) << item << " ended " << endOf[item];
+        }
+    }
+    EXPECT_GT(wide.size(), seen.size()) << "the seed holds a sale older than 30 days";
+}
+
+TEST(SiteSeed, TheSameSeedGivesTheSamePagesAndAnotherSeedDoesNot) {
+    const QStringList fixed = {QStringLiteral("--start"), QStringLiteral("2000-06-08 12:04:00"),
+                               QStringLiteral("--clock-factor"), QStringLiteral("0")};
+    Site first(SeedArgs(7) << fixed);
+    Site second(SeedArgs(7) << fixed);
+    Site other(SeedArgs(9) << fixed);
+    ASSERT_SITE(first);
+    ASSERT_SITE(second);
+    ASSERT_SITE(other);
+    const std::string token = DemoToken(first);
+    ASSERT_EQ(token, DemoToken(second));
+    for (const char* command :
+         {"MyEbaySelling", "MyEbayBidding", "MyEbayWatching", "MyEbayAccount", "AccountStatus"}) {
+        const std::string a = first.List(command, "demo_seller", token, 30, 0);
+        EXPECT_EQ(a, second.List(command, "demo_seller", token, 30, 0)) << command;
+        EXPECT_EQ(a, first.List(command, "demo_seller", token, 30, 0)) << command;
+    }
+    const auto rows = SellingRows(first.List("MyEbaySelling", "demo_seller", token, 30, 0));
+    ASSERT_FALSE(rows.empty());
+    for (const auto& row : rows) {
+        const std::string item = std::string(kCgi) + "?ViewItem&item=" + row.at("item");
+        EXPECT_EQ(first.Get(item).body, second.Get(item).body) << row.at("item");
+    }
+    EXPECT_NE(first.Get(std::string(kCgi) + "?TimeShow").body.find("06 08, 2000 12:04:00"),
+              std::string::npos);
+    EXPECT_NE(first.Admin("state").find("\"users\":7"), std::string::npos);
+    EXPECT_NE(other.Admin("state").find("\"users\":9"), std::string::npos);
+}
+
+TEST(SiteAdmin, EndingABidAndATitleShowOnThePages) {
+    Site site(SeedArgs(5));
+    ASSERT_SITE(site);
+    const std::string token = DemoToken(site);
+    const auto rows = SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0));
+    // A running lot of one with no bid yet.
+    std::string running;
+    for (const auto& row : rows) {
+        if (row.count("ends") && row.at("bidder") == "-" && row.at("qty") == "1") {
+            running = row.at("item");
+            break;
+        }
+    }
+    ASSERT_FALSE(running.empty());
+    const std::string itemPath = std::string(kCgi) + "?ViewItem&item=" + running;
+    EXPECT_EQ(site.Get(itemPath).body.find("<td class=\"left\">Ended</td>"), std::string::npos);
+
+    // A bid makes the bidder the high bidder at the start price.
+    const std::string start = [&] {
+        for (const auto& row : rows) {
+            if (row.at("item") == running) {
+                return row.at("start");
+            }
+        }
+        return std::string();
+    }();
+    const std::string amount = start.substr(1);
+    EXPECT_NE(site.Admin("bid", "item=" + running + "&bidder=birch_finds&amount=" + amount)
+                  .find("\"ok\":true"),
+              std::string::npos);
+    std::string page = site.Get(itemPath).body;
+    EXPECT_NE(page.find(">birch_finds</a></td><td class=\"hfb\">"), std::string::npos);
+    EXPECT_NE(page.find("<td class=\"price\"><b>" + start + "</b>"), std::string::npos);
+    // A sellers' own bid and a bid below the start are refused.
+    EXPECT_NE(site.Admin("bid", "item=" + running + "&bidder=demo_seller&amount=999")
+                  .find("\"ok\":false"),
+              std::string::npos);
+    EXPECT_NE(site.Admin("bid", "item=" + running + "&bidder=maple_attic&amount=0.01")
+                  .find("\"ok\":false"),
+              std::string::npos);
+
+    // Ended now: the list greys it and moves its end cell to class "ended".
+    EXPECT_NE(site.Admin("end", "item=" + running).find("\"ended\":true"), std::string::npos);
+    page = site.Get(itemPath).body;
+    EXPECT_NE(page.find("<td class=\"left\">Ended</td>"), std::string::npos);
+    EXPECT_NE(page.find("Winning bid"), std::string::npos);
+    bool listedEnded = false;
+    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+        if (row.at("item") == running) {
+            listedEnded =
+                row.count("ended") == 1 && row.count("ends") == 0 && row.at("left") == "Ended";
+        }
+    }
+    EXPECT_TRUE(listedEnded);
+    EXPECT_NE(site.Admin("bid", "item=" + running + "&bidder=maple_attic&amount=500")
+                  .find("the item has ended"),
+              std::string::npos);
+    // The sale's final value fee is booked on the account history.
+    const std::string ledger = site.List("MyEbayAccount", "demo_seller", token, 30, 0);
+    const auto ledgerRows = Rows(ledger, "<!-- BEGIN LEDGER -->", "<!-- END LEDGER -->");
+    bool feeBooked = false;
+    for (const auto& row : ledgerRows) {
+        feeBooked |= row.at("item") == running && row.at("desc") == "Final Auction Value fee\r\n" &&
+                     row.at("sold") == start;
+    }
+    EXPECT_TRUE(feeBooked) << ledger;
+
+    // A hostile title is escaped wherever it shows.
+    const std::string hostile = "<script>alert(\"x\")</script> & 'Tom's' \xC3\xA9";
+    site.Admin("title", "item=" + running + "&title=" + Site::Encode(hostile));
+    page = site.Get(itemPath).body;
+    EXPECT_EQ(page.find("<script>"), std::string::npos);
+    EXPECT_NE(page.find("&lt;script&gt;alert(&#34;x&#34;)&lt;/script&gt; &amp; &#39;Tom&#39;s&#39; "
+                        "\xC3\xA9"),
+              std::string::npos);
+    const std::string list = site.List("MyEbaySelling", "demo_seller", token, 30, 0);
+    EXPECT_EQ(list.find("<script>"), std::string::npos);
+}
+
+TEST(SiteAdmin, DownAndBrokenPagesAreWhatTestsAskFor) {
+    Site site(SeedArgs(5));
+    ASSERT_SITE(site);
+    const std::string token = DemoToken(site);
+    site.Admin("down", "on=1");
+    EXPECT_EQ(site.Get(std::string(kCgi) + "?TimeShow").status, 503);
+    EXPECT_EQ(site.Get("/rules/version").status, 503);
+    site.Admin("down", "on=0");
+    EXPECT_EQ(site.Get(std::string(kCgi) + "?TimeShow").status, 200);
+
+    site.Admin("break", "page=selling&count=1");
+    const std::string clock = site.Get(std::string(kCgi) + "?TimeShow").body;
+    EXPECT_NE(clock.find("<!-- BEGIN CLOCK -->"), std::string::npos) << "only selling is broken";
+    EXPECT_EQ(
+        site.List("MyEbaySelling", "demo_seller", token, 30, 0).find("<!-- BEGIN SELLING -->"),
+        std::string::npos);
+    EXPECT_NE(
+        site.List("MyEbaySelling", "demo_seller", token, 30, 0).find("<!-- BEGIN SELLING -->"),
+        std::string::npos);
+
+    // The redesign renames the item cells on every list.
+    site.Admin("layout", "v=2");
+    const std::string redesigned = site.List("MyEbayBidding", "demo_seller", token, 30, 0);
+    EXPECT_EQ(redesigned.find("<td class=\"item\">"), std::string::npos);
+    EXPECT_NE(redesigned.find("<td class=\"itemno\">"), std::string::npos);
+}
+
+TEST(SiteMultiWinner, TheItemPageListsEveryWinnerAndTheLotIsShared) {
+    Site site(SeedArgs(5));
+    ASSERT_SITE(site);
+    const std::string token = DemoToken(site);
+    std::vector<std::string> multi;
+    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+        if (row.at("bidder") == "Dutch Auction") {
+            multi.push_back(row.at("item"));
+            EXPECT_GT(std::stoi(row.at("qty")), 1);
+        }
+    }
+    ASSERT_FALSE(multi.empty());
+    size_t mostWinners = 0;
+    for (const std::string& item : multi) {
+        const std::string page = site.Get(std::string(kCgi) + "?ViewItem&item=" + item).body;
+        const std::string winners = Between(page, "<!-- BEGIN WINNERS -->", "<!-- END WINNERS -->");
+        const auto rows = Rows(winners, "<!-- BEGIN WINNERS -->", "<!-- END WINNERS -->");
+        ASSERT_FALSE(rows.empty()) << item;
+        mostWinners = std::max(mostWinners, rows.size());
+        static const std::regex kQuantity(R"re(<td class="qty">(\d+)</td>)re");
+        std::smatch quantity;
+        ASSERT_TRUE(std::regex_search(page, quantity, kQuantity));
+        int taken = 0;
+        std::set<std::string> prices;
+        for (const auto& row : rows) {
+            EXPECT_FALSE(row.at("winner").empty());
+            EXPECT_TRUE(std::regex_match(row.at("wfb"), std::regex(R"re(\(-?\d+\))re")))
+                << row.at("wfb");
+            taken += std::stoi(row.at("wqty"));
+            prices.insert(row.at("wprice"));
+        }
+        EXPECT_LE(taken, std::stoi(quantity[1])) << item;
+        EXPECT_EQ(prices.size(), 1u) << "every winner pays the lowest winning bid";
+    }
+    EXPECT_GE(mostWinners, 3u) << "the seed holds a lot with several winners";
+
+    // A running lot: one bid for the whole lot above everyone else takes it.
+    std::string running;
+    int quantity = 0;
+    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+        if (row.at("bidder") == "Dutch Auction" && row.count("ends")) {
+            running = row.at("item");
+            quantity = std::stoi(row.at("qty"));
+        }
+    }
+    ASSERT_FALSE(running.empty());
+    site.Admin("bid", "item=" + running +
+                          "&bidder=birch_finds&amount=250&quantity=" + std::to_string(quantity));
+    const std::string page = site.Get(std::string(kCgi) + "?ViewItem&item=" + running).body;
+    const auto rows = Rows(page, "<!-- BEGIN WINNERS -->", "<!-- END WINNERS -->");
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].at("winner"), "birch_finds");
+    EXPECT_EQ(rows[0].at("wqty"), std::to_string(quantity));
+}
+
+TEST(SiteRules, VersionAndFilesComeWithTheSitesOwnAddress) {
+    QTemporaryDir rules;
+    ASSERT_TRUE(rules.isValid());
+    QFile sitePro(rules.filePath(QStringLiteral("site.pro")));
+    ASSERT_TRUE(sitePro.open(QIODevice::WriteOnly));
+    sitePro.write(
+        "[Protocols]\r\nProtocolCheckUrl=http://127.0.0.1:8750/rules/version\r\n"
+        "Current Protocol=4\r\nProtocolDownload1=http://127.0.0.1:8750/rules/site.pro\r\n");
+    sitePro.close();
+
+    Site site(SeedArgs(5) << QStringLiteral("--rules") << rules.path());
+    ASSERT_SITE(site);
+    // Without --rule-version the site answers the Current Protocol it serves.
+    EXPECT_EQ(site.Get("/rules/version").body, "PROTOCOL:4\r\n");
+    site.Admin("rule-version", "v=2000.6.8");
+    EXPECT_EQ(site.Get("/rules/version").body, "PROTOCOL:2000.6.8\r\n");
+
+    const auto file = site.Get("/rules/site.pro");
+    EXPECT_EQ(file.status, 200);
+    EXPECT_EQ(file.body.find("127.0.0.1:8750"), std::string::npos);
+    EXPECT_NE(file.body.find("ProtocolCheckUrl=" + site.Base() + "/rules/version\r\n"),
+              std::string::npos);
+    EXPECT_NE(file.body.find("ProtocolDownload1=" + site.Base() + "/rules/site.pro\r\n"),
+              std::string::npos);
+    EXPECT_EQ(site.Get("/rules/missing.pro").status, 404);
+    EXPECT_EQ(site.Get("/rules/..%2Fsite.pro").status, 404);
+
+    Site fixed(SeedArgs(5) << QStringLiteral("--rules") << rules.path()
+                           << QStringLiteral("--rule-version") << QStringLiteral("7"));
+    ASSERT_SITE(fixed);
+    EXPECT_EQ(fixed.Get("/rules/version").body, "PROTOCOL:7\r\n");
+}
+
+TEST(SitePosts, SellReviewAndConfirmListANewItem) {
+    Site site(SeedArgs(5));
+    ASSERT_SITE(site);
+    const std::string fields =
+        "title=" + Site::Encode("Copper kettle & trivet, \"as found\"") +
+        "&category=402&description=" + Site::Encode("<b>Nice</b> kettle.") +
+        "&location=" + Site::Encode("Duluth, MN") +
+        "&quantity=1&minimumbid=12.50&duration=7&reserve=&counter=&bold=on&userid=demo_seller";
+    const std::string path = std::string(kCgi) + "?VerifyNewItem";
+
+    const auto refused = site.Post(path, fields + "&password=wrong");
+    EXPECT_NE(refused.body.find("HTTP/1.0 302 Object Moved Server"), std::string::npos);
+
+    const auto problem = site.Post(path, "title=&category=999999&userid=demo_seller&password=demo");
+    EXPECT_NE(problem.body.find("Problem with your listing"), std::string::npos);
+    EXPECT_EQ(problem.body.find("?AddItem"), std::string::npos);
+
+    const auto review = site.Post(path, fields + "&password=demo");
+    ASSERT_NE(review.body.find("eBayISAPI.dll?AddItem"), std::string::npos) << review.body;
+    const std::string confirm = HiddenFields(review.body, "eBayISAPI.dll?AddItem");
+    EXPECT_NE(confirm.find("token="), std::string::npos);
+    EXPECT_EQ(confirm.find("=demo&"), std::string::npos) << "no clear password in the page";
+    EXPECT_FALSE(confirm.size() >= 5 && confirm.substr(confirm.size() - 5) == "=demo");
+
+    const auto listed = site.Post(std::string(kCgi) + "?AddItem", confirm);
+    static const std::regex kNumber(R"re(Your new item number is <b>#(\d+)</b>)re");
+    std::smatch number;
+    ASSERT_TRUE(std::regex_search(listed.body, number, kNumber)) << listed.body;
+    // A second confirm of the same review lists nothing more.
+    EXPECT_EQ(site.Post(std::string(kCgi) + "?AddItem", confirm).status, 404);
+
+    const std::string token = DemoToken(site);
+    bool found = false;
+    for (int skip = 0; !found; skip += 50) {
+        const auto rows = SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, skip));
+        if (rows.empty()) {
+            break;
+        }
+        for (const auto& row : rows) {
+            if (row.at("item") == std::string(number[1])) {
+                found = true;
+                EXPECT_EQ(row.at("title"), "Copper kettle &amp; trivet, &#34;as found&#34;");
+                EXPECT_EQ(row.at("start"), "$12.50");
+                EXPECT_EQ(row.at("bids"), "0");
+            }
+        }
+    }
+    EXPECT_TRUE(found);
+    // The insertion and bold fees are on the account.
+    const std::string ledger = site.List("MyEbayAccount", "demo_seller", token, 1, 0);
+    EXPECT_NE(ledger.find("<td class=\"desc\">Insertion fee\r\n"), std::string::npos);
+    EXPECT_NE(ledger.find("<td class=\"desc\">Bold fee\r\n"), std::string::npos);
+}
+
+TEST(SitePosts, FeedbackAndTheEmailLookUp) {
+    Site site(SeedArgs(5));
+    ASSERT_SITE(site);
+    const auto before = site.Get(std::string(kCgi) + "?ViewFeedback&userid=maple_attic").body;
+    static const std::regex kScore(R"re(Feedback profile of maple_attic \((-?\d+)\))re");
+    std::smatch score;
+    ASSERT_TRUE(std::regex_search(before, score, kScore));
+    const int start = std::stoi(score[1]);
+
+    const std::string post = std::string(kCgi);
+    const auto left = site.Post(post,
+                                "MfcISAPICommand=LeaveFeedback&userid=demo_seller&pass=demo"
+                                "&otheruserid=maple_attic&itemno=&which=positive"
+                                "&comment=" +
+                                    Site::Encode("Quick & friendly"));
+    EXPECT_NE(left.body.find("has been recorded"), std::string::npos);
+    const auto after = site.Get(std::string(kCgi) + "?ViewFeedback&userid=maple_attic").body;
+    ASSERT_TRUE(std::regex_search(after, score, kScore));
+    EXPECT_EQ(std::stoi(score[1]), start + 1);
+    EXPECT_NE(after.find("Quick &amp; friendly"), std::string::npos);
+
+    const auto unknown = site.Post(post,
+                                   "MfcISAPICommand=LeaveFeedback&userid=demo_seller&pass=demo"
+                                   "&otheruserid=no_such_member&which=negative&comment=x");
+    EXPECT_NE(unknown.body.find("not a registered user. Please go back"), std::string::npos);
+
+    const std::string lookup = std::string(kCgi) + "?ReturnUserEmail&requested=";
+    const auto email =
+        site.Get(lookup + Site::Encode("o'malley_antiques") + "&userid=demo_seller&pass=demo").body;
+    static const std::regex kMail(R"re(href="mailto:([^"]+)">([^<]+)<)re");
+    std::smatch mail;
+    ASSERT_TRUE(std::regex_search(email, mail, kMail));
+    EXPECT_EQ(mail[1], mail[2]);
+    EXPECT_NE(std::string(mail[1]).find('@'), std::string::npos);
+    EXPECT_EQ(site.Get(lookup + "no_such_member&userid=demo_seller&pass=demo").body.find("mailto:"),
+              std::string::npos);
+    EXPECT_EQ(site.Get(lookup + "maple_attic&userid=demo_seller&pass=bad").body.find("mailto:"),
+              std::string::npos);
+}
+
+TEST(SiteClock, AFasterClockEndsAuctionsWhileOneWatches) {
+    Site site(SeedArgs(5) << QStringLiteral("--clock-factor") << QStringLiteral("36000"));
+    ASSERT_SITE(site);
+    const std::string clock = std::string(kCgi) + "?TimeShow";
+    const std::time_t first = ClockSeconds(site.Get(clock).body);
+    const std::string token = DemoToken(site);
+    // The soonest running lot of the demo member.
+    std::string soonest;
+    std::time_t soonestEnd = 0;
+    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+        if (row.count("ends")) {
+            const std::time_t end = SiteDateSeconds(row.at("ends"));
+            if (soonest.empty() || end < soonestEnd) {
+                soonest = row.at("item");
+                soonestEnd = end;
+            }
+        }
+    }
+    ASSERT_FALSE(soonest.empty());
+    // Ten site hours pass each second; wait until the lot's end has passed.
+    const double wait = static_cast<double>(soonestEnd - first) / 36000.0 + 1.0;
+    ASSERT_LT(wait, 30.0);
+    QThread::msleep(static_cast<unsigned long>(wait * 1000));
+    const std::time_t later = ClockSeconds(site.Get(clock).body);
+    EXPECT_GT(later, soonestEnd);
+    EXPECT_NE(site.Get(std::string(kCgi) + "?ViewItem&item=" + soonest)
+                  .body.find("<td class=\"left\">Ended</td>"),
+              std::string::npos);
+}
