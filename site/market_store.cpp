@@ -48,6 +48,15 @@ CREATE TABLE IF NOT EXISTS bids (
 );
 CREATE INDEX IF NOT EXISTS bids_by_item ON bids (item);
 CREATE INDEX IF NOT EXISTS bids_by_bidder ON bids (bidder, item);
+-- One row per bidder and lot, kept in end order, so that a page of the
+-- bidding list is a plain index range however many lots the bidder has.
+CREATE TABLE IF NOT EXISTS bidder_lots (
+    bidder INTEGER NOT NULL,
+    item INTEGER NOT NULL,
+    end_time INTEGER NOT NULL,
+    PRIMARY KEY (bidder, item)
+) WITHOUT ROWID;
+CREATE INDEX IF NOT EXISTS bidder_lots_by_end ON bidder_lots (bidder, end_time, item);
 CREATE TABLE IF NOT EXISTS watch (
     user INTEGER NOT NULL,
     item INTEGER NOT NULL,
@@ -132,7 +141,8 @@ bool MarketStore::IsEmpty() {
 
 void MarketStore::Wipe() {
     m_db.Exec(
-        "DELETE FROM users; DELETE FROM items; DELETE FROM bids; DELETE FROM watch; "
+        "DELETE FROM users; DELETE FROM items; DELETE FROM bids; DELETE FROM bidder_lots; "
+        "DELETE FROM watch; "
         "DELETE FROM ledger; DELETE FROM feedback; DELETE FROM pending; DELETE FROM counters;");
 }
 
@@ -250,6 +260,9 @@ void MarketStore::SetTitle(std::int64_t number, const std::string& title) {
 
 void MarketStore::SetEndTime(std::int64_t number, std::int64_t endTime) {
     m_db.Prepare("UPDATE items SET end_time = ? WHERE number = ?").BindAll(endTime, number).Run();
+    m_db.Prepare("UPDATE bidder_lots SET end_time = ? WHERE item = ?")
+        .BindAll(endTime, number)
+        .Run();
 }
 
 std::int64_t MarketStore::ItemCount() {
@@ -263,7 +276,13 @@ std::int64_t MarketStore::AddBid(std::int64_t item, std::int64_t bidderId, std::
     m_db.Prepare("INSERT INTO bids (item, bidder, maximum, quantity, time) VALUES (?, ?, ?, ?, ?)")
         .BindAll(item, bidderId, maximum, quantity, time)
         .Run();
-    return m_db.LastInsertId();
+    const std::int64_t id = m_db.LastInsertId();
+    m_db.Prepare(
+            "INSERT OR IGNORE INTO bidder_lots (bidder, item, end_time) "
+            "SELECT ?, number, end_time FROM items WHERE number = ?")
+        .BindAll(bidderId, item)
+        .Run();
+    return id;
 }
 
 std::int64_t MarketStore::Increment(std::int64_t price) {
@@ -410,9 +429,8 @@ std::vector<std::int64_t> MarketStore::SellingItems(std::int64_t userId, std::in
 
 std::vector<std::int64_t> MarketStore::BiddingItems(std::int64_t userId, std::int64_t since,
                                                     std::int64_t offset, std::int64_t limit) {
-    return Numbers(m_db.Prepare("SELECT i.number FROM bids b JOIN items i ON i.number = b.item "
-                                "WHERE b.bidder = ? AND i.end_time >= ? GROUP BY i.number "
-                                "ORDER BY i.end_time, i.number LIMIT ? OFFSET ?")
+    return Numbers(m_db.Prepare("SELECT item FROM bidder_lots WHERE bidder = ? AND end_time >= ? "
+                                "ORDER BY end_time, item LIMIT ? OFFSET ?")
                        .BindAll(userId, since, limit, offset));
 }
 

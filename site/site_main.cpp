@@ -234,7 +234,10 @@ int main(int argc, char** argv) {
 
         httplib::Server server;
         server.new_task_queue = [] { return new httplib::ThreadPool(4); };
-        server.set_keep_alive_max_count(1000);
+        server.set_keep_alive_max_count(100000);
+        // Headers and body go out in separate writes; without this each page
+        // would wait for the client's delayed acknowledgement.
+        server.set_tcp_nodelay(true);
         server.set_pre_routing_handler([](const httplib::Request&, httplib::Response&) {
             t_requestStart = std::chrono::steady_clock::now();
             return httplib::Server::HandlerResponse::Unhandled;
