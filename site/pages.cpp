@@ -38,12 +38,16 @@ public:
             "item here is invented.</font>\n</body>\n</html>\n";
         std::string crlf;
         crlf.reserve(page.size() + page.size() / 16);
-        for (size_t i = 0; i < page.size(); ++i) {
-            if (page[i] == '\n' && (i == 0 || page[i - 1] != '\r')) {
+        size_t from = 0;
+        for (size_t at = page.find('\n'); at != std::string::npos; at = page.find('\n', from)) {
+            crlf.append(page, from, at - from);
+            if (at == 0 || page[at - 1] != '\r') {
                 crlf += '\r';
             }
-            crlf += page[i];
+            crlf += '\n';
+            from = at + 1;
         }
+        crlf.append(page, from, std::string::npos);
         return crlf;
     }
 
