@@ -1,0 +1,841 @@
+// User preferences without a window: the lists from the shipped rules, the
+// filters and checks while editing (texts, titles, questions and their
+// answers), the password change, the one write on Update read back from the
+// store and the settings, the reload, and the new-user and tip-of-the-day
+// logic.
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QRandomGenerator>
+#include <optional>
+
+#include "admin/new_user.h"
+#include "admin/preferences.h"
+#include "admin/tips.h"
+#include "core/session.h"
+#include "core/settings.h"
+#include "core/store.h"
+#include "tests/support/test_support.h"
+#include "update/rules.h"
+
+using namespace lw;
+using namespace lw::admin;
+using core::Answer;
+
+namespace {
+
+const QString kUser = QStringLiteral("Pat O'Brien");
+
+QString Option(const QString& key) {
+    return core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"), key,
+                            QStringLiteral("<absent>"));
+}
+
+class PreferencesTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        core::ResetSession(&m_ui);
+        QString error;
+        ASSERT_TRUE(core::SetupDirectories(m_root.Path(), &error)) << error.toStdString();
+        core::CurrentSession().ShippedDir = test::SourceDir();
+        core::SetSettingsFolder(m_root.File(QStringLiteral("settings")));
+        m_db.emplace(core::OpenOrCreateStore(core::StorePath(), test::SourceDir()));
+        ASSERT_TRUE(update::DecryptProtocols(m_rules, *m_db));
+        m_lists = LoadPreferenceLists(m_rules);
+        core::AddUser(*m_db, {kUser, QStringLiteral("pat_sells"), QStringLiteral("secret"),
+                              QStringLiteral("pat@example.com")});
+    }
+    void TearDown() override {
+        core::SetSettingsFolder({});
+        core::ResetSession();
+    }
+
+    Preferences Load() { return LoadPreferences(*m_db, kUser, m_lists, m_rules); }
+    core::TimeLeftTimer Save(const Preferences& prefs) {
+        return SavePreferences(*m_db, kUser, prefs, m_lists, m_rules);
+    }
+
+    // A complete set of preferences as a person would fill the window in.
+    Preferences Filled() {
+        Preferences p = Load();
+        const QStringList texts = {
+            QStringLiteral("Pat"),         QStringLiteral("Q"),
+            QStringLiteral("O'Brien"),     QStringLiteral("Ms"),
+            QStringLiteral("Pat's Attic"), QStringLiteral("1 Main St"),
+            QStringLiteral("Suite 2"),     QStringLiteral("Springfield"),
+            QStringLiteral("IL"),          QStringLiteral("62701-1234"),
+            QStringLiteral("Lee"),         QStringLiteral("R"),
+            QStringLiteral("Park"),        QStringLiteral("Mr"),
+            QStringLiteral("Lee Books"),   QStringLiteral("9 Elm Rd"),
+            QStringLiteral("Apt 3"),       QStringLiteral("Toronto"),
+            QStringLiteral("ON"),          QStringLiteral("M5V 2T6"),
+        };
+        for (int i = 0; i < texts.size(); ++i) {
+            p.field[static_cast<size_t>(i)] = texts.at(i);
+        }
+        p.field[kPrefReplyEmail] = QStringLiteral("reply@example.com");
+        p.field[kPrefSalesTax] = QStringLiteral("7.25");
+        p.field[kPrefMailServer] = QStringLiteral("smtp.example.com");
+        p.field[kPrefUserId] = QStringLiteral("pat_o'sells");
+        p.field[kPrefSiteEmail] = QStringLiteral("site@example.com");
+        p.field[kPrefLocation] = QStringLiteral("Springfield, IL");
+        p.field[kPrefPassword] = QStringLiteral("n3w'pass");
+        p.connection = 1;
+        p.countryShipping = m_lists.countries.at(0);
+        p.countryPayment = m_lists.countries.at(1);
+        p.shipFromCountry = m_lists.countries.at(2);
+        p.saleOverPref = 2;
+        p.winningBidOver = 1;
+        p.region = m_lists.regions.at(3);
+        p.duration = 10;
+        p.shippingPref = {m_lists.shipping.at(1), m_lists.shipping.at(3)};
+        p.paymentPref = {m_lists.payment.at(0), m_lists.payment.at(2), m_lists.payment.at(4)};
+        p.billpoint = true;
+        p.shipScope = ShipScope::USPlus;
+        p.shippingRegions = {m_lists.shippingRegions.at(0), m_lists.shippingRegions.at(4)};
+        p.autoUpdateTimeLeft = true;
+        p.timeLeftOption = 2;
+        return p;
+    }
+
+    // One row of the user as a map of column to value.
+    QVariant UserValue(const QString& column) {
+        core::Statement s = m_db->Prepare(QStringLiteral("SELECT * FROM Users WHERE UserName = ?"));
+        s.Bind(1, kUser);
+        EXPECT_TRUE(s.Step());
+        return s.Value(column);
+    }
+    QVariant SiteValue(const QString& column) {
+        core::Statement s = m_db->Prepare(
+            QStringLiteral("SELECT * FROM UserSites WHERE UserName = ? AND AuctionSiteFlag = 0"));
+        s.Bind(1, kUser);
+        EXPECT_TRUE(s.Step());
+        return s.Value(column);
+    }
+    QVariant GlobalValue(const QString& column) {
+        core::Statement s = m_db->Prepare(QStringLiteral("SELECT * FROM Global"));
+        EXPECT_TRUE(s.Step());
+        return s.Value(column);
+    }
+
+    test::ScriptedUi m_ui;
+    test::TempRoot m_root;
+    std::optional<core::Database> m_db;
+    update::RuleStore m_rules;
+    PreferenceLists m_lists;
+};
+
+// ------------------------------------------------------------------- lists
+
+TEST_F(PreferencesTest, ShippedRulesFillEveryListAndEveryRegionNamesAUserSitesColumn) {
+    EXPECT_FALSE(m_lists.regions.isEmpty());
+    EXPECT_FALSE(m_lists.payment.isEmpty());
+    ASSERT_FALSE(m_lists.countries.isEmpty());
+    // The ZIP filter is meant for the first country.
+    EXPECT_EQ(m_lists.countries.at(0), QStringLiteral("United States"));
+    ASSERT_GE(m_lists.shipping.size(), 2);
+    ASSERT_EQ(m_lists.shippingRegions.size(), 9);
+
+    // Each region, ticked alone, must land in its own flag column.
+    QStringList columnsSet;
+    for (const QString& region : m_lists.shippingRegions) {
+        Preferences p = Filled();
+        p.shippingRegions = {region};
+        Save(p);
+        core::Statement s = m_db->Prepare(QStringLiteral(
+            "SELECT northamerica + europe + oceania + asia + southamerica + africa + "
+            "latinamerica + middleeast + caribbean AS ticked FROM UserSites WHERE UserName = ?"));
+        s.Bind(1, kUser);
+        ASSERT_TRUE(s.Step());
+        EXPECT_EQ(s.Int(QStringLiteral("ticked")), 1) << region.toStdString();
+        const QString column = m_rules.LookupKey(QStringLiteral("Shipping Regions Reversecode"),
+                                                 region, kPreferenceListStore);
+        EXPECT_TRUE(SiteValue(column).toBool()) << region.toStdString();
+        columnsSet << column;
+    }
+    columnsSet.removeDuplicates();
+    EXPECT_EQ(columnsSet.size(), 9);
+}
+
+TEST(PreferenceTables, RemovalTagsAndTimeLeftDataLineUpWithTheirCaptions) {
+    EXPECT_EQ(SaleOverEntries().size(), SaleOverTags().size());
+    EXPECT_EQ(WinningBidOverEntries().size(), WinningBidOverTags().size());
+    EXPECT_EQ(TimeLeftCaptions().size(), TimeLeftData().size());
+    EXPECT_EQ(SaleOverEntries().at(2), QStringLiteral("When I get email that buyer received item"));
+    EXPECT_EQ(SaleOverTags().at(2), QStringLiteral("SHR"));
+    EXPECT_EQ(WinningBidOverEntries().at(3),
+              QStringLiteral("Once I've received feedback from seller"));
+    EXPECT_EQ(WinningBidOverTags().at(3), QStringLiteral("FBR"));
+    EXPECT_EQ(TimeLeftIndexFor(65535), TimeLeftCaptions().indexOf(QStringLiteral("minute")));
+    EXPECT_EQ(TimeLeftIndexFor(30000), TimeLeftCaptions().indexOf(QStringLiteral("30 seconds")));
+    EXPECT_EQ(TimeLeftIndexFor(12345), -1);
+    EXPECT_EQ(TagIndex(SaleOverTags(), QStringLiteral("fbl ")), 3);
+    EXPECT_EQ(TagIndex(SaleOverTags(), QStringLiteral("IRR")), -1);
+}
+
+TEST(PreferenceTables, DurationIsMatchedByItsNumber) {
+    EXPECT_EQ(DurationDays(QStringLiteral("10 days")), 10);
+    EXPECT_EQ(DurationEntries().at(DurationIndexFor(10)), QStringLiteral("10 days"));
+    EXPECT_EQ(DurationEntries().at(DurationIndexFor(1)), QStringLiteral("1 day"));
+    EXPECT_EQ(DurationIndexFor(4), -1);
+}
+
+// ------------------------------------------------------- filter while typing
+
+TEST(FieldFilter, SalesTaxTakesDigitsAndPointOnly) {
+    for (QChar c : QStringLiteral("0123456789.")) {
+        EXPECT_TRUE(AcceptsCharacter(kPrefSalesTax, c, 0, 0)) << c.toLatin1();
+    }
+    for (QChar c : QStringLiteral("-,a% ")) {
+        EXPECT_FALSE(AcceptsCharacter(kPrefSalesTax, c, 0, 0)) << c.toLatin1();
+    }
+    EXPECT_TRUE(AcceptsCharacter(kPrefSalesTax, QChar(u'\b'), 0, 0));
+}
+
+TEST(FieldFilter, ZipCodesTakeDigitsAndDashOnlyForTheFirstCountry) {
+    EXPECT_TRUE(AcceptsCharacter(9, u'5', 0, 7));
+    EXPECT_TRUE(AcceptsCharacter(9, u'-', 0, 7));
+    EXPECT_FALSE(AcceptsCharacter(9, u'A', 0, 7));
+    EXPECT_FALSE(AcceptsCharacter(9, u' ', 0, 7));
+    EXPECT_TRUE(AcceptsCharacter(9, QChar(u'\b'), 0, 7));
+    // Another shipping country: a Canadian postcode is typed freely.
+    EXPECT_TRUE(AcceptsCharacter(9, u'M', 3, 0));
+    EXPECT_TRUE(AcceptsCharacter(9, u' ', 3, 0));
+
+    // The payment ZIP follows the payment country, not the shipping one.
+    EXPECT_FALSE(AcceptsCharacter(19, u'M', 3, 0));
+    EXPECT_TRUE(AcceptsCharacter(19, u'M', 0, 3));
+    // Other fields are not filtered.
+    EXPECT_TRUE(AcceptsCharacter(8, u'x', 0, 0));
+    EXPECT_TRUE(AcceptsCharacter(27, u'x', 0, 0));
+}
+
+// ------------------------------------------------------------ leaving a field
+
+class LeaveFieldTest : public ::testing::Test {
+protected:
+    test::ScriptedUi m_ui;
+};
+
+TEST_F(LeaveFieldTest, EveryIndexLeftEmptyGetsOnlyItsOwnCheck) {
+    const QList<int> required = {0, 2, 5, 7, 8, 9, 10, 12, 15, 17, 18, 19};
+    for (int index = 0; index < kUserPrefCount; ++index) {
+        test::ScriptedUi ui;
+        const FieldCheck check = LeaveField(index, QString(), ui);
+        if (required.contains(index)) {
+            EXPECT_EQ(ui.Messages(), QStringList{QStringLiteral("Required Information Missing")})
+                << index;
+            EXPECT_EQ(ui.Titles(), QStringList{QStringLiteral("Missing Data")});
+            EXPECT_TRUE(check.focusBack) << index;
+        } else if (index == kPrefSiteEmail) {
+            // The site address is checked even when empty, the reply address is not.
+            EXPECT_EQ(ui.Titles(), QStringList{QStringLiteral("Invalid email Address")});
+            EXPECT_TRUE(check.focusBack);
+        } else {
+            EXPECT_TRUE(ui.History().empty()) << index;
+            EXPECT_FALSE(check.focusBack) << index;
+        }
+    }
+    // Blanks only are no information either.
+    EXPECT_TRUE(LeaveField(7, QStringLiteral("   "), m_ui).focusBack);
+}
+
+TEST_F(LeaveFieldTest, EmailAddressesNeedAnAtSignAndAPoint) {
+    const QString text = QStringLiteral("Your email Address Is Not Valid, Please Reenter");
+    for (int index : {kPrefReplyEmail, kPrefSiteEmail}) {
+        for (const QString& bad : {QStringLiteral("pat"), QStringLiteral("pat@example"),
+                                   QStringLiteral("pat.example.com")}) {
+            test::ScriptedUi ui;
+            const FieldCheck check = LeaveField(index, bad, ui);
+            EXPECT_EQ(ui.Messages(), QStringList{text}) << bad.toStdString();
+            EXPECT_EQ(ui.Titles(), QStringList{QStringLiteral("Invalid email Address")});
+            EXPECT_TRUE(check.focusBack);
+            EXPECT_EQ(check.text, bad);
+        }
+        test::ScriptedUi ui;
+        EXPECT_FALSE(LeaveField(index, QStringLiteral("o'brien@example.com"), ui).focusBack);
+        EXPECT_TRUE(ui.History().empty());
+    }
+}
+
+TEST_F(LeaveFieldTest, ATaxBelowOnePercentOffersTheHundredfoldValue) {
+    m_ui.ScriptAnswer(Answer::Yes);
+    FieldCheck check = LeaveField(kPrefSalesTax, QStringLiteral("0.5"), m_ui);
+    ASSERT_EQ(m_ui.History().size(), 1u);
+    EXPECT_EQ(m_ui.History()[0].kind, QStringLiteral("ask"));
+    EXPECT_EQ(m_ui.History()[0].text,
+              QStringLiteral("0.5 Is Less Than One Percent, Do You Mean 50.00%?"));
+    EXPECT_EQ(m_ui.History()[0].title, QStringLiteral("Sales Tax Rate"));
+    EXPECT_DOUBLE_EQ(check.text.toDouble(), 50.0);
+    EXPECT_TRUE(check.focusBack);
+
+    test::ScriptedUi ui;
+    ui.ScriptAnswer(Answer::No);
+    check = LeaveField(kPrefSalesTax, QStringLiteral(".075"), ui);
+    EXPECT_EQ(ui.History()[0].text,
+              QStringLiteral(".075 Is Less Than One Percent, Do You Mean 7.50%?"));
+    EXPECT_EQ(check.text, QStringLiteral(".075"));
+    EXPECT_FALSE(check.focusBack);
+}
+
+TEST_F(LeaveFieldTest, ATaxAboveOneHundredAsksAndNoReturnsToTheField) {
+    m_ui.ScriptAnswer(Answer::No);
+    FieldCheck check = LeaveField(kPrefSalesTax, QStringLiteral("150"), m_ui);
+    ASSERT_EQ(m_ui.History().size(), 1u);
+    EXPECT_EQ(m_ui.History()[0].text,
+              QStringLiteral("150 Is Greater Than 100 Percent, Is This Correct?"));
+    EXPECT_EQ(m_ui.History()[0].title, QStringLiteral("Sales Tax Rate"));
+    EXPECT_TRUE(check.focusBack);
+    EXPECT_EQ(check.text, QStringLiteral("150"));
+
+    test::ScriptedUi ui;
+    ui.ScriptAnswer(Answer::Yes);
+    check = LeaveField(kPrefSalesTax, QStringLiteral("150"), ui);
+    EXPECT_FALSE(check.focusBack);
+    EXPECT_EQ(check.text, QStringLiteral("150"));
+}
+
+TEST_F(LeaveFieldTest, TaxesFromOneToOneHundredAndZeroPassWithoutAQuestion) {
+    for (const QString& tax : {QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("7.25"),
+                               QStringLiteral("100"), QString()}) {
+        const FieldCheck check = LeaveField(kPrefSalesTax, tax, m_ui);
+        EXPECT_FALSE(check.focusBack) << tax.toStdString();
+        EXPECT_EQ(check.text, tax);
+    }
+    EXPECT_TRUE(m_ui.History().empty());
+}
+
+TEST_F(LeaveFieldTest, ALongZipIsTrimmedToFiveDigits) {
+    FieldCheck check = LeaveField(kPrefFtpZip, QStringLiteral("627011234"), m_ui);
+    EXPECT_EQ(m_ui.Messages(), QStringList{QStringLiteral("Trimming ZIP Code to 5 Digits")});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("5 Digit ZIP Code")});
+    EXPECT_EQ(check.text, QStringLiteral("62701"));
+    EXPECT_TRUE(check.focusBack);
+
+    test::ScriptedUi ui;
+    check = LeaveField(kPrefFtpZip, QStringLiteral("62701"), ui);
+    EXPECT_EQ(check.text, QStringLiteral("62701"));
+    EXPECT_TRUE(ui.History().empty());
+}
+
+TEST_F(LeaveFieldTest, AnFtpHostNeedsAPoint) {
+    const FieldCheck check = LeaveField(kPrefFtpHost, QStringLiteral("localhost"), m_ui);
+    EXPECT_EQ(m_ui.Messages(), QStringList{QStringLiteral("FTP Host Entry Is Not Valid")});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("invalid FTP Host")});
+    EXPECT_TRUE(check.focusBack);
+
+    test::ScriptedUi ui;
+    EXPECT_FALSE(LeaveField(kPrefFtpHost, QStringLiteral("ftp.example.com"), ui).focusBack);
+    EXPECT_FALSE(LeaveField(kPrefFtpHost, QString(), ui).focusBack);
+    EXPECT_TRUE(ui.History().empty());
+}
+
+TEST_F(LeaveFieldTest, AnFtpDirectoryBecomesAWebAddressFromWww) {
+    FieldCheck check = LeaveField(kPrefFtpDirectory, QStringLiteral("pictures/2024"), m_ui);
+    EXPECT_EQ(m_ui.Messages(), QStringList{QStringLiteral("FTP Upload Directory Is Not Valid")});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("invalid FTP Directory")});
+    EXPECT_TRUE(check.focusBack);
+
+    test::ScriptedUi ui;
+    check = LeaveField(kPrefFtpDirectory, QStringLiteral("ftp://www.example.com/pics"), ui);
+    EXPECT_EQ(check.text, QStringLiteral("http://www.example.com/pics/"));
+    EXPECT_TRUE(check.focusBack);
+    check = LeaveField(kPrefFtpDirectory, QStringLiteral("www.example.com"), ui);
+    EXPECT_EQ(check.text, QStringLiteral("http://www.example.com/"));
+    // Already right: left alone, and the field can be left.
+    check = LeaveField(kPrefFtpDirectory, QStringLiteral("http://www.example.com/pics/"), ui);
+    EXPECT_EQ(check.text, QStringLiteral("http://www.example.com/pics/"));
+    EXPECT_FALSE(check.focusBack);
+    check = LeaveField(kPrefFtpDirectory, QStringLiteral("http://www.example.com"), ui);
+    EXPECT_EQ(check.text, QStringLiteral("http://www.example.com/"));
+    EXPECT_TRUE(ui.History().empty());
+}
+
+// ------------------------------------------------------ controls that steer
+
+TEST(PreferenceControls, ProxyFieldsShowAboveOptionTwoWithPortEighty) {
+    for (int option : {0, 1, 2}) {
+        const ProxyControls c = ConnectionChosen(option, QString());
+        EXPECT_FALSE(c.visible) << option;
+        EXPECT_EQ(c.port, QString());
+    }
+    for (int option : {3, 4}) {
+        EXPECT_TRUE(ConnectionChosen(option, QString()).visible);
+        EXPECT_EQ(ConnectionChosen(option, QString()).port, QStringLiteral("80"));
+        EXPECT_EQ(ConnectionChosen(option, QStringLiteral("3128")).port, QStringLiteral("3128"));
+    }
+}
+
+TEST(PreferenceControls, ViewGroupsResetAndHighBidSortsDescending) {
+    const ViewGroup archive = ViewGroupReset(false);
+    EXPECT_FALSE(archive.enabled);
+    EXPECT_EQ(archive.interval, QStringLiteral("0"));
+    EXPECT_EQ(archive.order, 0);
+    EXPECT_FALSE(archive.descending);
+    EXPECT_TRUE(ViewGroupReset(true).descending);
+
+    EXPECT_EQ(ViewOrderFields().at(1), QStringLiteral("HighBid"));
+    EXPECT_TRUE(OrderMeansDescending(1));
+    for (int order : {0, 2, 3, 4}) {
+        EXPECT_FALSE(OrderMeansDescending(order)) << order;
+    }
+}
+
+TEST(PreferenceControls, NoShippingPreferenceStandsAlone) {
+    EXPECT_EQ(ShippingSelection({0, 2, 3}), QList<int>{0});
+    EXPECT_EQ(ShippingSelection({2, 3}), (QList<int>{2, 3}));
+    EXPECT_EQ(ShippingSelection({}), QList<int>{});
+}
+
+// ---------------------------------------------------------- password change
+
+class PasswordTest : public ::testing::Test {
+protected:
+    test::ScriptedUi m_ui;
+    QString m_stored = QStringLiteral("old'pw");
+};
+
+TEST_F(PasswordTest, ABlankNewOrRepeatIsAskedForFirst) {
+    EXPECT_EQ(UpdatePassword(m_stored, QStringLiteral("wrong"), QStringLiteral("  "),
+                             QStringLiteral("x"), m_ui),
+              PasswordChange::NotEntered);
+    EXPECT_EQ(
+        UpdatePassword(m_stored, QStringLiteral("old'pw"), QStringLiteral("x"), QString(), m_ui),
+        PasswordChange::NotEntered);
+    EXPECT_EQ(m_ui.Messages(),
+              QStringList(2, QStringLiteral("You need to enter and confirm a new password.")));
+    EXPECT_EQ(m_ui.Titles(), QStringList(2, QStringLiteral("Password Not Entered")));
+    EXPECT_EQ(m_stored, QStringLiteral("old'pw"));
+}
+
+TEST_F(PasswordTest, TheOldPasswordIsCheckedBeforeTheRepeat) {
+    EXPECT_EQ(UpdatePassword(m_stored, QStringLiteral("OLD'PW"), QStringLiteral("a"),
+                             QStringLiteral("b"), m_ui),
+              PasswordChange::WrongOld);
+    EXPECT_EQ(m_ui.Messages(), QStringList{QStringLiteral("Old Password Is Not Correct")});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Incorrect Old Password")});
+
+    test::ScriptedUi ui;
+    EXPECT_EQ(UpdatePassword(m_stored, QStringLiteral("old'pw"), QStringLiteral("a"),
+                             QStringLiteral("b"), ui),
+              PasswordChange::Mismatch);
+    EXPECT_EQ(ui.Messages(), QStringList{QStringLiteral("New Passwords Do Not Match")});
+    EXPECT_EQ(ui.Titles(), QStringList{QStringLiteral("Mismatched New Password")});
+    EXPECT_EQ(m_stored, QStringLiteral("old'pw"));
+}
+
+TEST_F(PasswordTest, AMatchingChangeTakesTheNewTextSilently) {
+    EXPECT_EQ(UpdatePassword(m_stored, QStringLiteral("old'pw"), QStringLiteral("n3w"),
+                             QStringLiteral("n3w"), m_ui),
+              PasswordChange::Changed);
+    EXPECT_EQ(m_stored, QStringLiteral("n3w"));
+    EXPECT_TRUE(m_ui.History().empty());
+}
+
+// ------------------------------------------------------------------ cmdUpdate
+
+TEST_F(PreferencesTest, UpdateWritesTheUsersRow) {
+    const Preferences p = Filled();
+    Save(p);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(UserValue(UserPrefColumn(i)).toString(), p.field[static_cast<size_t>(i)]) << i;
+    }
+    EXPECT_EQ(UserValue(QStringLiteral("Pzipcode")).toString(), QStringLiteral("M5V 2T6"));
+    EXPECT_EQ(UserValue(QStringLiteral("InternetConnection")).toInt(), 1);
+    EXPECT_EQ(UserValue(QStringLiteral("ReplyEmailAddress")).toString(),
+              QStringLiteral("reply@example.com"));
+    EXPECT_DOUBLE_EQ(UserValue(QStringLiteral("SalesTaxRate")).toDouble(), 0.0725);
+    EXPECT_EQ(UserValue(QStringLiteral("MailServer")).toString(),
+              QStringLiteral("smtp.example.com"));
+    EXPECT_EQ(UserValue(QStringLiteral("country")).toString(), QStringLiteral("United States"));
+    EXPECT_EQ(UserValue(QStringLiteral("PCountry")).toString(), m_lists.countries.at(1));
+    EXPECT_EQ(UserValue(QStringLiteral("AuctionRemoveTag")).toString(), QStringLiteral("SHR"));
+    EXPECT_EQ(UserValue(QStringLiteral("BidRemoveTag")).toString(), QStringLiteral("IRE"));
+    // The row stays the default one.
+    EXPECT_EQ(UserValue(QStringLiteral("isDefault")).toInt(), 1);
+}
+
+TEST_F(PreferencesTest, EmptyTextsAreStoredAsNull) {
+    Preferences p = Filled();
+    p.field[1] = QString();
+    p.field[16] = QStringLiteral("   ");
+    p.field[kPrefMailServer] = QString();
+    p.field[kPrefSalesTax] = QString();
+    p.field[kPrefLocation] = QString();
+    p.countryPayment = QString();
+    p.saleOverPref = -1;
+    p.region = QString();
+    p.shippingPref.clear();
+    p.paymentPref.clear();
+    Save(p);
+    for (const QString& column : {QStringLiteral("SMiddleName"), QStringLiteral("PAddressStreet2"),
+                                  QStringLiteral("MailServer"), QStringLiteral("SalesTaxRate"),
+                                  QStringLiteral("PCountry"), QStringLiteral("AuctionRemoveTag")}) {
+        EXPECT_TRUE(UserValue(column).isNull()) << column.toStdString();
+    }
+    for (const QString& column :
+         {QStringLiteral("LocationPref"), QStringLiteral("ZIPCodePref"),
+          QStringLiteral("ShipPayPref"), QStringLiteral("PaymentTypePref")}) {
+        EXPECT_TRUE(SiteValue(column).isNull()) << column.toStdString();
+    }
+}
+
+TEST_F(PreferencesTest, TheProxyIsKeptOnlyForProxyOptionsWithServerAndPort) {
+    struct Case {
+        int option;
+        QString server, port;
+        bool kept;
+    };
+    const QList<Case> cases = {
+        {3, QStringLiteral("proxy.example.com"), QStringLiteral("3128"), true},
+        {4, QStringLiteral("proxy.example.com"), QStringLiteral("8080"), true},
+        {3, QStringLiteral("proxy.example.com"), QString(), false},
+        {4, QString(), QStringLiteral("8080"), false},
+        {1, QStringLiteral("proxy.example.com"), QStringLiteral("3128"), false},
+        {2, QStringLiteral("proxy.example.com"), QStringLiteral("3128"), false},
+    };
+    for (const Case& c : cases) {
+        Preferences p = Filled();
+        p.connection = c.option;
+        p.proxyServer = c.server;
+        p.proxyPort = c.port;
+        Save(p);
+        EXPECT_EQ(UserValue(QStringLiteral("InternetConnection")).toInt(), c.option);
+        if (c.kept) {
+            EXPECT_EQ(UserValue(QStringLiteral("ProxyServer")).toString(), c.server);
+            EXPECT_EQ(UserValue(QStringLiteral("ProxyPort")).toString(), c.port);
+        } else {
+            EXPECT_TRUE(UserValue(QStringLiteral("ProxyServer")).isNull()) << c.option;
+            EXPECT_TRUE(UserValue(QStringLiteral("ProxyPort")).isNull()) << c.option;
+        }
+    }
+}
+
+TEST_F(PreferencesTest, RemovalRulesAreStoredByListPosition) {
+    const QStringList sale = {QStringLiteral("SHS"), QStringLiteral("SHE"), QStringLiteral("SHR"),
+                              QStringLiteral("FBL"), QStringLiteral("FBR")};
+    const QStringList bid = {QStringLiteral("IRR"), QStringLiteral("IRE"), QStringLiteral("FBL"),
+                             QStringLiteral("FBR")};
+    for (int i = 0; i < sale.size(); ++i) {
+        Preferences p = Filled();
+        p.saleOverPref = i;
+        p.winningBidOver = i < bid.size() ? i : 0;
+        Save(p);
+        EXPECT_EQ(UserValue(QStringLiteral("AuctionRemoveTag")).toString(), sale.at(i));
+        EXPECT_EQ(UserValue(QStringLiteral("BidRemoveTag")).toString(),
+                  bid.at(i < bid.size() ? i : 0));
+        EXPECT_EQ(Load().saleOverPref, i);
+    }
+}
+
+TEST_F(PreferencesTest, UpdateWritesTheSiteRowWithListsAndRegions) {
+    Preferences p = Filled();
+    Save(p);
+    EXPECT_EQ(SiteValue(QStringLiteral("UserID")).toString(), QStringLiteral("pat_o'sells"));
+    EXPECT_EQ(SiteValue(QStringLiteral("SiteEmailAddress")).toString(),
+              QStringLiteral("site@example.com"));
+    EXPECT_EQ(SiteValue(QStringLiteral("LocationPref")).toString(),
+              QStringLiteral("Springfield, IL"));
+    EXPECT_EQ(SiteValue(QStringLiteral("ZipCodePref")).toString(), m_lists.regions.at(3));
+    EXPECT_EQ(SiteValue(QStringLiteral("UserPassword")).toString(), QStringLiteral("n3w'pass"));
+    EXPECT_EQ(SiteValue(QStringLiteral("ShipFromCountryPref")).toString(), m_lists.countries.at(2));
+    EXPECT_EQ(SiteValue(QStringLiteral("ShipPayPref")).toString(),
+              m_lists.shipping.at(1) + QStringLiteral("~~~") + m_lists.shipping.at(3));
+    EXPECT_EQ(SiteValue(QStringLiteral("PaymentTypePref")).toString(),
+              m_lists.payment.at(0) + QStringLiteral("~~~") + m_lists.payment.at(2) +
+                  QStringLiteral("~~~") + m_lists.payment.at(4));
+    EXPECT_EQ(SiteValue(QStringLiteral("billpoint")).toInt(), 1);
+    EXPECT_EQ(SiteValue(QStringLiteral("duration")).toInt(), 10);
+    EXPECT_EQ(SiteValue(QStringLiteral("shipUSPlus")).toInt(), 1);
+    EXPECT_EQ(SiteValue(QStringLiteral("ShipAbroadPref")).toInt(), 0);
+    EXPECT_EQ(SiteValue(QStringLiteral("northamerica")).toInt(), 1);
+    EXPECT_EQ(SiteValue(QStringLiteral("southamerica")).toInt(), 1);
+    EXPECT_EQ(SiteValue(QStringLiteral("europe")).toInt(), 0);
+    EXPECT_EQ(SiteValue(QStringLiteral("caribbean")).toInt(), 0);
+}
+
+TEST_F(PreferencesTest, RegionsAreClearedUnlessShippingToTheUsPlusRegions) {
+    Preferences p = Filled();
+    Save(p);  // regions ticked
+    for (ShipScope scope : {ShipScope::International, ShipScope::DomesticOnly}) {
+        p.shipScope = scope;
+        Save(p);
+        EXPECT_EQ(SiteValue(QStringLiteral("shipUSPlus")).toInt(), 0);
+        EXPECT_EQ(SiteValue(QStringLiteral("ShipAbroadPref")).toInt(),
+                  scope == ShipScope::International ? 1 : 0);
+        EXPECT_EQ(SiteValue(QStringLiteral("northamerica")).toInt(), 0);
+        EXPECT_EQ(SiteValue(QStringLiteral("southamerica")).toInt(), 0);
+    }
+}
+
+TEST_F(PreferencesTest, TimeLeftOptionsWriteGlobalAndGiveTheTimer) {
+    for (int option = 0; option < TimeLeftCaptions().size(); ++option) {
+        Preferences p = Filled();
+        p.timeLeftOption = option;
+        const core::TimeLeftTimer timer = Save(p);
+        EXPECT_EQ(GlobalValue(QStringLiteral("AutoUpdateTimeLeft")).toInt(), 1);
+        const qint64 stored = GlobalValue(QStringLiteral("TimeLeftInterval")).toLongLong();
+        EXPECT_EQ(stored, TimeLeftData().at(option));
+        // The main window applies the same rule at start-up.
+        const core::TimeLeftTimer atStart = core::TimeLeftTimerRule(*m_db);
+        EXPECT_TRUE(timer.enabled);
+        EXPECT_EQ(timer.intervalMs, atStart.intervalMs);
+        EXPECT_EQ(timer.ticksWanted, atStart.ticksWanted);
+    }
+    Preferences p = Filled();
+    p.timeLeftOption = 0;  // 30 seconds: milliseconds, the direct branch
+    EXPECT_EQ(Save(p).intervalMs, 30000);
+    p.timeLeftOption = 3;  // 10 minutes: ten ticks of 65535 ms
+    EXPECT_EQ(Save(p).intervalMs, 65535);
+    EXPECT_EQ(Save(p).ticksWanted, QStringLiteral("10"));
+
+    p.autoUpdateTimeLeft = false;
+    EXPECT_FALSE(Save(p).enabled);
+    EXPECT_EQ(GlobalValue(QStringLiteral("AutoUpdateTimeLeft")).toInt(), 0);
+    EXPECT_FALSE(core::TimeLeftTimerRule(*m_db).enabled);
+}
+
+TEST_F(PreferencesTest, TheCurrentViewTakesIntervalAndOrderFromTheArchiveControls) {
+    Preferences p = Filled();
+    p.archiveView = {true, QStringLiteral("14"), 2, false};
+    p.currentView = {true, QStringLiteral("3"), 3, true};
+    Save(p);
+    EXPECT_EQ(Option(QStringLiteral("AAViewInterval")), QStringLiteral("14"));
+    EXPECT_EQ(Option(QStringLiteral("AAViewOrder")), QStringLiteral("ItemNumber"));
+    EXPECT_EQ(Option(QStringLiteral("AAViewOrder2")), QString());
+    EXPECT_EQ(Option(QStringLiteral("CAViewInterval")), QStringLiteral("14"));
+    EXPECT_EQ(Option(QStringLiteral("CAViewOrder")), QStringLiteral("ItemNumber"));
+    EXPECT_EQ(Option(QStringLiteral("CAViewOrder2")), QStringLiteral("DESC"));
+
+    p.archiveView = {true, QStringLiteral("30"), 1, true};
+    p.currentView = ViewGroupReset(true);
+    Save(p);
+    EXPECT_EQ(Option(QStringLiteral("AAViewOrder")), QStringLiteral("HighBid"));
+    EXPECT_EQ(Option(QStringLiteral("AAViewOrder2")), QStringLiteral("DESC"));
+    EXPECT_EQ(Option(QStringLiteral("CAViewInterval")), QStringLiteral("0"));
+    EXPECT_EQ(Option(QStringLiteral("CAViewOrder")), QStringLiteral("EndDate"));
+
+    p.archiveView = ViewGroupReset(false);
+    Save(p);
+    EXPECT_EQ(Option(QStringLiteral("AAViewInterval")), QStringLiteral("0"));
+    EXPECT_EQ(Option(QStringLiteral("AAViewOrder")), QStringLiteral("EndDate"));
+}
+
+TEST_F(PreferencesTest, AnUnknownUserIsRefusedAndNothingIsWritten) {
+    const Preferences before = Load();
+    Preferences p = Filled();
+    try {
+        SavePreferences(*m_db, QStringLiteral("Nobody"), p, m_lists, m_rules);
+        FAIL() << "an unknown user was written";
+    } catch (const core::StoreError& error) {
+        EXPECT_EQ(error.Message(), QStringLiteral("No Valid Current User Set"));
+    }
+    EXPECT_EQ(Load().field, before.field);
+    EXPECT_EQ(m_db->ScalarInt(QStringLiteral("SELECT COUNT(*) FROM UserSites")), 1);
+
+    Preferences out;
+    EXPECT_FALSE(ResetPreferences(*m_db, QStringLiteral("Nobody"), m_lists, m_rules, out, m_ui));
+    EXPECT_EQ(m_ui.Messages(), QStringList{QStringLiteral("No Valid Current User Set")});
+}
+
+// ------------------------------------------------------------------- cmdReset
+
+TEST_F(PreferencesTest, ResetReadsBackWhatUpdateWrote) {
+    Preferences p = Filled();
+    p.connection = 3;
+    p.proxyServer = QStringLiteral("proxy.example.com");
+    p.proxyPort = QStringLiteral("3128");
+    p.archiveView = {true, QStringLiteral("14"), 3, true};
+    p.currentView = {true, QStringLiteral("14"), 3, false};
+    Save(p);
+    const Preferences back = Load();
+    EXPECT_EQ(back.field, p.field);
+    EXPECT_EQ(back.connection, 3);
+    EXPECT_EQ(back.proxyServer, p.proxyServer);
+    EXPECT_EQ(back.proxyPort, p.proxyPort);
+    EXPECT_EQ(back.countryShipping, p.countryShipping);
+    EXPECT_EQ(back.countryPayment, p.countryPayment);
+    EXPECT_EQ(back.shipFromCountry, p.shipFromCountry);
+    EXPECT_EQ(back.saleOverPref, p.saleOverPref);
+    EXPECT_EQ(back.winningBidOver, p.winningBidOver);
+    EXPECT_EQ(back.region, p.region);
+    EXPECT_EQ(back.duration, p.duration);
+    EXPECT_EQ(back.shippingPref, p.shippingPref);
+    EXPECT_EQ(back.paymentPref, p.paymentPref);
+    EXPECT_EQ(back.billpoint, p.billpoint);
+    EXPECT_EQ(back.shipScope, p.shipScope);
+    EXPECT_EQ(back.shippingRegions, p.shippingRegions);
+    EXPECT_EQ(back.autoUpdateTimeLeft, true);
+    EXPECT_EQ(back.timeLeftOption, p.timeLeftOption);
+    EXPECT_TRUE(back.archiveView.enabled);
+    EXPECT_EQ(back.archiveView.interval, QStringLiteral("14"));
+    EXPECT_EQ(back.archiveView.order, 3);
+    EXPECT_TRUE(back.archiveView.descending);
+    EXPECT_TRUE(back.currentView.enabled);
+    EXPECT_FALSE(back.currentView.descending);
+}
+
+TEST_F(PreferencesTest, ANewUserLoadsWithTheDefaults) {
+    const Preferences p = Load();
+    EXPECT_EQ(p.field[kPrefUserName], kUser);
+    EXPECT_EQ(p.field[kPrefUserId], QStringLiteral("pat_sells"));
+    EXPECT_EQ(p.field[kPrefPassword], QStringLiteral("secret"));
+    EXPECT_EQ(p.field[kPrefSiteEmail], QStringLiteral("pat@example.com"));
+    EXPECT_EQ(p.field[kPrefSalesTax], QString());
+    EXPECT_EQ(p.region, QString());
+    EXPECT_TRUE(p.shippingPref.isEmpty());
+    EXPECT_EQ(p.shipScope, ShipScope::DomesticOnly);
+    EXPECT_FALSE(p.archiveView.enabled);
+    EXPECT_EQ(p.archiveView.interval, QStringLiteral("0"));
+    EXPECT_FALSE(p.archiveView.descending);
+    EXPECT_TRUE(p.currentView.descending);
+    EXPECT_TRUE(p.tracking);
+}
+
+TEST_F(PreferencesTest, TheTaxRateShowsAsPercentWithTwoDecimals) {
+    Preferences p = Filled();
+    p.field[kPrefSalesTax] = QStringLiteral("0.5");
+    m_ui.ScriptAnswer(Answer::Yes);
+    p.field[kPrefSalesTax] = LeaveField(kPrefSalesTax, p.field[kPrefSalesTax], m_ui).text;
+    Save(p);
+    EXPECT_DOUBLE_EQ(UserValue(QStringLiteral("SalesTaxRate")).toDouble(), 0.5);
+    EXPECT_EQ(Load().field[kPrefSalesTax], QStringLiteral("50.00"));
+}
+
+TEST_F(PreferencesTest, TheMakersMailServerShowsAsItsLiteral) {
+    const QString maker = m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"),
+                                            update::kInfoStore);
+    ASSERT_NE(maker, update::RuleError());
+    Preferences p = Filled();
+    p.field[kPrefMailServer] = maker;
+    Save(p);
+    EXPECT_EQ(Load().field[kPrefMailServer], QStringLiteral("Use Tolvane Mail Server"));
+    p.field[kPrefMailServer] = QStringLiteral("Use Tolvane Mail Server");
+    Save(p);
+    EXPECT_EQ(UserValue(QStringLiteral("MailServer")).toString(),
+              QStringLiteral("Use Tolvane Mail Server"));
+    EXPECT_EQ(Load().field[kPrefMailServer], QStringLiteral("Use Tolvane Mail Server"));
+}
+
+TEST_F(PreferencesTest, TrackingIsWrittenAtOnceAsOnOrOff) {
+    SaveTracking(false);
+    EXPECT_EQ(Option(QStringLiteral("Track")), QStringLiteral("OFF"));
+    EXPECT_FALSE(Load().tracking);
+    SaveTracking(true);
+    EXPECT_EQ(Option(QStringLiteral("Track")), QStringLiteral("ON"));
+    EXPECT_TRUE(Load().tracking);
+}
+
+TEST_F(PreferencesTest, AUserWithoutASiteRowGetsOneOnUpdate) {
+    m_db->Exec(QStringLiteral("DELETE FROM UserSites"));
+    Preferences p = Filled();
+    Save(p);
+    EXPECT_EQ(SiteValue(QStringLiteral("UserID")).toString(), QStringLiteral("pat_o'sells"));
+    EXPECT_EQ(SiteValue(QStringLiteral("AuctionSiteFlag")).toInt(), 0);
+}
+
+// ------------------------------------------------------------------- new user
+
+TEST_F(PreferencesTest, ANewUserIsCheckedBeforeAnyRowIsWritten) {
+    struct Case {
+        core::NewUser user;
+        QString repeat;
+        QString mentions;
+    };
+    const QList<Case> cases = {
+        {{QStringLiteral("  "), QStringLiteral("id"), QStringLiteral("pw"),
+          QStringLiteral("a@b.c")},
+         QStringLiteral("pw"),
+         QStringLiteral("name")},
+        {{QStringLiteral("Sam"), QStringLiteral("id"), QStringLiteral("pw"),
+          QStringLiteral("a@b.c")},
+         QStringLiteral("pW"),
+         QStringLiteral("passwords do not match")},
+        {{QStringLiteral("Sam"), QStringLiteral("id"), QStringLiteral("pw"),
+          QStringLiteral("a@bc")},
+         QStringLiteral("pw"),
+         QStringLiteral("email Address Is Not Valid")},
+        {{QStringLiteral("Sam"), QStringLiteral("id"), QStringLiteral("pw"),
+          QStringLiteral("ab.c")},
+         QStringLiteral("pw"),
+         QStringLiteral("email Address Is Not Valid")},
+    };
+    for (const Case& c : cases) {
+        test::ScriptedUi ui;
+        EXPECT_FALSE(CreateNewUser(*m_db, c.user, c.repeat, ui));
+        ASSERT_EQ(ui.Messages().size(), 1);
+        EXPECT_TRUE(ui.Messages()[0].contains(c.mentions, Qt::CaseInsensitive))
+            << ui.Messages()[0].toStdString();
+    }
+    EXPECT_EQ(m_db->ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Users")), 1);
+}
+
+TEST_F(PreferencesTest, ANewUserBecomesTheOnlyDefault) {
+    const core::NewUser user{QStringLiteral("D'Arcy"), QStringLiteral("darcy_buys"),
+                             QStringLiteral("pw"), QStringLiteral("darcy@example.com")};
+    ASSERT_TRUE(CreateNewUser(*m_db, user, QStringLiteral("pw"), m_ui));
+    EXPECT_EQ(m_db->ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Users WHERE isDefault = 1 AND "
+                                             "UserName = 'D''Arcy'")),
+              1);
+    EXPECT_EQ(m_db->ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Users WHERE isDefault = 1")), 1);
+    EXPECT_EQ(m_db->ScalarInt(QStringLiteral(
+                  "SELECT COUNT(*) FROM UserSites WHERE UserName = 'D''Arcy' AND "
+                  "AuctionSiteFlag = 0 AND UserID = 'darcy_buys' AND UserPassword = 'pw'")),
+              1);
+    // The same name a second time is told, not written.
+    EXPECT_FALSE(CreateNewUser(*m_db, user, QStringLiteral("pw"), m_ui));
+    EXPECT_EQ(m_ui.Messages().size(), 1);
+    EXPECT_EQ(m_db->ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Users")), 2);
+}
+
+TEST_F(PreferencesTest, CancellingTheNewUserLeavesTheMarker) {
+    EXPECT_FALSE(core::NewUserCancelled());
+    ASSERT_TRUE(CancelNewUser());
+    EXPECT_TRUE(QFile::exists(m_root.File(QStringLiteral("Configs/nuwcancel.cfg"))));
+    EXPECT_TRUE(core::NewUserCancelled());
+}
+
+// ------------------------------------------------------------- tip of the day
+
+TEST_F(PreferencesTest, TheShippedTipsAreReadOneALine) {
+    const QStringList tips = LoadTips(TipFilePath());
+    EXPECT_GE(tips.size(), 25);
+    for (const QString& tip : tips) {
+        EXPECT_EQ(tip, tip.trimmed());
+        EXPECT_FALSE(tip.isEmpty());
+    }
+    const QString path = m_root.Write(QStringLiteral("tips.txt"), "first\r\n\r\n  second \n");
+    EXPECT_EQ(LoadTips(path), (QStringList{QStringLiteral("first"), QStringLiteral("second")}));
+    EXPECT_TRUE(LoadTips(m_root.File(QStringLiteral("none.txt"))).isEmpty());
+}
+
+TEST(Tips, ANextTipIsNeverTheOneOnScreen) {
+    QRandomGenerator random(42);
+    EXPECT_EQ(PickTip(0, -1, random), -1);
+    EXPECT_EQ(PickTip(1, 0, random), 0);
+    QList<int> seen(5, 0);
+    int current = 0;
+    for (int i = 0; i < 500; ++i) {
+        const int next = PickTip(5, current, random);
+        ASSERT_GE(next, 0);
+        ASSERT_LT(next, 5);
+        ASSERT_NE(next, current);
+        ++seen[next];
+        current = next;
+    }
+    for (int count : seen) {
+        EXPECT_GT(count, 50);  // every tip comes round
+    }
+}
+
+TEST_F(PreferencesTest, TipsShowAtStartupUnlessTheSettingIsZero) {
+    EXPECT_TRUE(ShowTipsAtStartup());
+    SetShowTipsAtStartup(false);
+    EXPECT_EQ(Option(QStringLiteral("Show Tips at Startup")), QStringLiteral("0"));
+    EXPECT_FALSE(ShowTipsAtStartup());
+    SetShowTipsAtStartup(true);
+    EXPECT_EQ(Option(QStringLiteral("Show Tips at Startup")), QStringLiteral("1"));
+    EXPECT_TRUE(ShowTipsAtStartup());
+}
+
+}  // namespace
