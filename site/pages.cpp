@@ -533,10 +533,8 @@ std::string SellFormPage(const Category& category, const Item* relist) {
         << Field("Description", "<textarea name=\"description\" rows=\"10\" cols=\"60\">" +
                                     Html(description) + "</textarea>")
         << Field("Picture URL", TextInput("pictureurl", 50))
-        << Field("Gallery",
-                 "<input type=\"checkbox\" name=\"gallery\" value=\"1\"> show in the "
-                 "gallery, picture " +
-                     TextInput("galleryurl", 40))
+        << Field("Gallery", TextInput("gallery", 2) + " (1: show in the gallery) picture " +
+                                TextInput("galleryurl", 40))
         << Field("Item location",
                  filled ? TextInput("location", 30, &location) : TextInput("location", 30))
         << Field("Region", TextInput("zip", 8) + " Country " + TextInput("country", 4))

@@ -711,3 +711,108 @@ TEST(SiteClock, AFasterClockEndsAuctionsWhileOneWatches) {
                   .body.find("<td class=\"left\">Ended</td>"),
               std::string::npos);
 }
+
+namespace {
+
+// The sections of a rule text: name to its key and value lines, as the
+// rule store reads them (a section ends at the first empty line).
+std::map<std::string, std::map<std::string, std::string>> RuleSections(const std::string& text) {
+    std::map<std::string, std::map<std::string, std::string>> sections;
+    std::string current;
+    size_t from = 0;
+    while (from < text.size()) {
+        size_t end = text.find("\r\n", from);
+        if (end == std::string::npos) {
+            end = text.size();
+        }
+        const std::string line = text.substr(from, end - from);
+        from = end + 2;
+        if (line.empty()) {
+            current.clear();
+        } else if (line.front() == '[' && line.back() == ']') {
+            current = line.substr(1, line.size() - 2);
+            sections[current];
+        } else if (!current.empty() && line.find('=') != std::string::npos) {
+            const size_t equals = line.find('=');
+            sections[current].emplace(line.substr(0, equals), line.substr(equals + 1));
+        }
+    }
+    return sections;
+}
+
+std::string ReadSource(const char* relative) {
+    return lw::test::ReadAll(lw::test::SourceDir() + QStringLiteral("/") +
+                             QString::fromUtf8(relative))
+        .toStdString();
+}
+
+}  // namespace
+
+TEST(SiteRules, ShippedCategoryFileIsTheSitesDirectory) {
+    QProcess print;
+    print.start(BinDir() + QStringLiteral("/lotwright-site"),
+                {QStringLiteral("--print-categories")});
+    ASSERT_TRUE(print.waitForFinished(30000));
+    const std::string printed = print.readAllStandardOutput().toStdString();
+    ASSERT_FALSE(printed.empty());
+    EXPECT_EQ(ReadSource("rules/category.pro"), printed);
+}
+
+// Every protocol of the shipped rules finds its markers on the page its
+// address names: the record part between GStart and Gend, and each item's
+// start marker (or the alternate one) inside it.
+TEST(SiteRules, ShippedProtocolMarkersStandOnTheSitesPages) {
+    Site site(SeedArgs(5));
+    ASSERT_SITE(site);
+    const std::string token = DemoToken(site);
+    ASSERT_FALSE(token.empty());
+    // A lot with several winners, so that the winner rows are there too.
+    std::string multi;
+    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+        if (row.at("bidder") == "Dutch Auction") {
+            multi = row.at("item");
+        }
+    }
+    ASSERT_FALSE(multi.empty());
+
+    const auto sections = RuleSections(ReadSource("rules/site.pro"));
+    int checked = 0;
+    for (const auto& [name, keys] : sections) {
+        if (!keys.count("GStart") || !keys.count("Url")) {
+            continue;
+        }
+        std::string url = keys.at("Url");
+        const std::string shipped = "http://127.0.0.1:8750";
+        ASSERT_EQ(url.rfind(shipped, 0), 0u) << name;
+        url = url.substr(shipped.size());
+        for (const auto& [macro, value] :
+             std::vector<std::pair<std::string, std::string>>{{"[USERID]", "demo_seller"},
+                                                              {"[PASSWORD]", token},
+                                                              {"[DAYS]", "30"},
+                                                              {"[SKIP]", "0"},
+                                                              {"[ItemNumber]", multi}}) {
+            for (size_t at = url.find(macro); at != std::string::npos; at = url.find(macro)) {
+                url.replace(at, macro.size(), value);
+            }
+        }
+        const std::string page = site.Get(url).body;
+        const size_t begin = page.find(keys.at("GStart"));
+        ASSERT_NE(begin, std::string::npos) << name << ": " << keys.at("GStart");
+        const size_t end = page.find(keys.at("Gend"), begin);
+        ASSERT_NE(end, std::string::npos) << name << ": " << keys.at("Gend");
+        const std::string part = page.substr(begin, end - begin);
+        const int items = std::stoi(keys.at("Items"));
+        for (int n = 1; n <= items; ++n) {
+            const std::string start = keys.at("Item" + std::to_string(n) + " Start");
+            const std::string alternate =
+                keys.count("Item" + std::to_string(n) + " AlternateStart")
+                    ? keys.at("Item" + std::to_string(n) + " AlternateStart")
+                    : start;
+            EXPECT_TRUE(part.find(start) != std::string::npos ||
+                        part.find(alternate) != std::string::npos)
+                << name << " item " << n << ": " << start;
+        }
+        ++checked;
+    }
+    EXPECT_GE(checked, 8 + 2 + 12) << "the run protocols, the item pages and the winner pages";
+}
