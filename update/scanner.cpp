@@ -311,14 +311,22 @@ PageScanner::RecordEnd PageScanner::ScanRecord(ScanState& state, ScanLists& list
     // so would all that follow, for ever: the page ends instead.
     if (m_selStart != m_seenAt) {
         m_seenAt = m_selStart;
-        m_seen.clear();
+        m_firstPrev = state.prevValue;
+        m_firstFallback = state.fallbackActive;
+        if (!m_seen.isEmpty()) {
+            m_seen.clear();
+        }
+    } else {
+        if (state.prevValue == m_firstPrev && state.fallbackActive == m_firstFallback) {
+            return RecordEnd::PageEnd;
+        }
+        const QString seenKey =
+            (state.fallbackActive ? QStringLiteral("1") : QStringLiteral("0")) + state.prevValue;
+        if (m_seen.contains(seenKey)) {
+            return RecordEnd::PageEnd;
+        }
+        m_seen.insert(seenKey);
     }
-    const QString seenKey =
-        (state.fallbackActive ? QStringLiteral("1") : QStringLiteral("0")) + state.prevValue;
-    if (m_seen.contains(seenKey)) {
-        return RecordEnd::PageEnd;
-    }
-    m_seen.insert(seenKey);
 
     const char* data = m_page->Bytes().constData();
     const bool details = hooks.view != nullptr && hooks.view->DetailsShown();

@@ -193,8 +193,11 @@ private:
     qsizetype m_end = 0;
     qsizetype m_selStart = 0;
     qsizetype m_selLength = 0;
-    // The states in which records started at the cursor's present position.
+    // The states in which records started at the cursor's present position:
+    // the first, and any further ones.
     qsizetype m_seenAt = -1;
+    QString m_firstPrev;
+    bool m_firstFallback = false;
     QSet<QString> m_seen;
 };
 

@@ -1,0 +1,416 @@
+// The record writer over a database made from the shipped schema: macros
+// put into the QueryString as quoted literals, the refusal of anything but
+// one SELECT over a table, update-or-insert on the first row found, the
+// field-by-field rules (unknown fields, refused values, conversions, extra
+// writes), and hostile values that change nothing but their own field.
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+#include <optional>
+#include <ostream>
+
+#include "core/session.h"
+#include "core/store.h"
+#include "tests/support/test_support.h"
+#include "update/protocol.h"
+#include "update/record_writer.h"
+#include "update/rules.h"
+
+using namespace lw::update;
+using lw::core::Database;
+using lw::test::ScriptedUi;
+using lw::test::SourceDir;
+using lw::test::TempRoot;
+
+static void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace {
+
+QStringList L(std::initializer_list<const char*> items) {
+    QStringList list;
+    for (const char* item : items) {
+        list << QString::fromUtf8(item);
+    }
+    return list;
+}
+
+ProtocolRecord Protocol(const QString& section, const QString& keys, bool ancillary = false) {
+    QString text = QStringLiteral("[") + section + QStringLiteral("]\n") + keys;
+    text.replace(u'\n', QStringLiteral("\r\n"));
+    RuleStore rules;
+    rules.SetText(kSiteStore, text + QStringLiteral("\r\n\r\n"));
+    return ancillary ? LoadAncillaryProtocol(rules, section) : LoadRunProtocol(rules, section);
+}
+
+ProtocolRecord Protocol(const char* keys) {
+    return Protocol(QStringLiteral("Current Auctions eBay"), QString::fromUtf8(keys));
+}
+
+class WriterTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        lw::core::ResetSession(&m_ui);
+        m_db.emplace(
+            lw::core::OpenOrCreateStore(m_root.File(QStringLiteral("Lotwright.db")), SourceDir()));
+        m_writer.emplace(*m_db, QStringLiteral("seller1"));
+    }
+
+    qint64 Count(const QString& sql) { return m_db->ScalarInt(sql); }
+
+    // One column of the Auctions rows of an item number, in rowid order.
+    QStringList Column(const QString& column, const QString& itemNumber) {
+        lw::core::Statement s = m_db->Prepare(QStringLiteral("SELECT \"") + column +
+                                              QStringLiteral("\" FROM Auctions WHERE ItemNumber "
+                                                             "= ? ORDER BY rowid"));
+        s.Bind(1, itemNumber);
+        QStringList out;
+        while (s.Step()) {
+            out << s.Text(0);
+        }
+        return out;
+    }
+
+    void AddAuction(const QString& item, const QString& title, const QString& user) {
+        m_db
+            ->Prepare(QStringLiteral(
+                "INSERT INTO Auctions (ItemNumber, ItemTitle, UserName) VALUES (?, ?, ?)"))
+            .BindAll(item, title, user)
+            .Run();
+    }
+
+    ScriptedUi m_ui;
+    TempRoot m_root;
+    std::optional<Database> m_db;
+    std::optional<RecordWriter> m_writer;
+};
+
+const char* kAuctions =
+    "Sitenumber=0\nQueryString=SELECT * FROM Auctions WHERE ItemNumber = '[1]' AND "
+    "UserName = 'seller1'\nItems=3\nItem1=ItemNumber\nItem2=ItemTitle\nItem3=HighBid";
+
+}  // namespace
+
+// ------------------------------------------------------------ building the query
+
+TEST(RecordWriterQuery, MacrosBecomeQuotedLiteralsEachOnceInOrder) {
+    EXPECT_EQ(BuildQuery(QStringLiteral("SELECT * FROM T WHERE a = [1] AND b = '[2]' OR c = [1]"),
+                         L({" x ", "y"}), {}),
+              QStringLiteral("SELECT * FROM T WHERE a = 'x' AND b = 'y' OR c = [1]"));
+    EXPECT_EQ(BuildQuery(QStringLiteral("SELECT * FROM T WHERE a = '[A2]' AND b = [A1]"), {},
+                         L({"one", "two"})),
+              QStringLiteral("SELECT * FROM T WHERE a = 'two' AND b = 'one'"));
+}
+
+TEST(RecordWriterQuery, AMacroWithNoValueOrNoPlaceLeavesTheTextAsItWas) {
+    EXPECT_EQ(BuildQuery(QStringLiteral("SELECT * FROM T WHERE a = '[3]'"), L({"a", "b"}), {}),
+              QStringLiteral("SELECT * FROM T WHERE a = '[3]'"));
+    EXPECT_EQ(BuildQuery(QStringLiteral("SELECT * FROM T"), L({"a"}), L({"b"})),
+              QStringLiteral("SELECT * FROM T"));
+}
+
+TEST(RecordWriterQuery, QuotesInValuesAreDoubledAndValuesAreNotSearchedForMacros) {
+    EXPECT_EQ(
+        BuildQuery(QStringLiteral("SELECT * FROM T WHERE a = '[1]' AND b = [2]"),
+                   L({"O'Brien", "'; DROP TABLE T; --"}), {}),
+        QStringLiteral("SELECT * FROM T WHERE a = 'O''Brien' AND b = '''; DROP TABLE T; --'"));
+    // The value of [1] holds "[2]": the query's own [2] is replaced.
+    EXPECT_EQ(BuildQuery(QStringLiteral("SELECT * FROM T WHERE a = '[1]' AND b = '[2]'"),
+                         L({"[2]", "two"}), {}),
+              QStringLiteral("SELECT * FROM T WHERE a = '[2]' AND b = 'two'"));
+}
+
+TEST(RecordWriterQuery, JetSpellingsBecomeSqlite) {
+    EXPECT_EQ(BuildQuery(QStringLiteral("SELECT * FROM T WHERE Left$ (a, 8) = '[1]' AND "
+                                        "b LIKE '*[2]?' AND c = \"[3]\" AND d = \"col\""),
+                         L({"06/07/00", "it's", "say \"hi\""}), {}),
+              QStringLiteral("SELECT * FROM T WHERE Left (a, 8) = '06/07/00' AND "
+                             "b LIKE '%it''s_' AND c = 'say \"hi\"' AND d = \"col\""));
+    // A "$" inside a literal is text.
+    EXPECT_EQ(BuildQuery(QStringLiteral("SELECT * FROM T WHERE a = 'Left$(x)'"), {}, {}),
+              QStringLiteral("SELECT * FROM T WHERE a = 'Left$(x)'"));
+}
+
+// ------------------------------------------------------------ finding the row
+
+TEST_F(WriterTest, OnlyOneSelectOverATableIsAccepted) {
+    AddAuction(QStringLiteral("1"), QStringLiteral("a"), QStringLiteral("seller1"));
+    const QString name = QStringLiteral("Current Auctions eBay");
+    const QString query = QStringLiteral("QueryString");
+    for (const char* sql :
+         {"DELETE FROM Auctions", "UPDATE Auctions SET ItemTitle = 'x'",
+          "SELECT * FROM Auctions; DELETE FROM Auctions", "SELECT 1",
+          "SELECT * FROM CurrentAuctions", "WITH x AS (SELECT 1) SELECT * FROM Auctions"}) {
+        try {
+            m_writer->Find(QString::fromUtf8(sql), name, query, 1);
+            ADD_FAILURE() << "accepted: " << sql;
+        } catch (const QueryError& e) {
+            EXPECT_TRUE(e.Message().contains(QStringLiteral("\"Current Auctions eBay\"")))
+                << e.Message().toStdString();
+            EXPECT_TRUE(e.Message().contains(query));
+        }
+    }
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 1);
+    EXPECT_THROW(m_writer->Find(QStringLiteral("SELECT * FROM Nowhere"), name, query, 1),
+                 QueryError);
+    EXPECT_THROW(m_writer->Find(QStringLiteral("SELECT * FROM Auctions WHERE ("), name, query, 1),
+                 QueryError);
+}
+
+TEST_F(WriterTest, TheRowsComeInTheQuerysOrderFromTheTableItNames) {
+    AddAuction(QStringLiteral("1"), QStringLiteral("b"), QStringLiteral("seller1"));
+    AddAuction(QStringLiteral("2"), QStringLiteral("a"), QStringLiteral("seller1"));
+    const QString name = QStringLiteral("P");
+    const QString key = QStringLiteral("QueryString");
+    auto found = m_writer->Find(
+        QStringLiteral("SELECT ItemTitle FROM [Auctions] AS x WHERE x.UserName = 'seller1' "
+                       "ORDER BY x.ItemTitle"),
+        name, key, 0);
+    EXPECT_EQ(found.table, QStringLiteral("Auctions"));
+    ASSERT_EQ(found.rowids.size(), 2u);
+    EXPECT_EQ(found.rowids[0], 2);
+    found = m_writer->Find(QStringLiteral("SELECT * FROM \"Auctions\" a INNER JOIN Users u ON "
+                                          "u.UserName = a.UserName"),
+                           name, key, 0);
+    EXPECT_TRUE(found.rowids.empty());
+    found = m_writer->Find(QStringLiteral("select * from Auctions where Left$(ItemTitle,1)='b'"),
+                           name, key, 1);
+    EXPECT_EQ(found.rowids, std::vector<qint64>{1});
+}
+
+// ------------------------------------------------------------ main records
+
+TEST_F(WriterTest, AnEmptyResultAddsARowThreeRowsUpdateTheFirstOnly) {
+    ScanLists lists;
+    lists.items = L({"100", "New title", "$5.00"});
+    EXPECT_EQ(m_writer->WriteMain(Protocol(kAuctions), lists), RecordWriter::Outcome::Written);
+    EXPECT_EQ(Column(QStringLiteral("ItemTitle"), QStringLiteral("100")), L({"New title"}));
+    EXPECT_EQ(Column(QStringLiteral("UserName"), QStringLiteral("100")), L({"seller1"}));
+    EXPECT_EQ(Column(QStringLiteral("AuctionSiteFlag"), QStringLiteral("100")), L({"0"}));
+    EXPECT_TRUE(lists.items.isEmpty());
+
+    // Three rows found (the unique key holds user, item and site: vary the site).
+    m_db->Exec(QStringLiteral(
+        "INSERT INTO Auctions (ItemNumber, ItemTitle, UserName, AuctionSiteFlag) VALUES "
+        "('200', 'one', 'seller1', 1), ('200', 'two', 'seller1', 2), "
+        "('200', 'three', 'seller1', 3)"));
+    lists.items = L({"200", "changed", "$1.00"});
+    const ProtocolRecord ordered = Protocol(
+        "Sitenumber=2\nQueryString=SELECT * FROM Auctions WHERE ItemNumber = '[1]' ORDER BY "
+        "ItemTitle DESC\nItems=3\nItem1=ItemNumber\nItem2=ItemTitle\nItem3=HighBid");
+    m_writer->WriteMain(ordered, lists);
+    // "two" is first in the query's order: it alone is written.
+    EXPECT_EQ(Column(QStringLiteral("ItemTitle"), QStringLiteral("200")),
+              L({"one", "changed", "three"}));
+    EXPECT_EQ(Column(QStringLiteral("HighBid"), QStringLiteral("200")), L({"", "$1.00", ""}));
+}
+
+TEST_F(WriterTest, AnItemWithoutAFieldFeedsItsMacroAndIsNotWritten) {
+    AddAuction(QStringLiteral("7"), QStringLiteral("old"), QStringLiteral("seller1"));
+    ScanLists lists;
+    lists.items = L({"7", "fresh"});
+    m_writer->WriteMain(Protocol("Sitenumber=0\nQueryString=SELECT * FROM Auctions WHERE "
+                                 "ItemNumber = '[1]'\nItems=2\nItem2=ItemTitle"),
+                        lists);
+    EXPECT_EQ(Column(QStringLiteral("ItemTitle"), QStringLiteral("7")), L({"fresh"}));
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 1);
+}
+
+TEST_F(WriterTest, ExtraWritesIncludesAndSkippedItems) {
+    ScanLists lists;
+    lists.items = L({"9", "--", " $3.00 "});
+    lists.includes = L({"ReserveBid"});
+    lists.includeValues = L({"met"});
+    m_writer->WriteMain(Protocol("Sitenumber=0\nQueryString=SELECT * FROM Auctions WHERE "
+                                 "ItemNumber = '[1]'\nItems=3\nItem1=ItemNumber\nItem2=ItemTitle\n"
+                                 "Item3=HighBid\nWriteFields=3\nWriteField1=MinimumBid\n"
+                                 "WriteField1 Value=3\nWriteField2=Quantity\nWriteField2 Value=A1\n"
+                                 "WriteField3=NumberBids\nWriteField3 Value=7"),
+                        lists);
+    EXPECT_EQ(Column(QStringLiteral("ItemTitle"), QStringLiteral("9")), L({"--"}));
+    EXPECT_EQ(Column(QStringLiteral("HighBid"), QStringLiteral("9")), L({"$3.00"}));
+    EXPECT_EQ(Column(QStringLiteral("ReserveBid"), QStringLiteral("9")), L({"met"}));
+    EXPECT_EQ(Column(QStringLiteral("MinimumBid"), QStringLiteral("9")), L({" $3.00"}));
+    // "A" sources and numbers past the list read as empty text.
+    EXPECT_EQ(Column(QStringLiteral("Quantity"), QStringLiteral("9")), L({""}));
+    EXPECT_EQ(Column(QStringLiteral("NumberBids"), QStringLiteral("9")), L({""}));
+}
+
+TEST_F(WriterTest, MissingWriteFieldsWriteNothingExtra) {
+    ScanLists lists;
+    lists.items = L({"11", "t", "$1"});
+    const ProtocolRecord p = Protocol(kAuctions);
+    EXPECT_TRUE(p.writes.empty());
+    m_writer->WriteMain(p, lists);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions WHERE ItemNumber = '11' AND "
+                                   "MinimumBid IS NULL AND Quantity IS NULL")),
+              1);
+}
+
+TEST_F(WriterTest, UnknownAndGeneratedFieldsAreLostAloneAndSoIsARefusedValue) {
+    ScanLists lists;
+    lists.items = L({"12", "kept", "$2.00", "x", "5"});
+    m_writer->WriteMain(Protocol("Sitenumber=0\nQueryString=SELECT * FROM Auctions WHERE "
+                                 "ItemNumber = '[1]'\nItems=5\nItem1=ItemNumber\nItem2=ItemTitle\n"
+                                 "Item3=HighBid\nItem4=NoSuchField\nItem5=HighBidNum"),
+                        lists);
+    EXPECT_EQ(Column(QStringLiteral("ItemTitle"), QStringLiteral("12")), L({"kept"}));
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions WHERE ItemNumber = '12' AND "
+                                   "HighBidNum = 2")),
+              1);
+
+    m_db->Exec(
+        QStringLiteral("CREATE TABLE Picky (Name TEXT CHECK (Name <> 'bad'), Note TEXT, "
+                       "UserName TEXT, AuctionSiteFlag INTEGER)"));
+    const ProtocolRecord picky =
+        Protocol(QStringLiteral("Picky"),
+                 QStringLiteral("Sitenumber=0\nQueryString=SELECT * FROM Picky WHERE Note = "
+                                "'[2]'\nItems=2\nItem1=Name\nItem2=Note"));
+    lists.items = L({"bad", "note one"});
+    m_writer->WriteMain(picky, lists);  // added: the refused name alone is lost
+    lists.items = L({"good", "note two"});
+    m_writer->WriteMain(picky, lists);
+    lists.items = L({"bad", "note two"});
+    m_writer->WriteMain(picky, lists);  // updated: the good name stays
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Picky")), 2);
+    EXPECT_EQ(
+        Count(QStringLiteral("SELECT COUNT(*) FROM Picky WHERE Note = 'note one' AND Name IS NULL "
+                             "AND UserName = 'seller1'")),
+        1);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Picky WHERE Note = 'note two' AND "
+                                   "Name = 'good'")),
+              1);
+}
+
+TEST_F(WriterTest, HostileValuesChangeNothingButTheirOwnField) {
+    AddAuction(QStringLiteral("other"), QStringLiteral("untouched"), QStringLiteral("seller1"));
+    const QString big(1024 * 1024, u'\u00e9');
+    for (const QString& title :
+         {QStringLiteral("'; DROP TABLE Auctions; --"), QStringLiteral("O'Brien's \"best\""),
+          QStringLiteral("' OR '1'='1"), big}) {
+        ScanLists lists;
+        lists.items = QStringList{title, title, QStringLiteral("$1")};
+        m_writer->WriteMain(Protocol("Sitenumber=0\nQueryString=SELECT * FROM Auctions WHERE "
+                                     "ItemNumber = '[1]' AND ItemTitle = [2]\nItems=3\n"
+                                     "Item1=ItemNumber\nItem2=ItemTitle\nItem3=HighBid"),
+                            lists);
+        EXPECT_EQ(Column(QStringLiteral("ItemTitle"), title), QStringList{title});
+    }
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 5);
+    EXPECT_EQ(Column(QStringLiteral("ItemTitle"), QStringLiteral("other")), L({"untouched"}));
+    // Written again, the same values find their rows.
+    ScanLists again;
+    again.items = L({"O'Brien's \"best\"", "O'Brien's \"best\"", "$2"});
+    m_writer->WriteMain(Protocol("Sitenumber=0\nQueryString=SELECT * FROM Auctions WHERE "
+                                 "ItemNumber = '[1]' AND ItemTitle = [2]\nItems=3\n"
+                                 "Item1=ItemNumber\nItem2=ItemTitle\nItem3=HighBid"),
+                        again);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 5);
+}
+
+TEST_F(WriterTest, ARefusedQueryWritesNothing) {
+    ScanLists lists;
+    lists.items = L({"1", "t", "$1"});
+    EXPECT_THROW(m_writer->WriteMain(Protocol("QueryString=DELETE FROM Auctions\nItems=3\n"
+                                              "Item1=ItemNumber"),
+                                     lists),
+                 QueryError);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 0);
+}
+
+TEST_F(WriterTest, DatesAreConvertedAndTheConvertedValueFeedsLaterWrites) {
+    ScanLists lists;
+    lists.items = L({"13", "Jun-07-00 12:04:00 PDT", "June 1, 2000"});
+    m_writer->WriteMain(Protocol("Sitenumber=0\nQueryString=SELECT * FROM Auctions WHERE "
+                                 "ItemNumber = '[1]'\nItems=3\nItem1=ItemNumber\nItem2=EndDate\n"
+                                 "Item3=StartDate\nWriteFields=1\nWriteField1=ShippingDate\n"
+                                 "WriteField1 Value=2"),
+                        lists);
+    EXPECT_EQ(Column(QStringLiteral("EndDate"), QStringLiteral("13")),
+              L({"06/07/00, 12:04:00 PST"}));
+    EXPECT_EQ(Column(QStringLiteral("StartDate"), QStringLiteral("13")), L({"06/01/00"}));
+    EXPECT_EQ(Column(QStringLiteral("ShippingDate"), QStringLiteral("13")),
+              L({"06/07/00, 12:04:00 PST"}));
+}
+
+TEST_F(WriterTest, CurrentTimeWritesOnlyAReadableSiteTime) {
+    const ProtocolRecord time =
+        Protocol(QStringLiteral("Current Time eBay"),
+                 QStringLiteral("Sitenumber=0\nQueryString=SELECT * FROM Global\nItems=1\n"
+                                "Item1=eBayTime"));
+    m_db->Exec(QStringLiteral("DELETE FROM Global; INSERT INTO Global (eBayTime) VALUES ('old')"));
+    ScanLists lists;
+    lists.items = L({"no time here"});
+    EXPECT_EQ(m_writer->WriteMain(time, lists), RecordWriter::Outcome::LeavePage);
+    lists.items = L({"Wednesday, June 07, 2000 12:04:00 PDT"});
+    EXPECT_EQ(m_writer->WriteMain(time, lists), RecordWriter::Outcome::Written);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Global WHERE eBayTime = "
+                                   "'Wednesday, June 07, 2000 12:04:00 PDT'")),
+              1);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Global")), 1);
+}
+
+// ------------------------------------------------------------ conversions
+
+TEST(RecordWriterDates, MainEndDateCutsTheZoneAndAlwaysEndsInPst) {
+    EXPECT_EQ(MainEndDate(QStringLiteral(" 06/07/00 12:04:00 PST ")),
+              QStringLiteral("06/07/00, 12:04:00 PST"));
+    EXPECT_EQ(MainEndDate(QStringLiteral("6/7/2000 12:04:00 PDT")),
+              QStringLiteral("06/07/00, 12:04:00 PST"));
+    // No blank: the whole value is formatted as date and time.
+    EXPECT_EQ(MainEndDate(QStringLiteral("2000-06-07")), QStringLiteral("06/07/00, 00:00:00 PST"));
+    // Not a date: it passes the formatter unchanged.
+    EXPECT_EQ(MainEndDate(QStringLiteral("n/a")), QStringLiteral("n/a PST"));
+    EXPECT_EQ(MainEndDate(QStringLiteral("soon today")), QStringLiteral("soon, today PST"));
+}
+
+TEST(RecordWriterDates, AncillaryDatesCutWithoutTesting) {
+    EXPECT_EQ(AncillaryEndDate(QStringLiteral("Jun-07-00 12:04:00 PST")),
+              QStringLiteral("06/07/00, 12:04:00 PST"));
+    // The last four characters go whatever they are.
+    EXPECT_EQ(AncillaryEndDate(QStringLiteral("06/07/00")), QStringLiteral("06/0 PST"));
+    EXPECT_EQ(AncillaryStartDate(QStringLiteral(" Jun-07-00 12:04:00 PST")),
+              QStringLiteral("06/07/00"));
+    EXPECT_EQ(MainStartDate(QStringLiteral("Jun-07-00 12:04:00")), QStringLiteral("06/07/00"));
+}
+
+// ------------------------------------------------------------ ancillary records
+
+TEST_F(WriterTest, AncillaryRecordsTakeMainAndAncillarySourcesAndConvertEndDateWrites) {
+    AddAuction(QStringLiteral("21"), QStringLiteral("t"), QStringLiteral("seller1"));
+    const ProtocolRecord details = Protocol(
+        QStringLiteral("Auction Details eBay"),
+        QStringLiteral("SiteNumber=0\nQueryString=SELECT * FROM Auctions WHERE ItemNumber = "
+                       "'[1]'\nItems=3\nItem1=HighBidderName\nItem2=StartDate\nWriteFields=2\n"
+                       "WriteField1=EndDate\nWriteFieldValue1=A3\nWriteField2=ItemCategory\n"
+                       "WriteFieldValue2=2"),
+        true);
+    ScanLists lists;
+    lists.items = L({"21", "Toys: Dolls"});
+    lists.ancillaryItems = L({"bidder'1", "Jun-07-00 12:04:00 PST", "Jun-08-00 10:00:00 PDT"});
+    m_writer->WriteAncillary(details, lists);
+    EXPECT_EQ(Column(QStringLiteral("HighBidderName"), QStringLiteral("21")), L({"bidder'1"}));
+    EXPECT_EQ(Column(QStringLiteral("StartDate"), QStringLiteral("21")), L({"06/07/00"}));
+    // An item with no field still feeds a write, converted as an end date.
+    EXPECT_EQ(Column(QStringLiteral("EndDate"), QStringLiteral("21")),
+              L({"06/08/00, 10:00:00 PST"}));
+    EXPECT_EQ(Column(QStringLiteral("ItemCategory"), QStringLiteral("21")), L({"Toys: Dolls"}));
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 1);
+}
+
+TEST_F(WriterTest, DeleteBeforeWriteDeletesTheRowsTheQueryFinds) {
+    m_db->Exec(QStringLiteral(
+        "INSERT INTO Dutch (ItemNumber, UserName) VALUES ('5', 'seller1'), ('5', 'seller1'), "
+        "('6', 'seller1')"));
+    const ProtocolRecord winners = Protocol(
+        QStringLiteral("Dutch Winners eBay"),
+        QStringLiteral("DeleteBeforeWrite=True\nDeleteQuery=SELECT * FROM Dutch WHERE ItemNumber "
+                       "= '[1]'"),
+        true);
+    ScanLists lists;
+    lists.items = L({"5"});
+    m_writer->DeleteFoundRows(winners, lists);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Dutch WHERE ItemNumber = '5'")), 0);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Dutch")), 1);
+}

@@ -1,0 +1,712 @@
+// The record writer. How the row is found: the built QueryString must be one
+// statement, a SELECT that only reads; the first table named behind its
+// first FROM (outside brackets) is the table written, and the same query with
+// its result columns replaced by that table's rowid gives the rows, in the
+// query's own order. So "SELECT * FROM Auctions WHERE ..." (any columns, any
+// WHERE and ORDER BY, joins too) works as the rule files write it, and the
+// row that the query finds first is the row written. A query over a view is
+// refused: a view's rows have no rowid to write back to.
+//
+// Writing: the writes of a record are collected in their order and applied
+// as one UPDATE (or INSERT) with bound values; when the table refuses that,
+// they are applied again one field at a time so that only the refused field is
+// lost. Fields the table lacks, and generated columns, are passed over.
+#include "update/record_writer.h"
+
+#include <sqlite3.h>
+
+#include <QVariant>
+
+#include "core/text.h"
+#include "update/rules.h"
+
+namespace lw::update {
+
+using core::Database;
+using core::StoreError;
+
+namespace {
+
+const QString kCurrentTime = QStringLiteral("Current Time eBay");
+const QString kEndDate = QStringLiteral("EndDate");
+const QString kStartDate = QStringLiteral("StartDate");
+const QString kPst = QStringLiteral(" PST");
+
+// VB's Trim: blanks only, not tabs or line ends.
+QString TrimBlanks(const QString& text) {
+    qsizetype first = 0;
+    qsizetype last = text.size();
+    while (first < last && text[first] == u' ') {
+        ++first;
+    }
+    while (last > first && text[last - 1] == u' ') {
+        --last;
+    }
+    return (first == 0 && last == text.size()) ? text : text.mid(first, last - first);
+}
+
+QString QuoteIdentifier(const QString& name) {
+    return QStringLiteral("\"") + QString(name).replace(u'"', QStringLiteral("\"\"")) +
+           QStringLiteral("\"");
+}
+
+bool IsWordStart(QChar c) {
+    return c.isLetter() || c == u'_';
+}
+
+bool IsWordChar(QChar c) {
+    return c.isLetterOrNumber() || c == u'_' || c == u'$';
+}
+
+// "[12]" or "[A3]" with the brackets.
+bool IsMacro(QStringView bracketed) {
+    if (bracketed.size() < 3 || bracketed.front() != u'[' || bracketed.back() != u']') {
+        return false;
+    }
+    QStringView inner = bracketed.mid(1, bracketed.size() - 2);
+    if (inner.startsWith(u'A')) {
+        inner = inner.mid(1);
+    }
+    if (inner.isEmpty()) {
+        return false;
+    }
+    for (const QChar c : inner) {
+        if (!c.isDigit()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool HoldsMacro(QStringView text) {
+    for (qsizetype open = text.indexOf(u'['); open >= 0; open = text.indexOf(u'[', open + 1)) {
+        const qsizetype close = text.indexOf(u']', open);
+        if (close < 0) {
+            return false;
+        }
+        if (IsMacro(text.mid(open, close - open + 1))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The end (exclusive) of a quoted run that starts at `open` with quote q,
+// where a doubled quote stands for one; the text's end when unterminated.
+qsizetype QuotedEnd(const QString& text, qsizetype open, QChar q, bool* closed = nullptr) {
+    qsizetype j = open + 1;
+    while (j < text.size()) {
+        if (text[j] == q) {
+            if (j + 1 < text.size() && text[j + 1] == q) {
+                j += 2;
+                continue;
+            }
+            if (closed != nullptr) {
+                *closed = true;
+            }
+            return j + 1;
+        }
+        ++j;
+    }
+    if (closed != nullptr) {
+        *closed = false;
+    }
+    return text.size();
+}
+
+qsizetype CommentEnd(const QString& text, qsizetype i) {
+    if (text[i] == u'-') {
+        const qsizetype eol = text.indexOf(u'\n', i);
+        return eol < 0 ? text.size() : eol + 1;
+    }
+    const qsizetype close = text.indexOf(QStringLiteral("*/"), i + 2);
+    return close < 0 ? text.size() : close + 2;
+}
+
+bool CommentAt(const QString& text, qsizetype i) {
+    return i + 1 < text.size() &&
+           ((text[i] == u'-' && text[i + 1] == u'-') || (text[i] == u'/' && text[i + 1] == u'*'));
+}
+
+// The query text with the Jet spellings made SQLite's, and for each character
+// whether it stands inside a single-quoted literal.
+struct Translated {
+    QString text;
+    std::vector<bool> literal;
+
+    void Add(QStringView part, bool inLiteral) {
+        text += part;
+        literal.insert(literal.end(), static_cast<size_t>(part.size()), inLiteral);
+    }
+};
+
+Translated TranslateJet(const QString& query) {
+    Translated out;
+    out.text.reserve(query.size());
+    bool afterLike = false;
+    qsizetype i = 0;
+    while (i < query.size()) {
+        const QChar c = query[i];
+        bool closed = false;
+        const qsizetype quoted = (c == u'\'' || c == u'"') ? QuotedEnd(query, i, c, &closed) : i;
+        if (c == u'\'' || (c == u'"' && HoldsMacro(QStringView(query).mid(i, quoted - i)))) {
+            QString body = query.mid(i + 1, quoted - i - (closed ? 2 : 1));
+            if (c == u'"') {
+                // Jet reads a double-quoted text as a string: so is it here.
+                body.replace(QStringLiteral("\"\""), QStringLiteral("\""));
+                body.replace(u'\'', QStringLiteral("''"));
+            }
+            if (afterLike) {
+                body.replace(u'*', u'%').replace(u'?', u'_');
+            }
+            out.Add(u"'", false);
+            out.Add(body, true);
+            if (closed) {
+                out.Add(u"'", false);
+            }
+            i = quoted;
+            afterLike = false;
+        } else if (c == u'"' || c == u'`') {
+            const qsizetype end = QuotedEnd(query, i, c);
+            out.Add(QStringView(query).mid(i, end - i), false);
+            i = end;
+            afterLike = false;
+        } else if (c == u'[') {
+            const qsizetype close = query.indexOf(u']', i);
+            const qsizetype end = close < 0 ? query.size() : close + 1;
+            out.Add(QStringView(query).mid(i, end - i), false);
+            i = end;
+            afterLike = false;
+        } else if (CommentAt(query, i)) {
+            const qsizetype end = CommentEnd(query, i);
+            out.Add(QStringView(query).mid(i, end - i), false);
+            i = end;
+        } else if (IsWordStart(c)) {
+            qsizetype end = i + 1;
+            while (end < query.size() && IsWordChar(query[end])) {
+                ++end;
+            }
+            QStringView word = QStringView(query).mid(i, end - i);
+            if (word.endsWith(u'$')) {
+                qsizetype next = end;
+                while (next < query.size() && query[next].isSpace()) {
+                    ++next;
+                }
+                if (next < query.size() && query[next] == u'(') {
+                    word.chop(1);  // Left$( is Left(
+                }
+            }
+            out.Add(word, false);
+            afterLike = word.compare(u"like", Qt::CaseInsensitive) == 0;
+            i = end;
+        } else {
+            out.Add(QStringView(query).mid(i, 1), false);
+            if (!c.isSpace()) {
+                afterLike = false;
+            }
+            ++i;
+        }
+    }
+    return out;
+}
+
+// ------------------------------------------------------------------ tokens
+
+struct Token {
+    enum class Kind { Word, Literal, Name, Punct };
+    Kind kind;
+    qsizetype start;
+    qsizetype end;
+    int depth;  // parentheses open before it
+};
+
+std::vector<Token> Tokens(const QString& sql) {
+    std::vector<Token> tokens;
+    int depth = 0;
+    qsizetype i = 0;
+    while (i < sql.size()) {
+        const QChar c = sql[i];
+        if (c.isSpace()) {
+            ++i;
+        } else if (CommentAt(sql, i)) {
+            i = CommentEnd(sql, i);
+        } else if (c == u'\'') {
+            const qsizetype end = QuotedEnd(sql, i, c);
+            tokens.push_back({Token::Kind::Literal, i, end, depth});
+            i = end;
+        } else if (c == u'"' || c == u'`') {
+            const qsizetype end = QuotedEnd(sql, i, c);
+            tokens.push_back({Token::Kind::Name, i, end, depth});
+            i = end;
+        } else if (c == u'[') {
+            const qsizetype close = sql.indexOf(u']', i);
+            const qsizetype end = close < 0 ? sql.size() : close + 1;
+            tokens.push_back({Token::Kind::Name, i, end, depth});
+            i = end;
+        } else if (IsWordStart(c)) {
+            qsizetype end = i + 1;
+            while (end < sql.size() && IsWordChar(sql[end])) {
+                ++end;
+            }
+            tokens.push_back({Token::Kind::Word, i, end, depth});
+            i = end;
+        } else {
+            if (c == u'(') {
+                tokens.push_back({Token::Kind::Punct, i, i + 1, depth});
+                ++depth;
+            } else if (c == u')') {
+                depth = depth > 0 ? depth - 1 : 0;
+                tokens.push_back({Token::Kind::Punct, i, i + 1, depth});
+            } else {
+                tokens.push_back({Token::Kind::Punct, i, i + 1, depth});
+            }
+            ++i;
+        }
+    }
+    return tokens;
+}
+
+QStringView TokenText(const QString& sql, const Token& token) {
+    return QStringView(sql).mid(token.start, token.end - token.start);
+}
+
+bool IsWord(const QString& sql, const Token& token, const char16_t* word) {
+    return token.kind == Token::Kind::Word &&
+           TokenText(sql, token).compare(QStringView(word), Qt::CaseInsensitive) == 0;
+}
+
+// A quoted or bracketed name without its quotes.
+QString Unquoted(QStringView name) {
+    if (name.size() >= 2 && name.front() == u'[' && name.back() == u']') {
+        return name.mid(1, name.size() - 2).toString();
+    }
+    if (name.size() >= 2 && (name.front() == u'"' || name.front() == u'`') &&
+        name.back() == name.front()) {
+        const QString quote(name.front());
+        return name.mid(1, name.size() - 2).toString().replace(quote + quote, quote);
+    }
+    return name.toString();
+}
+
+// Words that end a table name where an alias could stand.
+bool IsClauseWord(QStringView word) {
+    static const char16_t* const kWords[] = {
+        u"where",     u"order",   u"group", u"limit",  u"inner",  u"left",    u"right",
+        u"full",      u"cross",   u"join",  u"on",     u"using",  u"union",   u"except",
+        u"intersect", u"natural", u"outer", u"having", u"window", u"indexed", u"not"};
+    for (const char16_t* w : kWords) {
+        if (word.compare(QStringView(w), Qt::CaseInsensitive) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+QString Refusal(const QString& protocol, const QString& key, const QString& why) {
+    return QStringLiteral("The ") + key + QStringLiteral(" of protocol \"") + protocol +
+           QStringLiteral("\" was refused: ") + why;
+}
+
+QString SourceValue(const QString& source, const QStringList& items,
+                    const QStringList& ancillaryItems) {
+    const bool ancillary = source.startsWith(u'A');
+    const QStringList& list = ancillary ? ancillaryItems : items;
+    const double number = core::Val(ancillary ? QStringView(source).mid(1) : QStringView(source));
+    if (!(number >= 1 && number <= static_cast<double>(list.size()))) {
+        return QString();
+    }
+    return list[static_cast<qsizetype>(number) - 1];
+}
+
+}  // namespace
+
+// ------------------------------------------------------------------ queries
+
+QueryError::QueryError(const QString& message)
+    : std::runtime_error(message.toStdString()), m_message(message) {}
+
+QString QueryErrorTitle() {
+    return QStringLiteral("Protocol Error");
+}
+
+QString BuildQuery(const QString& queryString, const QStringList& items,
+                   const QStringList& ancillaryItems) {
+    const Translated query = TranslateJet(queryString);
+
+    // Where each macro goes, found in the query's own text only.
+    struct Fill {
+        qsizetype pos;
+        qsizetype length;
+        QString text;
+    };
+    std::vector<Fill> fills;
+    auto place = [&](const QString& macro, const QString& value) {
+        const qsizetype pos = query.text.indexOf(macro);
+        if (pos < 0) {
+            return;
+        }
+        const QString doubled = TrimBlanks(value).replace(u'\'', QStringLiteral("''"));
+        fills.push_back({pos, macro.size(),
+                         query.literal[static_cast<size_t>(pos)]
+                             ? doubled
+                             : QString(QStringLiteral("'") + doubled + QStringLiteral("'"))});
+    };
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        place(QStringLiteral("[") + QString::number(i + 1) + QStringLiteral("]"), items[i]);
+    }
+    for (qsizetype i = 0; i < ancillaryItems.size(); ++i) {
+        place(QStringLiteral("[A") + QString::number(i + 1) + QStringLiteral("]"),
+              ancillaryItems[i]);
+    }
+    std::sort(fills.begin(), fills.end(),
+              [](const Fill& a, const Fill& b) { return a.pos < b.pos; });
+    QString built;
+    qsizetype at = 0;
+    for (const Fill& fill : fills) {
+        built += QStringView(query.text).mid(at, fill.pos - at);
+        built += fill.text;
+        at = fill.pos + fill.length;
+    }
+    built += QStringView(query.text).mid(at);
+    return built;
+}
+
+QString BuildQuery(const ProtocolRecord& protocol, const ScanLists& lists) {
+    return BuildQuery(protocol.queryString, lists.items, lists.ancillaryItems);
+}
+
+QString BuildAncillaryQuery(const QString& query, const ScanLists& lists) {
+    return BuildQuery(query, lists.items, lists.ancillaryItems);
+}
+
+// ------------------------------------------------------------------ dates
+
+QString MainEndDate(const QString& value) {
+    QString text = TrimBlanks(value);
+    if (text.endsWith(QStringLiteral("PST")) || text.endsWith(QStringLiteral("PDT"))) {
+        text = TrimBlanks(text.left(std::max<qsizetype>(text.size() - 4, 0)));
+    }
+    const qsizetype blank = text.indexOf(u' ');
+    if (blank >= 0) {
+        const QString time = TrimBlanks(text.mid(blank + 1));
+        return core::Format(text.left(blank), QStringLiteral("mm/dd/yy")) + QStringLiteral(", ") +
+               time + kPst;
+    }
+    return core::Format(text, QStringLiteral("mm/dd/yy, hh:mm:ss")) + kPst;
+}
+
+QString MainStartDate(const QString& value) {
+    return core::Format(TrimBlanks(value), QStringLiteral("mm/dd/yy"));
+}
+
+QString AncillaryEndDate(const QString& value) {
+    const QString cut = value.left(std::max<qsizetype>(value.size() - 4, 0));
+    return core::Format(TrimBlanks(cut), QStringLiteral("mm/dd/yy, hh:mm:ss")) + kPst;
+}
+
+QString AncillaryStartDate(const QString& value) {
+    QString text = TrimBlanks(value);
+    const qsizetype blank = text.indexOf(u' ', 1);
+    if (blank >= 1) {
+        text = TrimBlanks(text.left(blank));
+    }
+    return core::Format(text, QStringLiteral("mm/dd/yy"));
+}
+
+// ------------------------------------------------------------------ writer
+
+RecordWriter::RecordWriter(Database& db, QString userName)
+    : m_db(db), m_userName(std::move(userName)) {}
+
+bool RecordWriter::FirstErrorOf(const QString& protocolName) {
+    if (m_told.contains(protocolName)) {
+        return false;
+    }
+    m_told.insert(protocolName);
+    return true;
+}
+
+RecordWriter::FoundRows RecordWriter::Find(const QString& sql, const QString& protocolName,
+                                           const QString& key, int limit) {
+    const QString single = QStringLiteral("only one SELECT statement may choose the row to write.");
+    const std::vector<Token> tokens = Tokens(sql);
+    if (tokens.empty() || !IsWord(sql, tokens.front(), u"select")) {
+        throw QueryError(Refusal(protocolName, key, single));
+    }
+    try {
+        const core::Statement check = m_db.PrepareSingle(sql);
+        if (!check.IsReadOnly()) {
+            throw QueryError(Refusal(protocolName, key, single));
+        }
+    } catch (const StoreError& e) {
+        if (e.Code() == SQLITE_MISUSE) {
+            throw QueryError(Refusal(protocolName, key, single));
+        }
+        throw QueryError(QStringLiteral("The ") + key + QStringLiteral(" of protocol \"") +
+                         protocolName + QStringLiteral("\" could not be opened: ") + e.Message());
+    }
+
+    // The first FROM outside brackets, and the table behind it.
+    size_t from = 0;
+    while (from < tokens.size() &&
+           !(tokens[from].depth == 0 && IsWord(sql, tokens[from], u"from"))) {
+        ++from;
+    }
+    size_t name = from + 1;
+    if (name >= tokens.size() ||
+        (tokens[name].kind != Token::Kind::Word && tokens[name].kind != Token::Kind::Name)) {
+        throw QueryError(
+            Refusal(protocolName, key, QStringLiteral("it must read its rows from a table.")));
+    }
+    // schema.table
+    if (name + 2 < tokens.size() && TokenText(sql, tokens[name + 1]) == u"." &&
+        (tokens[name + 2].kind == Token::Kind::Word ||
+         tokens[name + 2].kind == Token::Kind::Name)) {
+        name += 2;
+    }
+    const QString table = Unquoted(TokenText(sql, tokens[name]));
+    QString qualifier = QStringView(sql)
+                            .mid(tokens[from + 1].start, tokens[name].end - tokens[from + 1].start)
+                            .toString();
+    size_t alias = name + 1;
+    if (alias < tokens.size() && IsWord(sql, tokens[alias], u"as")) {
+        ++alias;
+    }
+    if (alias < tokens.size() && ((tokens[alias].kind == Token::Kind::Word &&
+                                   !IsClauseWord(TokenText(sql, tokens[alias]))) ||
+                                  tokens[alias].kind == Token::Kind::Name)) {
+        qualifier = TokenText(sql, tokens[alias]).toString();
+    }
+
+    QString type;
+    {
+        core::Statement schema = m_db.Prepare(QStringLiteral(
+            "SELECT type FROM sqlite_schema WHERE name = ? COLLATE NOCASE AND type IN "
+            "('table', 'view') ORDER BY type = 'table' DESC LIMIT 1"));
+        schema.Bind(1, table);
+        if (schema.Step()) {
+            type = schema.Text(0);
+        }
+    }
+    if (type != u"table") {
+        throw QueryError(Refusal(protocolName, key,
+                                 QStringLiteral("it reads \"") + table +
+                                     QStringLiteral("\", which is not a table of the database.")));
+    }
+
+    FoundRows found;
+    found.table = table;
+    const QString rowSql = QStringLiteral("SELECT ") + qualifier + QStringLiteral(".rowid ") +
+                           QStringView(sql).mid(tokens[from].start);
+    try {
+        core::Statement rows = m_db.PrepareSingle(rowSql);
+        while (rows.Step()) {
+            found.rowids.push_back(rows.Value(0).toLongLong());
+            if (limit > 0 && static_cast<int>(found.rowids.size()) >= limit) {
+                break;
+            }
+        }
+    } catch (const StoreError& e) {
+        throw QueryError(QStringLiteral("The ") + key + QStringLiteral(" of protocol \"") +
+                         protocolName + QStringLiteral("\" could not be opened: ") + e.Message());
+    }
+    return found;
+}
+
+const RecordWriter::TableColumns& RecordWriter::ColumnsOf(const QString& table) {
+    const QString key = table.toLower();
+    auto it = m_tables.find(key);
+    if (it != m_tables.end()) {
+        return *it;
+    }
+    TableColumns columns;
+    columns.table = table;
+    core::Statement info =
+        m_db.Prepare(QStringLiteral("SELECT name, hidden FROM pragma_table_xinfo(?)"));
+    info.Bind(1, table);
+    while (info.Step()) {
+        // hidden: 0 a plain column, 1 hidden (virtual tables), 2 and 3 generated.
+        if (info.Value(1).toInt() == 0) {
+            const QString column = info.Text(0);
+            columns.byLower.insert(column.toLower(), column);
+        }
+    }
+    return *m_tables.insert(key, columns);
+}
+
+void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
+                         const Writes& writes) {
+    const TableColumns& columns = ColumnsOf(table);
+    // Only the fields the table has; the last write of a field wins.
+    Writes known;
+    QHash<QString, size_t> slot;
+    Writes inOrder;
+    for (const auto& [field, value] : writes) {
+        const auto it = columns.byLower.constFind(field.toLower());
+        if (it == columns.byLower.constEnd()) {
+            continue;
+        }
+        inOrder.emplace_back(*it, value);
+        const auto s = slot.constFind(*it);
+        if (s == slot.constEnd()) {
+            slot.insert(*it, known.size());
+            known.emplace_back(*it, value);
+        } else {
+            known[*s].second = value;
+        }
+    }
+    const QString quotedTable = QuoteIdentifier(table);
+
+    qint64 rowid = found.empty() ? -1 : found.front();
+    if (rowid < 0 && !known.empty()) {
+        QString names;
+        QString marks;
+        for (size_t i = 0; i < known.size(); ++i) {
+            names += (i ? QStringLiteral(", ") : QString()) + QuoteIdentifier(known[i].first);
+            marks += i ? QStringLiteral(", ?") : QStringLiteral("?");
+        }
+        try {
+            core::Statement insert =
+                m_db.Prepare(QStringLiteral("INSERT INTO ") + quotedTable + QStringLiteral(" (") +
+                             names + QStringLiteral(") VALUES (") + marks + QStringLiteral(")"));
+            for (size_t i = 0; i < known.size(); ++i) {
+                insert.Bind(static_cast<int>(i + 1), known[i].second);
+            }
+            insert.Run();
+            return;
+        } catch (const StoreError&) {
+            // A refused value: the row is added, then filled field by field.
+        }
+    }
+    if (rowid < 0) {
+        m_db.Prepare(QStringLiteral("INSERT INTO ") + quotedTable +
+                     QStringLiteral(" DEFAULT VALUES"))
+            .Run();
+        rowid = m_db.LastInsertId();
+    }
+    if (known.empty()) {
+        return;
+    }
+    if (!found.empty()) {
+        QString sets;
+        for (size_t i = 0; i < known.size(); ++i) {
+            sets += (i ? QStringLiteral(", ") : QString()) + QuoteIdentifier(known[i].first) +
+                    QStringLiteral(" = ?");
+        }
+        try {
+            core::Statement update =
+                m_db.Prepare(QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") +
+                             sets + QStringLiteral(" WHERE rowid = ?"));
+            int index = 1;
+            for (const auto& write : known) {
+                update.Bind(index++, write.second);
+            }
+            update.Bind(index, rowid);
+            update.Run();
+            return;
+        } catch (const StoreError&) {
+            // Field by field below.
+        }
+    }
+    for (const auto& [column, value] : inOrder) {
+        try {
+            m_db.Prepare(QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") +
+                         QuoteIdentifier(column) + QStringLiteral(" = ? WHERE rowid = ?"))
+                .Bind(1, value)
+                .Bind(2, rowid)
+                .Run();
+        } catch (const StoreError&) {
+            // This field is lost; the others are written.
+        }
+    }
+}
+
+RecordWriter::Outcome RecordWriter::WriteMain(const ProtocolRecord& protocol, ScanLists& lists) {
+    const FoundRows found =
+        Find(BuildQuery(protocol, lists), protocol.section, QStringLiteral("QueryString"), 1);
+
+    if (protocol.section == kCurrentTime) {
+        const QString first = lists.items.isEmpty() ? QString() : lists.items.front();
+        if (core::SiteTimeDifference(first) == u"0") {
+            return Outcome::LeavePage;
+        }
+    }
+
+    Writes writes;
+    for (qsizetype i = 0; i < lists.items.size(); ++i) {
+        const QString field = static_cast<size_t>(i) < protocol.items.size()
+                                  ? protocol.items[static_cast<size_t>(i)].field
+                                  : RuleError();
+        if (field == RuleError()) {
+            continue;
+        }
+        if (field == kEndDate) {
+            lists.items[i] = MainEndDate(lists.items[i]);
+        } else if (field == kStartDate) {
+            lists.items[i] = MainStartDate(lists.items[i]);
+        }
+        writes.emplace_back(field, TrimBlanks(lists.items[i]));
+    }
+    for (qsizetype i = 0; i < lists.includes.size() && i < lists.includeValues.size(); ++i) {
+        writes.emplace_back(lists.includes[i], lists.includeValues[i]);
+    }
+    writes.emplace_back(QStringLiteral("UserName"), m_userName);
+    writes.emplace_back(QStringLiteral("AuctionSiteFlag"), protocol.siteNumber);
+    for (const WriteRule& write : protocol.writes) {
+        writes.emplace_back(write.field,
+                            SourceValue(write.source, lists.items, lists.ancillaryItems));
+    }
+    Apply(found.table, found.rowids, writes);
+    lists.ClearRecord();
+    return Outcome::Written;
+}
+
+void RecordWriter::WriteAncillary(const ProtocolRecord& protocol, const ScanLists& lists) {
+    const FoundRows found = Find(BuildAncillaryQuery(protocol.queryString, lists), protocol.section,
+                                 QStringLiteral("QueryString"), 1);
+
+    QStringList items = lists.ancillaryItems;
+    Writes writes;
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        const QString field = static_cast<size_t>(i) < protocol.items.size()
+                                  ? protocol.items[static_cast<size_t>(i)].field
+                                  : RuleError();
+        if (field == RuleError()) {
+            continue;
+        }
+        if (field == kEndDate) {
+            items[i] = AncillaryEndDate(items[i]);
+        } else if (field == kStartDate) {
+            items[i] = AncillaryStartDate(items[i]);
+        }
+        writes.emplace_back(field, TrimBlanks(items[i]));
+    }
+    for (const WriteRule& write : protocol.writes) {
+        QString value = SourceValue(write.source, lists.items, items);
+        if (write.field == kEndDate) {
+            value = AncillaryEndDate(value);
+        }
+        writes.emplace_back(write.field, value);
+    }
+    writes.emplace_back(QStringLiteral("UserName"), m_userName);
+    writes.emplace_back(QStringLiteral("AuctionSiteFlag"), protocol.siteNumber);
+    Apply(found.table, found.rowids, writes);
+}
+
+void RecordWriter::DeleteFoundRows(const ProtocolRecord& protocol, const ScanLists& lists) {
+    const FoundRows found = Find(BuildAncillaryQuery(protocol.deleteQuery, lists), protocol.section,
+                                 QStringLiteral("DeleteQuery"), 0);
+    if (found.rowids.empty()) {
+        return;
+    }
+    core::Statement remove =
+        m_db.Prepare(QStringLiteral("DELETE FROM ") + QuoteIdentifier(found.table) +
+                     QStringLiteral(" WHERE rowid = ?"));
+    for (const qint64 rowid : found.rowids) {
+        remove.Bind(1, rowid);
+        remove.Run();
+        remove.Reset();
+    }
+}
+
+}  // namespace lw::update

@@ -1,0 +1,107 @@
+// The record writer: turns one scanned record into one row of a table. The
+// table and the row are chosen only by the protocol's QueryString, a SELECT
+// with the macros [1], [A1], ...; the first row it finds is updated, else a
+// row is added. Every value is bound; macro values enter the query only as
+// quoted string literals. A field the table lacks, or a value the table
+// refuses, loses only that field. The writer never commits: the run does.
+#pragma once
+
+#include <QHash>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include "core/store.h"
+#include "update/protocol.h"
+#include "update/scanner.h"
+
+namespace lw::update {
+
+// A QueryString (or DeleteQuery) that cannot be used: not one SELECT over a
+// table, or not valid SQL. The message names the protocol.
+class QueryError : public std::runtime_error {
+public:
+    explicit QueryError(const QString& message);
+    QString Message() const { return m_message; }
+
+private:
+    QString m_message;
+};
+
+// The title of the message that tells a QueryError.
+QString QueryErrorTitle();
+
+// Macro replacement: "[i]" becomes item i and "[Ai]" ancillary item i
+// (one-based, trimmed of blanks), each macro once, at its first occurrence
+// in the query's own text, in the order [1], [2], ..., [A1], [A2], ....
+// Unlike the plain text replacement this stands for, a value is put in as a
+// quoted SQL string literal with its quotes doubled (inside a literal of the
+// query: doubled only), and a value is never searched for later macros, so
+// no scanned text can change the statement. Jet spellings of the rule files
+// are made SQLite's first: Left$( and its kin lose the "$", a LIKE pattern's
+// "*" and "?" become "%" and "_", and a double-quoted string that holds a
+// macro becomes a single-quoted one.
+QString BuildQuery(const QString& queryString, const QStringList& items,
+                   const QStringList& ancillaryItems);
+// QueryString of the main record with its macros replaced.
+QString BuildQuery(const ProtocolRecord& protocol, const ScanLists& lists);
+// The same for a given text (an ancillary QueryString or DeleteQuery).
+QString BuildAncillaryQuery(const QString& query, const ScanLists& lists);
+
+// The EndDate and StartDate conversions ("mm/dd/yy, hh:mm:ss PST", "mm/dd/yy").
+QString MainEndDate(const QString& value);
+QString MainStartDate(const QString& value);
+QString AncillaryEndDate(const QString& value);
+QString AncillaryStartDate(const QString& value);
+
+class RecordWriter {
+public:
+    // userName: the value of UserName in every row written.
+    RecordWriter(core::Database& db, QString userName);
+
+    enum class Outcome {
+        Written,
+        LeavePage,  // the site time could not be read: nothing written, the page ends
+    };
+    // Writes a run protocol's record and clears the four lists. Throws
+    // QueryError when the QueryString cannot be used, StoreError when the
+    // database fails.
+    Outcome WriteMain(const ProtocolRecord& protocol, ScanLists& lists);
+    // Writes an ancillary record (lists.ancillaryItems with the main record's
+    // items beside it). Throws as WriteMain.
+    void WriteAncillary(const ProtocolRecord& protocol, const ScanLists& lists);
+    // DeleteBeforeWrite: deletes every row that the DeleteQuery finds.
+    void DeleteFoundRows(const ProtocolRecord& protocol, const ScanLists& lists);
+
+    // The rows a built query finds: the table they belong to and their rowids
+    // in the query's order, at most `limit` (0: all). key names the rule key
+    // the query came from, for the message of a QueryError.
+    struct FoundRows {
+        QString table;
+        std::vector<qint64> rowids;
+    };
+    FoundRows Find(const QString& sql, const QString& protocolName, const QString& key, int limit);
+
+    // True once per protocol: whether its QueryError is still to be told.
+    bool FirstErrorOf(const QString& protocolName);
+
+private:
+    struct TableColumns {
+        QString table;                    // as the schema spells it
+        QHash<QString, QString> byLower;  // writable columns: lower-cased name -> name
+    };
+    using Writes = std::vector<std::pair<QString, QString>>;
+
+    const TableColumns& ColumnsOf(const QString& table);
+    void Apply(const QString& table, const std::vector<qint64>& found, const Writes& writes);
+
+    core::Database& m_db;
+    QString m_userName;
+    QHash<QString, TableColumns> m_tables;
+    QSet<QString> m_told;
+};
+
+}  // namespace lw::update
