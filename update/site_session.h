@@ -4,15 +4,19 @@
 // layout: addresses and hosts come from the rule store.
 #pragma once
 
+#include <QByteArray>
+#include <QDate>
 #include <QString>
 #include <QStringList>
 
 #include "core/net.h"
 #include "core/store.h"
+#include "update/rules.h"
 
 namespace lw::update {
 
-enum class FetchResult { Ok, Failed, Cancelled };
+// One outcome type for every page fetch, shared with the rule self-update.
+using FetchResult = FetchOutcome;
 
 // The page address of a rule Url with its macros replaced: [USERID] and
 // [PASSWORD] (first occurrence), [DAYS], "[" field "]" for each field scanned
@@ -28,11 +32,22 @@ core::NetOptions NetOptionsForUser(core::Database& db);
 
 // GET url into file (deleting the file first), reporting the transfer on the
 // status line and letting events run; Cancelled when the user cancels.
+// A 404 answer is a page like any other (the rules then find their markers
+// missing); every other error status is a failed fetch and leaves no file.
 FetchResult FetchToFile(const QString& url, const QString& file);
 FetchResult FetchToFile(core::Database& db, const QString& url, const QString& file);
+// The same with the options given; httpCode, when given, receives the status
+// of the answer (0 when none came).
+FetchResult FetchToFile(const core::NetOptions& options, const QString& url, const QString& file,
+                        long* httpCode = nullptr);
+
+// A fetcher for CheckRuleUpdate that goes through the user's proxy. A rule
+// file is only ever replaced by a complete answer with a success status.
+RuleFetcher RuleFetcherForUser(core::Database& db);
 
 // The connection test; shows "You need to be connected ..." when asked to.
 bool IsConnected(const QString& purpose, bool showMessage);
+bool IsConnected(core::Database& db, const QString& purpose, bool showMessage);
 
 // The site's CGI address for posts, from the rule store.
 QString CgiUrl();
@@ -45,6 +60,8 @@ bool RefreshEncodedPassword(core::Database& db);
 QString FetchEncodedPassword(core::Database& db, const QString& userId, const QString& password);
 
 QString UrlEncode(const QString& text);
+// Slots 1 to count of the two lists (index 0 unused, as LoadPostDefaults
+// fills them); a slot with an empty value is left out.
 QString BuildPostBody(const QStringList& names, const QStringList& values, int count);
 QString ExtractHiddenFields(const QString& page, const QString& formMarker);
 
