@@ -519,7 +519,7 @@ protected:
         hooks.write = [&](const ProtocolRecord&, const ScanLists& lists) {
             m_written.push_back(lists.ancillaryItems);
         };
-        hooks.failed = [&](const ProtocolRecord& p, const QString& what) {
+        hooks.failed = [&](const ProtocolRecord& p, const QString& what, bool) {
             m_failures << p.section + QStringLiteral(": ") + what;
         };
         AncillaryRunner runner(m_view, hooks, m_scratch);

@@ -93,6 +93,13 @@ ProtocolRecord Load(const RuleStore& rules, const QString& section, bool ancilla
 
 }  // namespace
 
+QueryError::QueryError(const QString& message)
+    : std::runtime_error(message.toStdString()), m_message(message) {}
+
+QString QueryErrorTitle() {
+    return QStringLiteral("Protocol Error");
+}
+
 int RuleCount(const QString& value, int most) {
     const double number = std::floor(core::Val(value));
     if (!(number >= 1)) {  // also NaN

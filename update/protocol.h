@@ -7,6 +7,7 @@
 #pragma once
 
 #include <QString>
+#include <stdexcept>
 #include <vector>
 
 namespace lw::update {
@@ -75,6 +76,20 @@ inline constexpr int kMaxProtocolItems = 1000;
 // The leading-number reading of a count key ("ERROR" and text read as 0),
 // clamped to 0..most.
 int RuleCount(const QString& value, int most = kMaxProtocolItems);
+
+// A QueryString (or DeleteQuery) that cannot be used: not one SELECT over a
+// table, or not valid SQL. The message names the protocol.
+class QueryError : public std::runtime_error {
+public:
+    explicit QueryError(const QString& message);
+    QString Message() const { return m_message; }
+
+private:
+    QString m_message;
+};
+
+// The title of the message that tells a QueryError.
+QString QueryErrorTitle();
 
 // Reads every key of the section from rule store 0.
 ProtocolRecord LoadRunProtocol(const RuleStore& rules, const QString& section);

@@ -322,13 +322,6 @@ QString SourceValue(const QString& source, const QStringList& items,
 
 // ------------------------------------------------------------------ queries
 
-QueryError::QueryError(const QString& message)
-    : std::runtime_error(message.toStdString()), m_message(message) {}
-
-QString QueryErrorTitle() {
-    return QStringLiteral("Protocol Error");
-}
-
 QString BuildQuery(const QString& queryString, const QStringList& items,
                    const QStringList& ancillaryItems) {
     const Translated query = TranslateJet(queryString);

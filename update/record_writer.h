@@ -10,7 +10,6 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -19,20 +18,6 @@
 #include "update/scanner.h"
 
 namespace lw::update {
-
-// A QueryString (or DeleteQuery) that cannot be used: not one SELECT over a
-// table, or not valid SQL. The message names the protocol.
-class QueryError : public std::runtime_error {
-public:
-    explicit QueryError(const QString& message);
-    QString Message() const { return m_message; }
-
-private:
-    QString m_message;
-};
-
-// The title of the message that tells a QueryError.
-QString QueryErrorTitle();
 
 // Macro replacement: "[i]" becomes item i and "[Ai]" ancillary item i
 // (one-based, trimmed of blanks), each macro once, at its first occurrence

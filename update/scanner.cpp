@@ -538,13 +538,17 @@ void AncillaryRunner::Run(const ItemRule& item, ScanLists& lists, const ScanHook
                                                  : LoadAncillaryProtocol(item.ancillaryProtocol);
     try {
         RunSteps(protocol, lists, scanHooks);
+    } catch (const QueryError& e) {
+        if (m_hooks.failed) {
+            m_hooks.failed(protocol, e.Message(), true);
+        }
     } catch (const core::StoreError& e) {
         if (m_hooks.failed) {
-            m_hooks.failed(protocol, e.Message());
+            m_hooks.failed(protocol, e.Message(), false);
         }
     } catch (const std::exception& e) {
         if (m_hooks.failed) {
-            m_hooks.failed(protocol, QString::fromUtf8(e.what()));
+            m_hooks.failed(protocol, QString::fromUtf8(e.what()), false);
         }
     }
     lists.ancillaryItems.clear();
@@ -561,7 +565,11 @@ void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
     const FetchResult fetched =
         m_hooks.fetch ? m_hooks.fetch(address, m_scratchFile) : FetchResult::Failed;
     if (fetched == FetchResult::Cancelled || core::CurrentUi().CancelRequested()) {
-        core::CurrentUi().Message(CancelMessageText(), CancelMessageTitle());
+        if (m_hooks.cancelled) {
+            m_hooks.cancelled();
+        } else {
+            core::CurrentUi().Message(CancelMessageText(), CancelMessageTitle());
+        }
         return;
     }
     if (fetched != FetchResult::Ok) {

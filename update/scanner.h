@@ -216,8 +216,12 @@ struct AncillaryHooks {
     std::function<void(const ProtocolRecord& ancillary, const ScanLists& lists)> write;
     // Reads the protocol's keys; null: LoadAncillaryProtocol over the process's rules.
     std::function<ProtocolRecord(const QString& section)> load;
-    // Told of a failure that ended the ancillary run (the run goes on).
-    std::function<void(const ProtocolRecord& ancillary, const QString& what)> failed;
+    // Told of a failure that ended the ancillary run (the run goes on);
+    // protocolFault when the protocol's own query was at fault (QueryError).
+    std::function<void(const ProtocolRecord& ancillary, const QString& what, bool protocolFault)>
+        failed;
+    // Tells the cancel; null: the cancel message through the session's Ui.
+    std::function<void()> cancelled;
 };
 
 // RunAncillary: fetches the page of an item's ancillary protocol to the

@@ -1,0 +1,467 @@
+// The update run over a database from the shipped schema with a fake site:
+// pages served from memory by a fetch hook, the password refresh and the
+// rule check scripted. Covers the words shown, the progress, the one
+// password refresh, failures that abort and failures that are passed over,
+// cancel, paging, one fetch for one address, the end-of-run steps that run
+// whatever happened, and the run lists with RunProt.dat.
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+#include <QFile>
+#include <QLocale>
+#include <map>
+#include <optional>
+#include <ostream>
+
+#include "core/session.h"
+#include "core/store.h"
+#include "core/text.h"
+#include "tests/support/test_support.h"
+#include "update/rules.h"
+#include "update/run_lists.h"
+#include "update/update_run.h"
+
+using namespace lw::update;
+using lw::core::CurrentSession;
+using lw::core::Database;
+using lw::test::ScriptedUi;
+using lw::test::SourceDir;
+using lw::test::TempRoot;
+
+static void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace {
+
+const char* kRules =
+    "[Current Auctions eBay]\n"
+    "RunCaption=My Sales\nSitenumber=0\nUrl=http://site/selling?pass=[PASSWORD]&skip=[SKIP]\n"
+    "Iterate=True\nIterateSkip=2\nGStart=<!-- BEGIN -->\nGend=<!-- END -->\n"
+    "QueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=2\n"
+    "Item1=ItemNumber\nItem1 Start=<td class=n\nItem2=ItemTitle\nItem2 Start=<td class=t\n"
+    "\n"
+    "[Current Bids eBay]\n"
+    "RunCaption=My Bids\nSitenumber=0\nUrl=http://site/bidding\nGStart=<!-- BEGIN -->\n"
+    "Gend=<!-- END -->\nQueryString=SELECT * FROM Bids WHERE ItemNumber='[1]'\nItems=2\n"
+    "Item1=ItemNumber\nItem1 Start=<td class=n\nItem2=ItemTitle\nItem2 Start=<td class=t\n"
+    "\n"
+    "[Bid Details eBay]\n"
+    "RunCaption=Bid Details\nSitenumber=0\nUrl=http://site/bidding\nGStart=<!-- BEGIN -->\n"
+    "Gend=<!-- END -->\nQueryString=SELECT * FROM Bids WHERE ItemNumber='[1]'\nItems=2\n"
+    "Item1=ItemNumber\nItem1 Start=<td class=n\nItem2=ItemTitle\nItem2 Start=<td class=t\n"
+    "\n"
+    "[Watching Items eBay]\n"
+    "RunCaption=Watched Items\nSitenumber=0\nUrl=http://site/selling?pass=[PASSWORD]&skip=0\n"
+    "Iterate=True\nIterateSkip=2\nGStart=<!-- BEGIN -->\nGend=<!-- END -->\n"
+    "QueryString=SELECT * FROM Bids WHERE ItemNumber='[1]'\nItems=2\n"
+    "Item1=ItemNumber\nItem1 Start=<td class=n\nItem2=ItemTitle\nItem2 Start=<td class=t\n"
+    "\n"
+    "[Account Information eBay]\n"
+    "RunCaption=Account\nSitenumber=0\nUrl=http://site/account\nGStart=<!-- BEGIN -->\n"
+    "Gend=<!-- END -->\nQueryString=DELETE FROM Auctions\nItems=1\n"
+    "Item1=AccountType\nItem1 Start=<td class=n\n"
+    "\n"
+    "[Auction Details eBay]\n"
+    "RunCaption=Sale Details\nSitenumber=0\nUrl=http://site/time\nGStart=<!-- ITEMS -->\n"
+    "Gend=<!-- /ITEMS -->\nQueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\n"
+    "Items=1\nItem1=ItemNumber\nItem1 Start=<td class=n\nItem1 AncillaryIf=Not Null\n"
+    "Item1 Ancillary Protocol=Auction Item eBay\n"
+    "\n"
+    "[Auction Item eBay]\n"
+    "RunCaption=Item Page\nSiteNumber=0\nUrl=http://site/item?no=[ItemNumber]\n"
+    "GStart=<!-- ITEM -->\nGend=<!-- /ITEM -->\n"
+    "QueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=1\n"
+    "Item1=ItemCategory\nItem1 Start=<td class=cat\nWriteFields=1\nWriteField1=ItemNumber\n"
+    "WriteFieldValue1=1\n"
+    "\n"
+    "[Current Time eBay]\n"
+    "RunCaption=Site Time\nSitenumber=0\nUrl=http://site/time\nGStart=<!-- CLOCK -->\n"
+    "Gend=<!-- /CLOCK -->\nQueryString=SELECT * FROM Global\nItems=1\nItem1=eBayTime\n"
+    "Item1 Start=The time is\nItem1 AlternateSpan=:\n"
+    "\n"
+    "[Update]\nProtocols=2\nProtocol1=Current Time\nProtocol1 Site=0\n"
+    "Protocol2=Current Auctions\nProtocol2 Site=1\n"
+    "\n"
+    "[Sites]\nSite0=eBay\nSite1=Other Site\n";
+
+QByteArray Rows(std::initializer_list<std::pair<const char*, const char*>> rows) {
+    QByteArray page = "<html><!-- BEGIN --><table>";
+    for (const auto& [number, title] : rows) {
+        page += QByteArray("<tr><td class=n>") + number + "</td><td class=t>" + title +
+                "</td></tr>\r\n";
+    }
+    return page + "</table><!-- END --></html>";
+}
+
+// A site time an hour behind the local clock, as the site writes it.
+QString SiteClock() {
+    return QLocale::c().toString(QDateTime::currentDateTime().addSecs(-3600),
+                                 QStringLiteral("dddd, MMMM dd, yyyy hh:mm:ss")) +
+           QStringLiteral(" PDT");
+}
+
+class RunTest : public ::testing::Test {
+protected:
+    struct View : UpdateView {
+        void Status(const QString& text) override {
+            statuses << text;
+            if (text == cancelOn) {
+                ui->RequestCancel();
+            }
+        }
+        void ConnectStatus(const QString& text) override { connects << text; }
+        void Progress(int percent) override { progress << percent; }
+        void LastUrl(const QString& url) override { urls << url; }
+        void CurrentItem(const QString&, const QString&) override {}
+        bool DetailsShown() override { return false; }
+        QStringList statuses;
+        QStringList connects;
+        QStringList urls;
+        QList<int> progress;
+        QString cancelOn;
+        ScriptedUi* ui = nullptr;
+    };
+
+    void SetUp() override {
+        lw::core::ResetSession(&m_ui);
+        QString error;
+        ASSERT_TRUE(lw::core::SetupDirectories(m_root.Path(), &error)) << error.toStdString();
+        lw::core::SetCurrentUser(QStringLiteral("seller1"));
+        m_db.emplace(
+            lw::core::OpenOrCreateStore(m_root.File(QStringLiteral("Lotwright.db")), SourceDir()));
+        m_db->Exec(QStringLiteral(
+            "INSERT INTO Users (UserName, isDefault) VALUES ('seller1', 1);"
+            "INSERT INTO UserSites (UserName, AuctionSiteFlag, UserID) VALUES ('seller1', 0, "
+            "'s1')"));
+        m_rules.SetText(kSiteStore,
+                        QString::fromUtf8(kRules).replace(u'\n', QStringLiteral("\r\n")) +
+                            QStringLiteral("\r\n\r\n"));
+        m_view.ui = &m_ui;
+
+        m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] =
+            Rows({{"101", "First"}, {"102", "Second"}});
+        m_pages[QStringLiteral("http://site/selling?pass=good&skip=2")] = Rows({{"103", "Third"}});
+        m_pages[QStringLiteral("http://site/selling?pass=good&skip=4")] = Rows({});
+        m_pages[QStringLiteral("http://site/bidding")] = Rows({{"201", "A bid"}});
+        m_pages[QStringLiteral("http://site/time")] =
+            QByteArray("<!-- CLOCK -->The time is: ") + SiteClock().toUtf8() +
+            "<!-- /CLOCK --><!-- ITEMS --><td class=n>101<!-- /ITEMS -->";
+        m_pages[QStringLiteral("http://site/item?no=101")] =
+            "<!-- ITEM --><td class=cat>Toys<!-- /ITEM -->";
+    }
+
+    UpdateHooks Hooks() {
+        UpdateHooks hooks;
+        hooks.checkRules = [this] {
+            ++m_checks;
+            return m_checkPasses;
+        };
+        hooks.fetch = [this](const QString& url, const QString& file) {
+            m_fetched << url;
+            EXPECT_FALSE(QFile::exists(file));
+            if (m_results.count(url) != 0) {
+                return m_results[url];
+            }
+            if (m_pages.count(url) == 0) {
+                return FetchResult::Failed;
+            }
+            QFile out(file);
+            EXPECT_TRUE(out.open(QIODevice::WriteOnly));
+            out.write(m_pages[url]);
+            return FetchResult::Ok;
+        };
+        hooks.buildUrl = [this](const QString& url, int, const QStringList& fields,
+                                const QStringList& values, qint64 offset) {
+            QString built = url;
+            built.replace(QStringLiteral("[PASSWORD]"), m_password);
+            built.replace(QStringLiteral("[SKIP]"), QString::number(offset));
+            for (qsizetype i = 0; i < fields.size() && i < values.size(); ++i) {
+                built.replace(QStringLiteral("[") + fields[i] + QStringLiteral("]"), values[i]);
+            }
+            return built;
+        };
+        hooks.refreshPassword = [this] {
+            ++m_refreshes;
+            m_password = m_refreshTo;
+            return m_refreshWorks;
+        };
+        hooks.prepareUsageReport = [this] { ++m_reports; };
+        hooks.repairNulls = [this] { ++m_repairs; };
+        hooks.redraw = [this] { ++m_redraws; };
+        hooks.now = [] { return QDateTime(QDate(2026, 5, 23), QTime(14, 5, 9)); };
+        return hooks;
+    }
+
+    UpdateRun::Result Activate(const QStringList& list) {
+        UpdateRun run(*m_db, m_view, Hooks(), m_rules);
+        return run.Activate(list);
+    }
+
+    qint64 Count(const QString& sql) { return m_db->ScalarInt(sql); }
+    QString Text(const QString& sql) {
+        lw::core::Statement s = m_db->Prepare(sql);
+        return s.Step() ? s.Text(0) : QStringLiteral("<no row>");
+    }
+
+    // What must hold after every update, whatever happened in it.
+    void ExpectEndOfRun(int updates = 1) {
+        EXPECT_EQ(
+            Text(QStringLiteral("SELECT LastUpdate FROM UserSites WHERE UserName='seller1' AND "
+                                "AuctionSiteFlag=0")),
+            QStringLiteral("05/23/26 14:05:09 PST"));
+        EXPECT_EQ(Count(QStringLiteral("SELECT Updates FROM Tracking")), updates);
+        EXPECT_EQ(m_repairs, updates);
+        EXPECT_EQ(m_redraws, updates);
+    }
+
+    ScriptedUi m_ui;
+    TempRoot m_root;
+    std::optional<Database> m_db;
+    RuleStore m_rules;
+    View m_view;
+    std::map<QString, QByteArray> m_pages;
+    std::map<QString, FetchResult> m_results;
+    QStringList m_fetched;
+    QString m_password = QStringLiteral("good");
+    QString m_refreshTo = QStringLiteral("good");
+    bool m_refreshWorks = true;
+    bool m_checkPasses = true;
+    int m_checks = 0;
+    int m_refreshes = 0;
+    int m_reports = 0;
+    int m_repairs = 0;
+    int m_redraws = 0;
+};
+
+}  // namespace
+
+// ------------------------------------------------------------ a whole update
+
+TEST_F(RunTest, PagesAreFetchedScannedAndWrittenWithTheWindowsWords) {
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Complete);
+    EXPECT_EQ(m_fetched, (QStringList{QStringLiteral("http://site/selling?pass=good&skip=0"),
+                                      QStringLiteral("http://site/selling?pass=good&skip=2"),
+                                      QStringLiteral("http://site/selling?pass=good&skip=4"),
+                                      QStringLiteral("http://site/time")}));
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions WHERE UserName='seller1'")), 3);
+    EXPECT_EQ(Text(QStringLiteral("SELECT ItemTitle FROM Auctions WHERE ItemNumber='103'")),
+              QStringLiteral("Third"));
+    EXPECT_EQ(
+        m_view.statuses,
+        (QStringList{QStringLiteral("Preparing update"), QStringLiteral("Preparing Update."),
+                     QStringLiteral("Fetching My Sales"), QStringLiteral("Processing My Sales"),
+                     QStringLiteral("Processing My Sales"), QStringLiteral("Processing My Sales"),
+                     QStringLiteral("Fetching Site Time"), QStringLiteral("Processing Site Time"),
+                     QStringLiteral("Update complete.")}));
+    EXPECT_EQ(m_view.connects.first(), QStringLiteral("My Sales retrieved successfully."));
+    EXPECT_EQ(m_view.urls.last(), QStringLiteral("http://site/time"));
+    // Step Int(100 / 4) = 25: once on a protocol's first page, once at its end.
+    EXPECT_EQ(m_view.progress, (QList<int>{0, 25, 50, 75, 100}));
+    EXPECT_TRUE(m_ui.Messages().isEmpty()) << m_ui.Messages().join(u'|').toStdString();
+    EXPECT_EQ(m_checks, 1);
+    EXPECT_EQ(m_reports, 1);
+    ExpectEndOfRun();
+}
+
+TEST_F(RunTest, ANewSiteTimeSetsTheCorrectionInTableAndSession) {
+    Activate({QStringLiteral("Current Time eBay")});
+    const double correction =
+        lw::core::Val(Text(QStringLiteral("SELECT eBayCorrection FROM Global")));
+    EXPECT_NEAR(correction, 3600, 5);
+    EXPECT_NEAR(lw::core::Val(CurrentSession().SiteCorrection), 3600, 5);
+}
+
+TEST_F(RunTest, ProgressStepsAreTheWholePartAndNeverPassAHundred) {
+    EXPECT_EQ(UpdateRun::ProgressStep(3), 16);
+    EXPECT_EQ(UpdateRun::ProgressStep(1), 50);
+    EXPECT_EQ(UpdateRun::ProgressStep(0), 0);
+    Activate({QStringLiteral("Current Auctions eBay")});
+    EXPECT_EQ(m_view.progress, (QList<int>{0, 50, 100}));
+}
+
+// ------------------------------------------------------------ failures
+
+TEST_F(RunTest, AConnectionFailureAbortsTheRestAndTheEndStepsStillRun) {
+    m_results[QStringLiteral("http://site/selling?pass=good&skip=0")] = FetchResult::Failed;
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Aborted);
+    EXPECT_EQ(m_fetched.size(), 1);
+    EXPECT_EQ(m_ui.Messages(),
+              QStringList{QStringLiteral(
+                  "Retrieval of My Sales from eBay failed.  There is a connection problem or eBay "
+                  "is experiencing technical difficulties.  Update aborted.")});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Connection Error")});
+    EXPECT_EQ(m_view.connects.last(), QStringLiteral("Current Auctions eBay connection error."));
+    EXPECT_FALSE(m_view.statuses.contains(QStringLiteral("Update complete.")));
+    ExpectEndOfRun();
+}
+
+TEST_F(RunTest, AMissingMarkerRefreshesThePasswordOnceAndRetries) {
+    m_password = QStringLiteral("stale");
+    m_pages[QStringLiteral("http://site/selling?pass=stale&skip=0")] = "<html>Sign in</html>";
+    Activate({QStringLiteral("Current Auctions eBay")});
+    EXPECT_EQ(m_refreshes, 1);
+    EXPECT_TRUE(m_view.statuses.contains(QStringLiteral("Updating Configuration")));
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+}
+
+TEST_F(RunTest, AfterTheOneRefreshAProtocolWithoutMarkersIsPassedOver) {
+    m_password = QStringLiteral("stale");
+    m_refreshTo = QStringLiteral("stale");
+    m_pages[QStringLiteral("http://site/selling?pass=stale&skip=0")] = "<html>Sign in</html>";
+    m_pages[QStringLiteral("http://site/bidding")] = "<html>also changed</html>";
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Bids eBay"),
+                  QStringLiteral("Current Time eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Complete);
+    // One refresh for the whole update, not one per protocol.
+    EXPECT_EQ(m_refreshes, 1);
+    // "Current Bids eBay" fails without a word; the rest goes on.
+    EXPECT_EQ(m_ui.Messages(),
+              QStringList{QStringLiteral(
+                  "My Sales could not be processed.  Continuing with remainder of update.")});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("My Sales")});
+    EXPECT_TRUE(m_view.connects.contains(QStringLiteral("My Sales update unsuccessful.")));
+    EXPECT_FALSE(m_view.connects.contains(QStringLiteral("My Bids update unsuccessful.")));
+    EXPECT_EQ(Text(QStringLiteral("SELECT eBayTime FROM Global")).right(3), QStringLiteral("PDT"));
+    EXPECT_TRUE(m_view.statuses.contains(QStringLiteral("Update complete.")));
+    // Steps of 16: a protocol that failed adds one, one that ran adds two.
+    EXPECT_EQ(m_view.progress, (QList<int>{0, 16, 32, 48, 64}));
+}
+
+TEST_F(RunTest, ARefusedQueryStringIsToldByProtocolAndTheRestGoesOn) {
+    m_pages[QStringLiteral("http://site/account")] = Rows({{"1", "x"}});
+    Activate({QStringLiteral("Account Information eBay"), QStringLiteral("Current Time eBay")});
+    ASSERT_EQ(m_ui.Messages().size(), 2);
+    EXPECT_TRUE(m_ui.Messages()[0].contains(QStringLiteral("\"Account Information eBay\"")));
+    EXPECT_EQ(m_ui.Messages()[1], QStringLiteral("Account could not be processed.  Continuing "
+                                                 "with remainder of update."));
+    EXPECT_NE(Text(QStringLiteral("SELECT eBayTime FROM Global")), QString());
+}
+
+TEST_F(RunTest, AFailedRuleCheckFetchesNothingUnlessTheRulesWereCheckedBefore) {
+    m_checkPasses = false;
+    EXPECT_EQ(Activate({QStringLiteral("Current Time eBay")}), UpdateRun::Result::RulesFailed);
+    EXPECT_TRUE(m_fetched.isEmpty());
+    ExpectEndOfRun();
+
+    CurrentSession().RulesChecked = true;
+    EXPECT_EQ(Activate({QStringLiteral("Current Time eBay")}), UpdateRun::Result::Complete);
+    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/time")});
+    ExpectEndOfRun(2);
+}
+
+// ------------------------------------------------------------ cancel
+
+TEST_F(RunTest, CancelAfterARecordKeepsWhatWasWritten) {
+    m_view.cancelOn = QStringLiteral("Processing My Sales");
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Cancelled);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 1);
+    EXPECT_EQ(m_ui.Messages(),
+              QStringList{QStringLiteral(
+                  "Update cancelled.  Some Auction/Bid information may be incomplete.")});
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
+    EXPECT_FALSE(m_fetched.contains(QStringLiteral("http://site/time")));
+    ExpectEndOfRun();
+}
+
+TEST_F(RunTest, ACancelledFetchEndsTheRunAndEarlierPagesStay) {
+    m_results[QStringLiteral("http://site/selling?pass=good&skip=2")] = FetchResult::Cancelled;
+    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Cancelled);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 2);
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
+    ExpectEndOfRun();
+}
+
+// ------------------------------------------------------------ pages and addresses
+
+TEST_F(RunTest, TwoProtocolsInARowWithOneAddressFetchOnce) {
+    Activate({QStringLiteral("Current Bids eBay"), QStringLiteral("Bid Details eBay")});
+    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/bidding")});
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Bids")), 1);
+    // The second protocol scanned the page in hand from its own top.
+    EXPECT_EQ(m_view.statuses.count(QStringLiteral("Processing Bid Details")), 1);
+}
+
+TEST_F(RunTest, PagingWithAnAddressThatDoesNotChangeEnds) {
+    // Iterate with a fixed skip: the second page would be the first again.
+    Activate({QStringLiteral("Watching Items eBay")});
+    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Bids")), 2);
+}
+
+TEST_F(RunTest, APageWithNoRecordEndsThePaging) {
+    m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] = Rows({});
+    Activate({QStringLiteral("Current Auctions eBay")});
+    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
+}
+
+TEST_F(RunTest, AncillaryPagesAreFetchedWithTheRecordsValuesAndWritten) {
+    Activate({QStringLiteral("Auction Details eBay")});
+    EXPECT_EQ(m_fetched, (QStringList{QStringLiteral("http://site/time"),
+                                      QStringLiteral("http://site/item?no=101")}));
+    EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='101'")),
+              QStringLiteral("Toys"));
+    EXPECT_TRUE(m_view.statuses.contains(QStringLiteral("Fetching Item Page")));
+    // The caption comes back when the ancillary run ends.
+    EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Update complete."));
+    EXPECT_EQ(m_view.statuses[m_view.statuses.size() - 2],
+              QStringLiteral("Processing Sale Details"));
+}
+
+// ------------------------------------------------------------ run lists
+
+TEST_F(RunTest, ActivationReadsRunProtDat) {
+    ASSERT_TRUE(WriteRunList(RunList(UpdateCommand::SyncTime, m_rules)));
+    EXPECT_EQ(ReadRunList(), QStringList{QStringLiteral("Current Time eBay")});
+    UpdateRun run(*m_db, m_view, Hooks(), m_rules);
+    EXPECT_EQ(run.Activate(), UpdateRun::Result::Complete);
+    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/time")});
+}
+
+TEST(RunLists, CommandsAndTheRuleSectionUpdate) {
+    RuleStore rules;
+    rules.SetText(kSiteStore, QString::fromUtf8(kRules).replace(u'\n', QStringLiteral("\r\n")) +
+                                  QStringLiteral("\r\n\r\n"));
+    EXPECT_EQ(RunList(UpdateCommand::UpdateAuctionDatabase, rules),
+              (QStringList{QStringLiteral("Current Time eBay"),
+                           QStringLiteral("Current Auctions Other Site")}));
+    EXPECT_EQ(RunList(UpdateCommand::FirstRetrieval, rules),
+              (QStringList{QStringLiteral("Current Time eBay"),
+                           QStringLiteral("Current Auctions Other Site"),
+                           QStringLiteral("Account History eBay")}));
+    EXPECT_EQ(RunList(UpdateCommand::UpdateBids, rules),
+              (QStringList{QStringLiteral("Current Bids eBay"), QStringLiteral("Bid Details eBay"),
+                           QStringLiteral("Current Time eBay")}));
+    EXPECT_EQ(RunList(UpdateCommand::UpdateDatabaseAndAccount, rules).last(),
+              QStringLiteral("Account History eBay"));
+    EXPECT_EQ(RunList(UpdateCommand::UpdateComplete, rules).last(),
+              QStringLiteral("Account Information eBay"));
+    EXPECT_EQ(RunList(UpdateCommand::AfterPosting, rules),
+              RunList(UpdateCommand::UpdateAuctions, rules));
+    EXPECT_TRUE(RunList(UpdateCommand::UpdateAuctionDatabase, RuleStore()).isEmpty());
+}
+
+TEST(RunLists, TheFileKeepsLinesInOrderWhateverTheLineEnds) {
+    TempRoot root;
+    const QString path = root.File(QStringLiteral("RunProt.dat"));
+    const QStringList lines{QStringLiteral("Current Time eBay"),
+                            QStringLiteral("Watching Items eBay")};
+    ASSERT_TRUE(WriteRunList(path, lines));
+    EXPECT_EQ(ReadRunList(path), lines);
+    root.Write(QStringLiteral("RunProt.dat"), "One eBay\nTwo eBay\r\n\r\nThree eBay");
+    EXPECT_EQ(ReadRunList(path),
+              (QStringList{QStringLiteral("One eBay"), QStringLiteral("Two eBay"),
+                           QStringLiteral("Three eBay")}));
+    EXPECT_TRUE(ReadRunList(root.File(QStringLiteral("missing.dat"))).isEmpty());
+    QString error;
+    EXPECT_FALSE(WriteRunList(root.File(QStringLiteral("no/such/dir/RunProt.dat")), lines, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("no/such/dir"))) << error.toStdString();
+}

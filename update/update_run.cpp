@@ -1,0 +1,433 @@
+// The update run. Each page's records are written inside one transaction
+// that is committed when the page ends, whatever ends it: a cancel or a
+// failure keeps what was written before it. Two guards stand where the
+// described run would go on for ever: a paging protocol whose next page has
+// the same address as the last one (no [SKIP] in its Url, or a step of 0)
+// ends its paging, and a record that would repeat itself ends its page (the
+// scanner's own guard). The cancel message is told once per update, also
+// when an ancillary fetch saw the cancel first.
+#include "update/update_run.h"
+
+#include <QFile>
+#include <exception>
+
+#include "core/session.h"
+#include "core/text.h"
+#include "core/ui_port.h"
+#include "update/record_writer.h"
+#include "update/repair.h"
+#include "update/rules.h"
+#include "update/run_lists.h"
+#include "update/usage_report.h"
+
+namespace lw::update {
+
+using core::CurrentSession;
+using core::CurrentUi;
+
+namespace {
+
+const QString kCurrentBids = QStringLiteral("Current Bids eBay");
+
+// Commits the page's writes when the page ends, however it ends.
+class PageCommit {
+public:
+    explicit PageCommit(core::Database& db) : m_transaction(db) {}
+    ~PageCommit() {
+        try {
+            m_transaction.Commit();
+        } catch (const core::StoreError&) {
+            // The transaction rolls back; the run reports the page's failure itself.
+        }
+    }
+    PageCommit(const PageCommit&) = delete;
+    PageCommit& operator=(const PageCommit&) = delete;
+
+private:
+    core::Transaction m_transaction;
+};
+
+}  // namespace
+
+UpdateHooks DefaultUpdateHooks(core::Database& db) {
+    UpdateHooks hooks;
+    hooks.checkRules = [&db] { return CheckRuleUpdate(Rules(), db, RuleFetcherForUser(db)); };
+    hooks.fetch = [&db](const QString& url, const QString& file) {
+        return FetchToFile(db, url, file);
+    };
+    hooks.buildUrl = [&db](const QString& url, int siteNumber, const QStringList& fields,
+                           const QStringList& values, qint64 pageOffset) {
+        return BuildUrl(db, url, siteNumber, fields, values, pageOffset);
+    };
+    hooks.refreshPassword = [&db] { return RefreshEncodedPassword(db); };
+    hooks.prepareUsageReport = [&db] { PrepareUsageReport(db); };
+    hooks.repairNulls = [&db] { RepairNulls(db); };
+    hooks.now = [] { return QDateTime::currentDateTime(); };
+    return hooks;
+}
+
+UpdateRun::UpdateRun(core::Database& db, UpdateView& view, UpdateHooks hooks)
+    : UpdateRun(db, view, std::move(hooks), Rules()) {}
+
+UpdateRun::UpdateRun(core::Database& db, UpdateView& view, UpdateHooks hooks,
+                     const RuleStore& rules)
+    : m_db(db), m_view(view), m_hooks(std::move(hooks)), m_rules(rules) {}
+
+int UpdateRun::ProgressStep(qsizetype protocolCount) {
+    return protocolCount > 0 ? static_cast<int>(100 / (2 * protocolCount)) : 0;
+}
+
+QString UpdateRun::UpdatePagePath() {
+    return CurrentSession().ConfigsDir + QStringLiteral("update.txt");
+}
+
+QString UpdateRun::AncillaryPagePath() {
+    return CurrentSession().ConfigsDir + QStringLiteral("ancillary.txt");
+}
+
+void UpdateRun::Pump() {
+    CurrentUi().PumpEvents();
+}
+
+void UpdateRun::AddProgress() {
+    m_bar = std::min(100, m_bar + m_step);
+    m_view.Progress(m_bar);
+}
+
+void UpdateRun::TellCancel() {
+    if (!m_cancelTold) {
+        m_cancelTold = true;
+        CurrentUi().Message(CancelMessageText(), CancelMessageTitle());
+    }
+}
+
+void UpdateRun::ProtocolFailed(const QString& line, const ProtocolRecord& protocol) {
+    if (line != kCurrentBids) {
+        m_view.ConnectStatus(protocol.runCaption + QStringLiteral(" update unsuccessful."));
+        CurrentUi().Message(
+            protocol.runCaption + QStringLiteral(" could not be processed.  Continuing with "
+                                                 "remainder of update."),
+            protocol.runCaption);
+    }
+    AddProgress();
+}
+
+UpdateRun::Result UpdateRun::Activate() {
+    return Activate(std::nullopt);
+}
+
+UpdateRun::Result UpdateRun::Activate(const QStringList& runList) {
+    return Activate(std::optional<QStringList>(runList));
+}
+
+UpdateRun::Result UpdateRun::Activate(const std::optional<QStringList>& given) {
+    m_cancelTold = false;
+    m_view.ShowStatus(QStringLiteral("Preparing update"));
+    if (m_hooks.prepareUsageReport) {
+        try {
+            m_hooks.prepareUsageReport();
+        } catch (const std::exception&) {
+            // Counting may never stop the update.
+        }
+    }
+    // The proxy of step 3 is the fetch hook's own: it reads the user's row.
+    const QStringList runList = given ? *given : ReadRunList();
+    const QString keptSiteTime = SiteTime();
+    m_step = ProgressStep(runList.size());
+    m_bar = 0;
+    m_view.Progress(0);
+
+    Result result = Result::Aborted;
+    try {
+        result = RunUpdate(runList);
+    } catch (const std::exception&) {
+        // Whatever stopped the run, the end-of-run steps follow.
+    }
+    FinishUpdate(keptSiteTime);
+    return result;
+}
+
+QString UpdateRun::SiteTime() {
+    try {
+        core::Statement global = m_db.Prepare(QStringLiteral("SELECT eBayTime FROM Global"));
+        if (global.Step() && !global.IsNull(0)) {
+            return global.Text(0);
+        }
+    } catch (const core::StoreError&) {
+        // Read as never set.
+    }
+    return QStringLiteral("-1");
+}
+
+void UpdateRun::FinishUpdate(const QString& keptSiteTime) {
+    const QString siteTime = SiteTime();
+    if (siteTime != u"-1" && siteTime != keptSiteTime) {
+        const QString correction = core::SiteTimeDifference(siteTime);
+        try {
+            m_db.Prepare(QStringLiteral("UPDATE Global SET eBayCorrection = ?"))
+                .Bind(1, correction)
+                .Run();
+        } catch (const core::StoreError&) {
+            // The session still takes the new correction.
+        }
+        CurrentSession().SiteCorrection = correction;
+    }
+    try {
+        m_db.Exec(QStringLiteral("UPDATE Tracking SET Updates = IFNULL(Updates, 0) + 1"));
+    } catch (const core::StoreError&) {
+        // Counting may never stop the update.
+    }
+    if (m_hooks.repairNulls) {
+        try {
+            m_hooks.repairNulls();
+        } catch (const std::exception&) {
+            // The repair runs again at the next start.
+        }
+    }
+    const QDateTime now = m_hooks.now ? m_hooks.now() : QDateTime::currentDateTime();
+    try {
+        m_db.Prepare(QStringLiteral("UPDATE UserSites SET LastUpdate = ? WHERE UserName = ? AND "
+                                    "AuctionSiteFlag = 0"))
+            .Bind(1,
+                  core::Format(now, QStringLiteral("mm/dd/yy hh:nn:ss")) + QStringLiteral(" PST"))
+            .Bind(2, CurrentSession().CurrentUser)
+            .Run();
+    } catch (const core::StoreError&) {
+        // The next update then asks for more days.
+    }
+    if (m_hooks.redraw) {
+        m_hooks.redraw();
+    }
+}
+
+UpdateRun::Result UpdateRun::RunUpdate(const QStringList& runList) {
+    m_state = ScanState();
+    m_lists = ScanLists();
+    m_view.ShowStatus(QStringLiteral("Preparing Update."));
+    bool checked = true;
+    if (m_hooks.checkRules) {
+        try {
+            checked = m_hooks.checkRules();
+        } catch (const std::exception&) {
+            checked = false;
+        }
+    }
+    if (!checked && !CurrentSession().RulesChecked) {
+        return Result::RulesFailed;
+    }
+    const Result result = RunProtocols(runList);
+    if (result == Result::Complete) {
+        m_view.ShowStatus(QStringLiteral("Update complete."));
+    }
+    return result;
+}
+
+UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
+    RecordWriter writer(m_db, CurrentSession().CurrentUser);
+
+    ScanHooks ancillaryScan;
+    ancillaryScan.pumpEvents = [this] { Pump(); };
+    AncillaryHooks ancillaryHooks;
+    ancillaryHooks.load = [this](const QString& section) {
+        return LoadAncillaryProtocol(m_rules, section);
+    };
+    ancillaryHooks.address = [this](const ProtocolRecord& protocol, const ScanLists& lists) {
+        return m_hooks.buildUrl ? m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(),
+                                                   lists.fields, lists.items, m_pageOffset)
+                                : protocol.url;
+    };
+    ancillaryHooks.fetch = [this](const QString& url, const QString& file) {
+        return m_hooks.fetch ? m_hooks.fetch(url, file) : FetchResult::Failed;
+    };
+    ancillaryHooks.deleteRows = [&writer](const ProtocolRecord& protocol, const ScanLists& lists) {
+        writer.DeleteFoundRows(protocol, lists);
+    };
+    ancillaryHooks.write = [&writer](const ProtocolRecord& protocol, const ScanLists& lists) {
+        writer.WriteAncillary(protocol, lists);
+    };
+    ancillaryHooks.failed = [&writer](const ProtocolRecord& protocol, const QString& what,
+                                      bool protocolFault) {
+        if (protocolFault && writer.FirstErrorOf(protocol.section)) {
+            CurrentUi().Message(what, QueryErrorTitle());
+        }
+    };
+    ancillaryHooks.cancelled = [this] { TellCancel(); };
+    AncillaryRunner ancillary(m_view, ancillaryHooks, AncillaryPagePath());
+
+    ScanHooks scan;
+    scan.view = &m_view;
+    scan.pumpEvents = [this] { Pump(); };
+    scan.runAncillary = [&](const ItemRule& item, ScanLists& lists) {
+        ancillary.Run(item, lists, ancillaryScan);
+    };
+
+    bool retried = false;  // the one password refresh of the whole update
+    for (const QString& line : runList) {
+        Pump();
+        bool again = true;
+        while (again) {
+            again = false;
+            const ProtocolRecord protocol = LoadRunProtocol(m_rules, line);
+            m_view.ShowStatus(QStringLiteral("Fetching ") + protocol.runCaption);
+            if (protocol.Iterates()) {
+                m_pageOffset = 0;
+            }
+            PageScanner scanner(protocol);
+            bool firstPage = true;
+            PageOutcome outcome = PageOutcome::NextPage;
+            while (outcome == PageOutcome::NextPage) {
+                outcome = RunPage(line, protocol, scanner, writer, scan, firstPage, retried);
+                firstPage = false;
+            }
+            switch (outcome) {
+                case PageOutcome::Retry:
+                    again = true;
+                    break;
+                case PageOutcome::Aborted:
+                    return Result::Aborted;
+                case PageOutcome::Cancelled:
+                    return Result::Cancelled;
+                case PageOutcome::Failed:
+                    m_lists.ClearRecord();
+                    ProtocolFailed(line, protocol);
+                    break;
+                case PageOutcome::Done:
+                case PageOutcome::NextPage:
+                    AddProgress();
+                    m_lists.ClearRecord();
+                    m_lists.ancillaryItems.clear();
+                    break;
+            }
+        }
+    }
+    return Result::Complete;
+}
+
+UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRecord& protocol,
+                                          PageScanner& scanner, RecordWriter& writer,
+                                          const ScanHooks& scan, bool firstPage, bool& retried) {
+    QString address;
+    try {
+        address = m_hooks.buildUrl ? m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {},
+                                                      {}, m_pageOffset)
+                                   : protocol.url;
+    } catch (const std::exception&) {
+        return PageOutcome::Failed;
+    }
+
+    if (address != m_lastUrl) {
+        m_lastUrl = address;
+        m_view.LastUrl(address);
+        const QString file = UpdatePagePath();
+        FetchResult fetched = FetchResult::Failed;
+        QByteArray bytes;
+        try {
+            QFile::remove(file);
+            fetched = m_hooks.fetch ? m_hooks.fetch(address, file) : FetchResult::Failed;
+            Pump();
+            if (fetched == FetchResult::Ok) {
+                QFile page(file);
+                if (page.open(QIODevice::ReadOnly)) {
+                    bytes = page.readAll();
+                } else {
+                    fetched = FetchResult::Failed;
+                }
+            }
+        } catch (const std::exception&) {
+            fetched = FetchResult::Failed;
+        }
+        if (fetched == FetchResult::Cancelled || CurrentUi().CancelRequested()) {
+            TellCancel();
+            return PageOutcome::Cancelled;
+        }
+        if (fetched != FetchResult::Ok) {
+            m_view.ConnectStatus(line + QStringLiteral(" connection error."));
+            CurrentUi().Message(QStringLiteral("Retrieval of ") + protocol.runCaption +
+                                    QStringLiteral(" from eBay failed.  There is a connection "
+                                                   "problem or eBay is experiencing technical "
+                                                   "difficulties.  Update aborted."),
+                                QStringLiteral("Connection Error"), core::Icon::Critical);
+            return PageOutcome::Aborted;
+        }
+        m_page.Clear();
+        Pump();
+        m_page.Load(bytes);
+    } else if (!firstPage) {
+        // The next page has the address of the last one: the same records
+        // would come again for ever.
+        m_pageOffset = 0;
+        return PageOutcome::Done;
+    }
+    m_view.ConnectStatus(protocol.runCaption + QStringLiteral(" retrieved successfully."));
+
+    if (!scanner.SetUp(m_page)) {
+        if (!retried) {
+            m_view.ShowStatus(QStringLiteral("Updating Configuration"));
+            bool refreshed = false;
+            try {
+                refreshed = m_hooks.refreshPassword && m_hooks.refreshPassword();
+            } catch (const std::exception&) {
+                refreshed = false;
+            }
+            if (refreshed) {
+                retried = true;
+                return PageOutcome::Retry;
+            }
+        }
+        return PageOutcome::Failed;
+    }
+    if (m_pageOffset == 0) {
+        AddProgress();
+    }
+    m_view.ShowStatus(QStringLiteral("Processing ") + protocol.runCaption);
+
+    int recordCount = 0;  // RecordCountOnPage
+    bool failed = false;
+    bool cancelled = false;
+    QString queryError;
+    {
+        PageCommit commit(m_db);
+        while (scanner.ScanRecord(m_state, m_lists, scan) == PageScanner::RecordEnd::Complete) {
+            RecordWriter::Outcome written = RecordWriter::Outcome::Written;
+            try {
+                written = writer.WriteMain(protocol, m_lists);
+            } catch (const QueryError& e) {
+                queryError = e.Message();
+                failed = true;
+                break;
+            } catch (const core::StoreError&) {
+                failed = true;
+                break;
+            }
+            if (written == RecordWriter::Outcome::LeavePage) {
+                break;
+            }
+            m_lists.ClearRecord();
+            Pump();
+            if (CurrentUi().CancelRequested()) {
+                cancelled = true;
+                break;
+            }
+            ++recordCount;
+        }
+    }
+    // Told once the page's writes are committed.
+    if (failed) {
+        if (!queryError.isEmpty() && writer.FirstErrorOf(protocol.section)) {
+            CurrentUi().Message(queryError, QueryErrorTitle(), core::Icon::Warning);
+        }
+        return PageOutcome::Failed;
+    }
+    if (cancelled) {
+        TellCancel();
+        return PageOutcome::Cancelled;
+    }
+    if (protocol.Iterates() && recordCount > 0) {
+        m_pageOffset += protocol.IterateSkipValue();
+        return PageOutcome::NextPage;
+    }
+    m_pageOffset = 0;
+    return PageOutcome::Done;
+}
+
+}  // namespace lw::update

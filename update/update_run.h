@@ -1,0 +1,112 @@
+// One update, as the update window drives it: the run list from RunProt.dat,
+// each protocol's pages fetched, scanned and written, the progress, the one
+// password refresh, paging, cancel, and the end-of-run steps (site clock,
+// counters, repair, LastUpdate, redraw) that run whatever happened before.
+// Everything shown goes through an UpdateView and the session's Ui;
+// everything that reaches the network or another subsystem goes through
+// hooks, so that the run can be tested without either.
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <optional>
+
+#include "core/store.h"
+#include "update/protocol.h"
+#include "update/scanner.h"
+#include "update/site_session.h"
+
+namespace lw::update {
+
+class RecordWriter;
+class RuleStore;
+
+struct UpdateHooks {
+    // CheckRuleUpdate: false ends the update before any page unless the
+    // rules were checked earlier in this run.
+    std::function<bool()> checkRules;
+    // FetchToFile through the user's proxy.
+    std::function<FetchResult(const QString& url, const QString& file)> fetch;
+    // BuildUrl.
+    std::function<QString(const QString& url, int siteNumber, const QStringList& fields,
+                          const QStringList& values, qint64 pageOffset)>
+        buildUrl;
+    // RefreshEncodedPassword.
+    std::function<bool()> refreshPassword;
+    // PrepareUsageReport, before the run.
+    std::function<void()> prepareUsageReport;
+    // The post-update repair.
+    std::function<void()> repairNulls;
+    // Redraws the main window's lists; null: nothing to redraw.
+    std::function<void()> redraw;
+    // The local clock, for LastUpdate.
+    std::function<QDateTime()> now;
+};
+
+// The hooks of a real update over db: the rule check, the fetch, the address
+// and the password refresh of the site session, the usage report and the
+// repair. db must outlive the hooks.
+UpdateHooks DefaultUpdateHooks(core::Database& db);
+
+class UpdateRun {
+public:
+    enum class Result {
+        Complete,     // every protocol ran (some may have failed and been passed over)
+        RulesFailed,  // the version check failed: no page was fetched
+        Aborted,      // a page could not be fetched: the rest of the list did not run
+        Cancelled,    // the user cancelled: what was written stays
+    };
+
+    // Protocols are read from rules (store 0) when each starts.
+    UpdateRun(core::Database& db, UpdateView& view, UpdateHooks hooks);
+    UpdateRun(core::Database& db, UpdateView& view, UpdateHooks hooks, const RuleStore& rules);
+
+    // The window's activation: reads RunProt.dat, runs the update, then the
+    // end-of-run steps.
+    Result Activate();
+    // The same over a given list.
+    Result Activate(const QStringList& runList);
+
+    // RunUpdate over the list; the progress step must be set (Activate does).
+    Result RunUpdate(const QStringList& runList);
+
+    // Int(100 / (2 x count)); 0 for an empty list.
+    static int ProgressStep(qsizetype protocolCount);
+    int Progress() const { return m_bar; }
+
+    // The scratch pages in ConfigsDir.
+    static QString UpdatePagePath();
+    static QString AncillaryPagePath();
+
+private:
+    enum class PageOutcome { Done, NextPage, Retry, Failed, Aborted, Cancelled };
+
+    Result Activate(const std::optional<QStringList>& given);
+    Result RunProtocols(const QStringList& runList);
+    PageOutcome RunPage(const QString& line, const ProtocolRecord& protocol, PageScanner& scanner,
+                        RecordWriter& writer, const ScanHooks& scan, bool firstPage, bool& retried);
+    void AddProgress();
+    void TellCancel();
+    void ProtocolFailed(const QString& line, const ProtocolRecord& protocol);
+    void FinishUpdate(const QString& keptSiteTime);
+    QString SiteTime();
+    void Pump();
+
+    core::Database& m_db;
+    UpdateView& m_view;
+    UpdateHooks m_hooks;
+    const RuleStore& m_rules;
+
+    ScanState m_state;
+    ScanLists m_lists;
+    PageText m_page;  // txtUnparsed
+    QString m_lastUrl;
+    qint64 m_pageOffset = 0;
+    int m_step = 0;
+    int m_bar = 0;
+    bool m_cancelTold = false;
+};
+
+}  // namespace lw::update
