@@ -1,6 +1,8 @@
 // The demo marketplace's HTML.
 #include "site/pages.h"
 
+#include <algorithm>
+
 #include "site/site_text.h"
 
 namespace lw::site {

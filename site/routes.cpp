@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "site/credentials.h"
+#include "site/seeder.h"
 #include "site/site_text.h"
 
 namespace lw::site {
@@ -681,7 +682,7 @@ void MarketSite::Register(httplib::Server& server) {
             SendHtml(response, MessagePage("Service unavailable", "The Demo Market is down."), 503);
             return;
         }
-        SendHtml(response, HomePage("demo_seller", "demo"));
+        SendHtml(response, HomePage(kDemoUserId, kDemoPassword));
     });
     auto rules = [this](const httplib::Request& request, httplib::Response& response) {
         Rules(request, response);

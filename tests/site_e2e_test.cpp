@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "tests/support/test_support.h"
+#include "update/site_session.h"
 
 using lw::test::BinDir;
 
@@ -815,4 +816,62 @@ TEST(SiteRules, ShippedProtocolMarkersStandOnTheSitesPages) {
         ++checked;
     }
     EXPECT_GE(checked, 8 + 2 + 12) << "the run protocols, the item pages and the winner pages";
+}
+
+// The direct post as the program makes it: the slot table of info.pro, the
+// program's form encoder, the review page's hidden fields as the program
+// extracts them, and the item number found behind the rules' marker.
+TEST(SitePosts, TheProgramsFormEncodingListsAnItem) {
+    Site site(SeedArgs(5));
+    ASSERT_SITE(site);
+    const auto info = RuleSections(ReadSource("rules/info.pro"));
+    const auto& names = info.at("AuctionPost Names");
+    const auto& defaults = info.at("AuctionPost Defaults");
+    const int count = std::stoi(names.at("Count"));
+    QStringList slotNames{QString()};
+    QStringList slotValues{QString()};
+    for (int n = 1; n <= count; ++n) {
+        const std::string key = std::to_string(n);
+        slotNames << QString::fromStdString(names.at("Field" + key));
+        slotValues << QString::fromStdString(defaults.at("Default" + key));
+    }
+    const auto put = [&](const char* field, const QString& value) {
+        const qsizetype slot = slotNames.indexOf(QString::fromUtf8(field));
+        ASSERT_GT(slot, 0) << field;
+        slotValues[slot] = value;
+    };
+    put("title", QStringLiteral("Tin sign &#34;Drink Fizz&#34; & bottle opener"));
+    put("category", QStringLiteral("401"));
+    put("description", QStringLiteral("<p>Some <b>rust</b>, see photos.</p>"));
+    put("location", QStringLiteral("Albany, NY"));
+    put("minimumbid", QStringLiteral("7.25"));
+    put("duration", QStringLiteral("5"));
+    put("userid", QStringLiteral("demo_seller"));
+    put("password", QStringLiteral("demo"));
+    const QString body = lw::update::BuildPostBody(slotNames, slotValues, count);
+
+    const auto sections = RuleSections(ReadSource("rules/site.pro"));
+    const auto& post = sections.at("Auction Post");
+    const auto review = site.Post(post.at("url"), body.toStdString());
+    ASSERT_EQ(review.body.find("Problem with your listing"), std::string::npos) << review.body;
+    const QString confirm = lw::update::ExtractHiddenFields(
+        QString::fromStdString(review.body), QString::fromStdString(post.at("Action")));
+    ASSERT_FALSE(confirm.isEmpty());
+    const auto listed = site.Post(post.at("url2"), confirm.toStdString());
+
+    // The new item number as the program reads it: behind the marker, past
+    // the next ">", up to "<", less as many characters as Split has.
+    const auto& number = sections.at("eBay New Auction Number");
+    const size_t marker = listed.body.find(number.at("Item1 Start"));
+    ASSERT_NE(marker, std::string::npos) << listed.body;
+    const size_t from = listed.body.find('>', marker) + 1;
+    const std::string shown = listed.body.substr(from, listed.body.find('<', from) - from);
+    const std::string item = shown.substr(number.at("Split").size());
+    ASSERT_FALSE(item.empty());
+    const std::string page = site.Get(std::string(kCgi) + "?ViewItem&item=" + item).body;
+    EXPECT_NE(page.find("<h2>Tin sign &#34;Drink Fizz&#34; &amp; bottle opener</h2>"),
+              std::string::npos)
+        << page;
+    EXPECT_NE(page.find("<td class=\"first\">$7.25</td>"), std::string::npos);
+    EXPECT_NE(page.find("<td class=\"cat\">Collectibles: Advertising</td>"), std::string::npos);
 }
