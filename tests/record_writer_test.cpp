@@ -57,6 +57,9 @@ protected:
         m_writer.emplace(*m_db, QStringLiteral("seller1"));
     }
 
+    // The session must not keep speaking through this fixture's Ui.
+    void TearDown() override { lw::core::ResetSession(); }
+
     qint64 Count(const QString& sql) { return m_db->ScalarInt(sql); }
 
     // One column of the Auctions rows of an item number, in rowid order.

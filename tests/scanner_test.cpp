@@ -479,6 +479,9 @@ protected:
         m_scratch = m_root.File(QStringLiteral("ancillary.txt"));
     }
 
+    // The session must not keep speaking through this fixture's Ui.
+    void TearDown() override { lw::core::ResetSession(); }
+
     struct View : UpdateView {
         void Status(const QString& text) override { statuses << text; }
         void ConnectStatus(const QString& text) override { connects << text; }
@@ -727,4 +730,82 @@ TEST(ScannerEnds, FiftyMegabytesScanQuickly) {
     const size_t records = Bounded(Main(kTable), page, 1000000);
     EXPECT_EQ(records, static_cast<size_t>((half - 7 + row.size() - 1) / row.size()));
     EXPECT_LT(timer.elapsed(), 5000);
+}
+
+// ------------------------------------------------------------ the scan command
+
+// The scan command's code is built into this suite: the command line's own
+// executable is no library to link with.
+#include "app/cli_scan.cpp"  // NOLINT(bugprone-suspicious-include)
+
+namespace {
+
+class ScanCommandTest : public ::testing::Test {
+protected:
+    int Scan(const QString& protocol, const QString& pagesDir = QString()) {
+        m_out.clear();
+        m_err.clear();
+        QTextStream out(&m_out);
+        QTextStream err(&m_err);
+        return lw::app::RunScan(m_rules, protocol, m_page, pagesDir, out, err);
+    }
+    QStringList Lines() const { return m_out.split(u'\n', Qt::SkipEmptyParts); }
+
+    TempRoot m_root;
+    QString m_rules =
+        m_root.Write(QStringLiteral("site.pro"),
+                     "[List eBay]\nGStart=<table\nGend=</table>\nItems=3\nItem1=ItemNumber\n"
+                     "Item1 Start=<td class=n\nItem1 AncillaryIf=Not Null\n"
+                     "Item1 Ancillary Protocol=Item eBay\nItem2 Start=<td class=t\nItem3=HighBid\n"
+                     "Item3 Start=<td class=h\nItem3 Skip=skip me\nItem3 IncludeTag= hot\n"
+                     "Item3 IncludeTagField=Hot\nItem3 IncludeTagValue=1\nWriteFields=1\n"
+                     "WriteField1=Title\nWriteField1 Value=2\n\n"
+                     "[Item eBay]\nUrl=http://site/item?n=[ItemNumber]&s=[SKIP]\nGStart=<!-- I\n"
+                     "Gend=<!-- /I\nItems=1\nItem1=ItemCategory\nItem1 Start=<td class=c\n");
+    QString m_page =
+        m_root.Write(QStringLiteral("list.html"),
+                     "<table><td class=n>1</td><td class=t>Say \"hi\"\\</td><td class=h hot>$1</td>"
+                     "<td class=n>2</td><td class=t>skip me</td><td class=h>$2</td></table>");
+    QString m_out;
+    QString m_err;
+};
+
+}  // namespace
+
+TEST_F(ScanCommandTest, RecordsArePrintedAsJsonLinesWithAncillaryRecordsBeforeThem) {
+    const QString pages = m_root.Path() + QStringLiteral("/pages");
+    m_root.Write(QStringLiteral("pages/index.txt"), "http://site/item?n=1&s=0\tone.html\n");
+    m_root.Write(QStringLiteral("pages/one.html"), "<!-- I --><td class=c>Toys<!-- /I -->");
+    EXPECT_EQ(Scan(QStringLiteral("List eBay"), pages), lw::app::kExitOk);
+    EXPECT_EQ(
+        Lines(),
+        (QStringList{QStringLiteral("{\"@protocol\": \"Item eBay\", \"ItemCategory\": \"Toys\"}"),
+                     QStringLiteral("{\"ItemNumber\": \"1\", \"[2]\": \"Say \\\"hi\\\"\\\\\", "
+                                    "\"HighBid\": \"$1\", \"Hot\": \"1\", \"Title\": \"Say "
+                                    "\\\"hi\\\"\\\\\"}"),
+                     QStringLiteral("{\"ItemNumber\": \"2\", \"[2]\": \"skip me\", \"HighBid\": "
+                                    "\"--\", \"Title\": \"skip me\"}")}));
+    // The second item page is not saved: said, and passed over.
+    EXPECT_TRUE(m_err.contains(QStringLiteral("http://site/item?n=2&s=0"))) << m_err.toStdString();
+}
+
+TEST_F(ScanCommandTest, SavedPagesAreFoundByTheirPercentEncodedAddress) {
+    const QString pages = m_root.Path() + QStringLiteral("/pages");
+    m_root.Write(QStringLiteral("pages/http%3A%2F%2Fsite%2Fitem%3Fn%3D2%26s%3D0"),
+                 "<!-- I --><td class=c>Books<!-- /I -->");
+    Scan(QStringLiteral("List eBay"), pages);
+    EXPECT_TRUE(m_out.contains(QStringLiteral("\"Books\""))) << m_out.toStdString();
+}
+
+TEST_F(ScanCommandTest, MissingProtocolsFilesAndMarkersAreTold) {
+    EXPECT_EQ(Scan(QStringLiteral("No Such eBay")), lw::app::kExitNotFound);
+    EXPECT_TRUE(m_err.contains(QStringLiteral("No Such eBay")));
+    m_page = m_root.Write(QStringLiteral("other.html"), "<p>changed page</p>");
+    EXPECT_EQ(Scan(QStringLiteral("List eBay")), lw::app::kExitFailure);
+    EXPECT_TRUE(m_err.contains(QStringLiteral("GStart \"<table\""))) << m_err.toStdString();
+    m_page = m_root.File(QStringLiteral("missing.html"));
+    EXPECT_EQ(Scan(QStringLiteral("List eBay")), lw::app::kExitFailure);
+    m_rules = m_root.File(QStringLiteral("missing.pro"));
+    EXPECT_EQ(Scan(QStringLiteral("List eBay")), lw::app::kExitFailure);
+    EXPECT_TRUE(m_out.isEmpty());
 }

@@ -151,6 +151,9 @@ protected:
             "<!-- ITEM --><td class=cat>Toys<!-- /ITEM -->";
     }
 
+    // The session must not keep speaking through this fixture's Ui.
+    void TearDown() override { lw::core::ResetSession(); }
+
     UpdateHooks Hooks() {
         UpdateHooks hooks;
         hooks.checkRules = [this] {
