@@ -3,6 +3,7 @@
 // switched off; any failure is ignored, because counting may never stop real work.
 #pragma once
 
+#include <QDate>
 #include <QString>
 #include <functional>
 
@@ -15,8 +16,17 @@ using ReportSender = std::function<bool(const QString& file)>;
 
 // Writes trkrpt.dat when due and sends it; returns true when a report was sent.
 bool PrepareUsageReport(core::Database& db, const ReportSender& send = {});
+// The same with today's date given.
+bool PrepareUsageReport(core::Database& db, const ReportSender& send, const QDate& today);
 
 // The one-way scramble of the e-mail line.
 QString ScrambleForReport(const QString& text);
+
+// The sender used when none is given: an FTP upload of the file as
+// trkrpt.dat into the folder `account` on `host`, signed in as `userid` with
+// `pass`, all four from rule section "Tracking" of the second rule text. It
+// says "Logged in to Tolvane", "Information sent" and "Disconnected from
+// Tolvane" on the status line, and gives up after a few seconds.
+ReportSender FtpReportSender();
 
 }  // namespace lw::update
