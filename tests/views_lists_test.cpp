@@ -11,6 +11,7 @@
 #include <array>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <vector>
 
 #include "core/session.h"
@@ -27,6 +28,11 @@ using lw::views::Group;
 using lw::views::ListingModel;
 using lw::views::MoveButtons;
 using lw::views::SalesListing;
+
+// Failures print texts, not code units.
+void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace {
 
