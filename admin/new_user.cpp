@@ -16,37 +16,47 @@ const QString& Title() {
 
 }  // namespace
 
-QString NewUserProblem(const core::NewUser& user, const QString& repeatPassword) {
+NewUserCheck CheckNewUser(const core::NewUser& user, const QString& repeatPassword) {
     if (user.userName.trimmed().isEmpty()) {
-        return QStringLiteral("Please enter a name for the new user.");
+        return {NewUserEntry::UserName, QStringLiteral("Please enter a name for the new user.")};
     }
     if (user.siteUserId.trimmed().isEmpty()) {
-        return QStringLiteral("Please enter your User ID on the auction site.");
+        return {NewUserEntry::SiteUserId,
+                QStringLiteral("Please enter your User ID on the auction site.")};
     }
     if (user.password.isEmpty()) {
-        return QStringLiteral("Please enter your password on the auction site.");
+        return {NewUserEntry::Password,
+                QStringLiteral("Please enter your password on the auction site.")};
     }
     if (user.password != repeatPassword) {
-        return QStringLiteral(
-            "The two passwords do not match. Please enter the same password twice.");
+        return {NewUserEntry::RepeatPassword,
+                QStringLiteral(
+                    "The two passwords do not match. Please enter the same password twice.")};
     }
     const QString email = user.email.trimmed();
     if (!email.contains(u'@') || !email.contains(u'.')) {
-        return QStringLiteral("Your email Address Is Not Valid, Please Reenter");
+        return {NewUserEntry::Email,
+                QStringLiteral("Your email Address Is Not Valid, Please Reenter")};
     }
-    return QString();
+    return {};
 }
 
 bool CreateNewUser(core::Database& db, const core::NewUser& user, const QString& repeatPassword,
-                   core::Ui& ui) {
-    const QString problem = NewUserProblem(user, repeatPassword);
-    if (!problem.isEmpty()) {
-        ui.Message(problem, Title(), core::Icon::Warning);
+                   core::Ui& ui, NewUserEntry* fieldAtFault) {
+    const NewUserCheck check = CheckNewUser(user, repeatPassword);
+    if (fieldAtFault != nullptr) {
+        *fieldAtFault = check.entry;
+    }
+    if (check.entry != NewUserEntry::None) {
+        ui.Message(check.message, Title(), core::Icon::Warning);
         return false;
     }
     try {
         core::AddUser(db, user, true);
     } catch (const core::StoreError& error) {
+        if (fieldAtFault != nullptr) {
+            *fieldAtFault = NewUserEntry::UserName;
+        }
         ui.Message(error.Message(), Title(), core::Icon::Warning);
         return false;
     }

@@ -12,16 +12,21 @@
 
 namespace lw::admin {
 
-// What is wrong with the entry, as the message shown for it; empty when it
-// may be saved. Checked in the order of the window: name, site user ID,
-// password and its repetition, e-mail.
-QString NewUserProblem(const core::NewUser& user, const QString& repeatPassword);
+// What is wrong with the entry: the first field at fault, in the order of the
+// window (name, site user ID, password and its repetition, e-mail), and the
+// message shown for it. entry None: it may be saved.
+enum class NewUserEntry { None, UserName, SiteUserId, Password, RepeatPassword, Email };
+struct NewUserCheck {
+    NewUserEntry entry = NewUserEntry::None;
+    QString message;
+};
+NewUserCheck CheckNewUser(const core::NewUser& user, const QString& repeatPassword);
 
 // OK: checks, then adds the rows. A problem or a store failure (a name that
 // is already taken, for one) is told through the Ui; false then, and nothing
 // is written.
 bool CreateNewUser(core::Database& db, const core::NewUser& user, const QString& repeatPassword,
-                   core::Ui& ui);
+                   core::Ui& ui, NewUserEntry* fieldAtFault = nullptr);
 
 // Cancel: leaves nuwcancel.cfg in ConfigsDir. False when it cannot be written.
 bool CancelNewUser();
