@@ -5,6 +5,7 @@
 #include "admin/preferences.h"
 
 #include <QSet>
+#include <algorithm>
 
 #include "core/settings.h"
 #include "core/text.h"
