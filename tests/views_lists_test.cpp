@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QDateTime>
+#include <QFile>
 #include <QPersistentModelIndex>
 #include <QStringList>
 #include <QVariant>
@@ -19,6 +20,7 @@
 #include "core/store.h"
 #include "tests/support/test_support.h"
 #include "views/listings.h"
+#include "views/sidecar_files.h"
 
 using lw::core::Database;
 using lw::core::Statement;
@@ -819,6 +821,52 @@ TEST(TimeLeftTicks, ACountOfTicksWaitsAndMillisecondsRedrawOnEveryTick) {
     EXPECT_TRUE(direct.Tick());
     EXPECT_TRUE(direct.Tick());
     EXPECT_EQ(direct.Counted(), QStringLiteral("0"));
+}
+
+// ------------------------------------------------------------ sidecar files
+
+TEST_F(ListsTest, SidecarFilesFillSalesWithoutAShippingMethodAndGo) {
+    const QString dir = lw::core::CurrentSession().UserDataDir;
+    auto write = [&dir](const QString& name, const QByteArray& bytes) {
+        QFile file(dir + name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    };
+    Item it;
+    it.endDate = DaysFromNow(3);
+    it.item = QStringLiteral("1001");
+    AddSale(it);
+    it.item = QStringLiteral("1002");
+    AddSale(it);
+    Db().Prepare(QStringLiteral("UPDATE Auctions SET ShippingMethod = 'UPS' WHERE ItemNumber = ?"))
+        .Bind(1, QStringLiteral("1002"))
+        .Run();
+    it.item = QStringLiteral("1003");
+    it.user = QStringLiteral("Other");
+    AddSale(it);
+    write(QStringLiteral("1001.pos"), "$4.50\r\nUSPS Priority\r\n");
+    write(QStringLiteral("1001.itc"), "$2.00\n");
+    write(QStringLiteral("1002.pos"), "$9.00\nFedEx\n");
+    write(QStringLiteral("1003.pos"), "$1.00\nMail\n");
+
+    EXPECT_EQ(lw::views::ImportSidecarFiles(Db()), 2);
+
+    Statement row = Db().Prepare(QStringLiteral(
+        "SELECT OrderShipping, ShippingMethod, ItemCost FROM Auctions WHERE ItemNumber = ?"));
+    row.Bind(1, QStringLiteral("1001"));
+    ASSERT_TRUE(row.Step());
+    EXPECT_EQ(row.Text(0), QStringLiteral("$4.50"));
+    EXPECT_EQ(row.Text(1), QStringLiteral("USPS Priority"));
+    EXPECT_EQ(row.Text(2), QStringLiteral("$2.00"));
+    EXPECT_FALSE(QFile::exists(dir + QStringLiteral("1001.pos")));
+    EXPECT_FALSE(QFile::exists(dir + QStringLiteral("1001.itc")));
+
+    row.Reset();
+    row.Bind(1, QStringLiteral("1002"));
+    ASSERT_TRUE(row.Step());
+    EXPECT_EQ(row.Text(1), QStringLiteral("UPS"));
+    EXPECT_TRUE(QFile::exists(dir + QStringLiteral("1002.pos")));
+    EXPECT_TRUE(QFile::exists(dir + QStringLiteral("1003.pos")));
 }
 
 // ------------------------------------------------------------ size
