@@ -344,8 +344,8 @@ qint64 SalesListing::Count(Database& db, Group group) const {
     return CountOf(std::move(s));
 }
 
-QString SalesListing::Caption(Database& db, Group group) const {
-    const qint64 count = Count(db, group);
+QString SalesListing::Caption(Database& db, Group group, std::optional<qint64> knownCount) const {
+    const qint64 count = knownCount ? *knownCount : Count(db, group);
     const QString name = group == Group::Current ? QStringLiteral("Current Sales")
                                                  : QStringLiteral("Archived Sales");
     const QString successful = m_successfulOnly ? QStringLiteral("Successful ") : QString();
@@ -371,6 +371,13 @@ QString SalesListing::Caption(Database& db, Group group) const {
     return successful + name + QStringLiteral(" (") + range + u')';
 }
 
+void SalesListing::WriteCaptions(Database& db) {
+    for (const Group group : {Group::Current, Group::Archived}) {
+        m_captions[static_cast<size_t>(group)] =
+            Caption(db, group, group == m_group ? std::optional<qint64>(m_count) : std::nullopt);
+    }
+}
+
 QString SalesListing::CurrentSalesCaption(Database& db) const {
     return Caption(db, Group::Current);
 }
@@ -392,7 +399,7 @@ void SalesListing::Show(Database& db, Group group, bool moveBack, bool goFirst, 
         m_total = Currency(0);
         m_totalLabel = 1;
         m_buttons.enabled[0] = m_buttons.enabled[1] = false;
-        m_captions = {Caption(db, Group::Current), Caption(db, Group::Archived)};
+        WriteCaptions(db);
         return;
     }
     m_empty = false;
@@ -454,7 +461,7 @@ void SalesListing::Show(Database& db, Group group, bool moveBack, bool goFirst, 
     m_total = Currency(SumOfHighBids(m_model));
     m_totalLabel = 2;
     m_buttons = UpdateMoveButtons(page.start, page.end, m_count);
-    m_captions = {Caption(db, Group::Current), Caption(db, Group::Archived)};
+    WriteCaptions(db);
     if (page.end >= m_count) {
         m_row1Data = page.end;
     }
@@ -526,11 +533,12 @@ qint64 BidsListing::Count(Database& db, Group group, bool successful) const {
     return CountOf(std::move(s));
 }
 
-QString BidsListing::Caption(Database& db, Group group) const {
-    const qint64 count = Count(db, group, m_successfulOnly);
+QString BidsListing::Caption(Database& db, Group group, bool successful,
+                             std::optional<qint64> knownCount) const {
+    const qint64 count = knownCount ? *knownCount : Count(db, group, successful);
     QString name =
         group == Group::Current ? QStringLiteral("Current Bids") : QStringLiteral("Archived Bids");
-    if (m_successfulOnly) {
+    if (successful) {
         name = QStringLiteral("Successful ") + name;
     }
     if (count == 0) {
@@ -539,12 +547,20 @@ QString BidsListing::Caption(Database& db, Group group) const {
     return name + QStringLiteral(" (") + QString::number(count) + u')';
 }
 
+void BidsListing::WriteCaptions(Database& db, bool successful) {
+    for (const Group group : {Group::Current, Group::Archived}) {
+        m_captions[static_cast<size_t>(group)] =
+            Caption(db, group, successful,
+                    group == m_group ? std::optional<qint64>(m_count) : std::nullopt);
+    }
+}
+
 QString BidsListing::CurrentBidsCaption(Database& db) const {
-    return Caption(db, Group::Current);
+    return Caption(db, Group::Current, m_successfulOnly);
 }
 
 QString BidsListing::ArchivedBidsCaption(Database& db) const {
-    return Caption(db, Group::Archived);
+    return Caption(db, Group::Archived, m_successfulOnly);
 }
 
 void BidsListing::Show(Database& db, Group group, bool successful) {
@@ -604,7 +620,7 @@ void BidsListing::Show(Database& db, Group group, bool successful) {
                     core::CurrentSession().SiteCorrection);
     m_empty = m_count == 0;
     m_total = Currency(SumOfHighBids(m_model));
-    m_captions = {Caption(db, Group::Current), Caption(db, Group::Archived)};
+    WriteCaptions(db, successful);
 }
 
 bool BidsListing::RefreshTimeLeftBids(Database& db, const QDateTime& now) {

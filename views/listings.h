@@ -110,7 +110,10 @@ public:
 private:
     void Show(core::Database& db, Group group, bool moveBack, bool goFirst, bool goLast);
     qint64 Count(core::Database& db, Group group) const;
-    QString Caption(core::Database& db, Group group) const;
+    // knownCount: the group's count when the caller has just read it.
+    QString Caption(core::Database& db, Group group,
+                    std::optional<qint64> knownCount = std::nullopt) const;
+    void WriteCaptions(core::Database& db);
 
     ListingModel m_model;
     Group m_group = Group::Current;
@@ -167,7 +170,9 @@ public:
 private:
     void Show(core::Database& db, Group group, bool successful);
     qint64 Count(core::Database& db, Group group, bool successful) const;
-    QString Caption(core::Database& db, Group group) const;
+    QString Caption(core::Database& db, Group group, bool successful,
+                    std::optional<qint64> knownCount = std::nullopt) const;
+    void WriteCaptions(core::Database& db, bool successful);
 
     ListingModel m_model;
     Group m_group = Group::Current;
