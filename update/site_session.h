@@ -52,7 +52,8 @@ bool IsConnected(core::Database& db, const QString& purpose, bool showMessage);
 // The site's CGI address for posts, from the rule store.
 QString CgiUrl();
 // Posts a body to the CGI address through the user's proxy; the answer is
-// capped at 75,000 characters. Empty when the post failed.
+// capped at 75,000 characters. Empty when the post failed, an answer with an
+// error status included: every caller takes an answer as acceptance.
 QByteArray PostAndWait(core::Database& db, const QByteArray& body);
 
 QString GetEncodedPassword(core::Database& db);
