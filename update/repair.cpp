@@ -179,7 +179,7 @@ QString WithoutBlanks(QString text) {
     return text.remove(u' ');
 }
 
-// VB's Trim: blanks only.
+// Trimming as the site's texts are compared: blanks only.
 QString TrimBlanks(const QString& text) {
     qsizetype first = 0;
     qsizetype last = text.size();

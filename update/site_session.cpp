@@ -68,7 +68,7 @@ QString WithoutCheckCharacter(const QString& fetched) {
     return fetched.left(fetched.size() - 1);
 }
 
-// VB's Trim: blanks only, not tabs or line ends.
+// Trimming as the site's texts are compared: blanks only, not tabs or line ends.
 QString TrimBlanks(const QString& text) {
     qsizetype first = 0;
     qsizetype last = text.size();
