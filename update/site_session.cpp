@@ -539,9 +539,8 @@ QString BuildPostBody(const QStringList& names, const QStringList& values, int c
 }
 
 QString ExtractHiddenFields(const QString& page, const QString& formMarker) {
-    // The page used to go to the clipboard first, for support to look at; a
-    // library has no business with the user's clipboard, so that step is left
-    // out.
+    // The page is not put on the clipboard for support to look at: a library
+    // has no business with the user's clipboard.
     const qsizetype formAt =
         formMarker.isEmpty() ? -1 : page.indexOf(formMarker, 0, Qt::CaseInsensitive);
     if (formAt < 0) {
