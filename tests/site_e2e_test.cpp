@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
+#include <algorithm>
 #include <cctype>
 #include <ctime>
 #include <map>
@@ -20,6 +21,9 @@
 #include <vector>
 
 #include "tests/support/test_support.h"
+#include "update/protocol.h"
+#include "update/rules.h"
+#include "update/scanner.h"
 #include "update/site_session.h"
 
 using lw::test::BinDir;
@@ -874,4 +878,266 @@ TEST(SitePosts, TheProgramsFormEncodingListsAnItem) {
         << page;
     EXPECT_NE(page.find("<td class=\"first\">$7.25</td>"), std::string::npos);
     EXPECT_NE(page.find("<td class=\"cat\">Collectibles: Advertising</td>"), std::string::npos);
+}
+
+namespace {
+
+// A record as the writer would see it: field and value pairs in item order
+// (items without a field left out), the includes after them, then the extra
+// writes; "@protocol" names an ancillary record's protocol.
+using Record = std::map<std::string, std::string>;
+
+std::string Decoded(std::string text) {
+    for (const auto& [entity, plain] : std::vector<std::pair<std::string, std::string>>{
+             {"&nbsp;", " "}, {"&amp;", "&"}, {"&#38;", "&"}, {"&#39;", "'"}, {"&#34;", "\""}}) {
+        for (size_t at = text.find(entity); at != std::string::npos; at = text.find(entity)) {
+            text.replace(at, entity.size(), plain);
+        }
+    }
+    return text;
+}
+
+std::string Trimmed(const QString& text) {
+    return text.trimmed().toStdString();
+}
+
+std::string SourceValue(const QString& source, const QStringList& items,
+                        const QStringList& ancillary) {
+    const bool fromAncillary = source.startsWith(u'A');
+    const int n = (fromAncillary ? source.mid(1) : source).toInt();
+    const QStringList& list = fromAncillary ? ancillary : items;
+    return n >= 1 && n <= list.size() ? Trimmed(list.at(n - 1)) : std::string();
+}
+
+// Runs a protocol of the shipped site.pro over the site's pages with the
+// program's scanner: paging by IterateSkip, ancillary pages fetched from the
+// site, records collected in order.
+std::vector<Record> ScanProtocol(Site& site, const std::string& token, const QString& name) {
+    using namespace lw::update;
+    RuleStore rules;
+    rules.SetText(kSiteStore,
+                  lw::test::ReadAll(lw::test::SourceDir() + QStringLiteral("/rules/site.pro")) +
+                      QStringLiteral("\r\n\r\n"));
+    const auto address = [&](QString url, const ScanLists& lists) {
+        url.replace(QStringLiteral("http://127.0.0.1:8750"), QString());
+        url.replace(QStringLiteral("[USERID]"), QStringLiteral("demo_seller"));
+        url.replace(QStringLiteral("[PASSWORD]"), QString::fromStdString(token));
+        url.replace(QStringLiteral("[DAYS]"), QStringLiteral("30"));
+        for (qsizetype i = 0; i < lists.fields.size() && i < lists.items.size(); ++i) {
+            url.replace(u'[' + lists.fields.at(i) + u']', lists.items.at(i).trimmed());
+        }
+        return url;
+    };
+    const ProtocolRecord protocol = LoadRunProtocol(rules, name);
+    std::vector<Record> records;
+    PageScanner scanner(protocol);
+    ScanState state;
+    qint64 offset = 0;
+    for (int pageCount = 0; pageCount < 100; ++pageCount) {
+        QString url = address(protocol.url, {});
+        url.replace(QStringLiteral("[SKIP]"), QString::number(offset));
+        const PageText page(QByteArray::fromStdString(site.Get(url.toStdString()).body));
+        if (!scanner.SetUp(page)) {
+            ADD_FAILURE() << name.toStdString() << ": markers missing on " << url.toStdString();
+            break;
+        }
+        int onPage = 0;
+        for (;;) {
+            ScanLists lists;
+            ScanHooks hooks;
+            hooks.pumpEvents = [] {};
+            hooks.runAncillary = [&](const ItemRule& item, ScanLists& inProgress) {
+                const ProtocolRecord ancillary =
+                    LoadAncillaryProtocol(rules, item.ancillaryProtocol);
+                const PageText itemPage(QByteArray::fromStdString(
+                    site.Get(address(ancillary.url, inProgress).toStdString()).body));
+                PageScanner itemScanner(ancillary);
+                itemScanner.SetUpAncillary(itemPage);
+                inProgress.ancillaryItems.clear();
+                if (itemScanner.ScanAncillaryRecord(inProgress, hooks)) {
+                    Record record{{"@protocol", ancillary.section.toStdString()}};
+                    for (size_t i = 0; i < ancillary.items.size(); ++i) {
+                        if (ancillary.items[i].field != RuleError()) {
+                            record[ancillary.items[i].field.toStdString()] =
+                                Trimmed(inProgress.ancillaryItems.value(static_cast<qsizetype>(i)));
+                        }
+                    }
+                    for (const WriteRule& write : ancillary.writes) {
+                        record[write.field.toStdString()] =
+                            SourceValue(write.source, inProgress.items, inProgress.ancillaryItems);
+                    }
+                    records.push_back(record);
+                }
+                inProgress.ancillaryItems.clear();
+            };
+            if (scanner.ScanRecord(state, lists, hooks) != PageScanner::RecordEnd::Complete) {
+                break;
+            }
+            ++onPage;
+            Record record;
+            for (size_t i = 0; i < protocol.items.size(); ++i) {
+                if (protocol.items[i].field != RuleError()) {
+                    record[protocol.items[i].field.toStdString()] =
+                        Trimmed(lists.items.value(static_cast<qsizetype>(i)));
+                }
+            }
+            for (qsizetype i = 0; i < lists.includes.size(); ++i) {
+                record[lists.includes.at(i).toStdString()] =
+                    lists.includeValues.value(i).toStdString();
+            }
+            for (const WriteRule& write : protocol.writes) {
+                record[write.field.toStdString()] = SourceValue(write.source, lists.items, {});
+            }
+            records.push_back(record);
+        }
+        if (!protocol.Iterates() || onPage == 0) {
+            break;
+        }
+        offset += protocol.IterateSkipValue();
+    }
+    return records;
+}
+
+std::vector<Record> Main(const std::vector<Record>& records) {
+    std::vector<Record> main;
+    for (const Record& record : records) {
+        if (!record.count("@protocol")) {
+            main.push_back(record);
+        }
+    }
+    return main;
+}
+
+size_t CountOf(const std::vector<Record>& records, const std::string& prefix) {
+    return static_cast<size_t>(std::count_if(records.begin(), records.end(), [&](const Record& r) {
+        const auto at = r.find("@protocol");
+        return at != r.end() && at->second.rfind(prefix, 0) == 0;
+    }));
+}
+
+}  // namespace
+
+// The shipped rules over the site's pages with the program's own scanner:
+// every run protocol yields one record per row with the values the page
+// shows, its ancillary protocols read the item and winner pages, and the
+// redesigned pages are read through the alternate start markers.
+TEST(SiteRulesScan, EveryRunProtocolYieldsTheRecordsOfItsPages) {
+    Site site(SeedArgs(6) << QStringLiteral("--page-size") << QStringLiteral("50"));
+    ASSERT_SITE(site);
+    const std::string token = DemoToken(site);
+    const auto list = [&](const char* command, const char* begin, const char* end) {
+        std::vector<std::map<std::string, std::string>> rows;
+        for (int skip = 0;; skip += 50) {
+            const auto page = Rows(site.List(command, "demo_seller", token, 30, skip), begin, end);
+            if (page.empty()) {
+                return rows;
+            }
+            rows.insert(rows.end(), page.begin(), page.end());
+        }
+    };
+    const auto selling = list("MyEbaySelling", "<!-- BEGIN SELLING -->", "<!-- END SELLING -->");
+    const auto bidding = list("MyEbayBidding", "<!-- BEGIN BIDDING -->", "<!-- END BIDDING -->");
+    const auto watching =
+        list("MyEbayWatching", "<!-- BEGIN WATCHING -->", "<!-- END WATCHING -->");
+    ASSERT_FALSE(selling.empty());
+    ASSERT_FALSE(bidding.empty());
+    ASSERT_FALSE(watching.empty());
+
+    const auto clock = Main(ScanProtocol(site, token, QStringLiteral("Current Time eBay")));
+    ASSERT_EQ(clock.size(), 1u);
+    EXPECT_TRUE(std::regex_match(
+        clock[0].at("eBayTime"),
+        std::regex(R"re([A-Z][a-z]+day, \d\d \d\d, \d{4} \d\d:\d\d:\d\d P[SD]T)re")))
+        << clock[0].at("eBayTime");
+
+    const auto sales = ScanProtocol(site, token, QStringLiteral("Current Auctions eBay"));
+    ASSERT_EQ(sales.size(), selling.size());
+    for (size_t i = 0; i < selling.size(); ++i) {
+        const auto& row = selling[i];
+        EXPECT_EQ(sales[i].at("ItemNumber"), row.at("item"));
+        EXPECT_EQ(sales[i].at("ItemTitle"), Decoded(row.at("title")));
+        EXPECT_EQ(sales[i].at("HighBidderName"), Decoded(row.at("bidder")));
+        EXPECT_EQ(sales[i].at("MinimumBid"), row.at("start"));
+        EXPECT_EQ(sales[i].at("HighBid"), row.at("price"));
+        EXPECT_EQ(sales[i].at("Quantity"), row.at("qty"));
+        EXPECT_EQ(sales[i].at("NumberBids"), row.at("bids") == "0" ? "-" : row.at("bids"));
+        EXPECT_EQ(sales[i].at("EndDate"), row.count("ends") ? row.at("ends") : row.at("ended"));
+    }
+
+    const auto details = ScanProtocol(site, token, QStringLiteral("Auction Details eBay"));
+    EXPECT_EQ(Main(details).size(), selling.size());
+    EXPECT_EQ(CountOf(details, "Auction Item eBay"), selling.size());
+    size_t winners = 0;
+    for (const auto& row : selling) {
+        if (row.at("bidder") == "Dutch Auction") {
+            winners += Rows(site.Get(std::string(kCgi) + "?ViewItem&item=" + row.at("item")).body,
+                            "<!-- BEGIN WINNERS -->", "<!-- END WINNERS -->")
+                           .size();
+        }
+    }
+    EXPECT_GE(winners, 4u);
+    EXPECT_EQ(CountOf(details, "Auction Winner "), winners);
+    std::set<std::pair<std::string, std::string>> winnerKeys;
+    for (const Record& record : details) {
+        if (record.count("@protocol") && record.at("@protocol") == "Auction Item eBay") {
+            EXPECT_TRUE(
+                std::regex_match(record.at("ItemCategory"), std::regex(R"re([^:]+: .+)re")));
+            EXPECT_TRUE(std::regex_match(
+                record.at("StartDate"), std::regex(R"re(\d\d/\d\d/\d\d \d\d:\d\d:\d\d P[SD]T)re")));
+        } else if (record.count("@protocol")) {
+            EXPECT_TRUE(
+                std::regex_match(record.at("HighBidderFeedback"), std::regex(R"re(\(-?\d+\))re")));
+            EXPECT_TRUE(
+                winnerKeys.emplace(record.at("ItemNumber"), record.at("HighBidderName")).second)
+                << "each winner once: " << record.at("HighBidderName");
+        }
+    }
+
+    const auto bids = ScanProtocol(site, token, QStringLiteral("Current Bids eBay"));
+    ASSERT_EQ(bids.size(), bidding.size());
+    for (size_t i = 0; i < bidding.size(); ++i) {
+        EXPECT_EQ(bids[i].at("ItemNumber"), bidding[i].at("item"));
+        EXPECT_EQ(bids[i].at("SellerName"), Decoded(bidding[i].at("seller")));
+        EXPECT_EQ(bids[i].at("Winning"),
+                  bidding[i].at("status") == "high bidder" ? "True" : "False");
+        EXPECT_EQ(bids[i].at("WinningBid"), bidding[i].at("mybid"));
+        EXPECT_EQ(bids[i].at("MaximumBid"), bidding[i].at("mymax"));
+    }
+    const auto bidDetails = ScanProtocol(site, token, QStringLiteral("Bid Details eBay"));
+    EXPECT_EQ(CountOf(bidDetails, "Bid Item eBay"), bidding.size());
+    EXPECT_GE(CountOf(bidDetails, "Bid Winner "), 2u);
+
+    const auto watched = ScanProtocol(site, token, QStringLiteral("Watching Items eBay"));
+    ASSERT_EQ(watched.size(), watching.size());
+    for (size_t i = 0; i < watching.size(); ++i) {
+        EXPECT_EQ(watched[i].at("ItemNumber"), watching[i].at("item"));
+        EXPECT_EQ(watched[i].at("HighBid"), watching[i].at("price"));
+    }
+
+    const auto ledger = ScanProtocol(site, token, QStringLiteral("Account History eBay"));
+    const auto ledgerRows = list("MyEbayAccount", "<!-- BEGIN LEDGER -->", "<!-- END LEDGER -->");
+    ASSERT_EQ(ledger.size(), ledgerRows.size());
+    std::set<std::string> types;
+    for (size_t i = 0; i < ledger.size(); ++i) {
+        types.insert(ledger[i].at("AccountType"));
+        EXPECT_EQ(ledger[i].at("AccountType") + "\r\n", ledgerRows[i].at("desc"));
+        EXPECT_EQ(ledger[i].at("Date"), ledger[i].at("AccountDate"));
+        EXPECT_EQ(ledger[i].at("Debit"), ledgerRows[i].at("debit"));
+    }
+    EXPECT_TRUE(types.count("Insertion fee"));
+    EXPECT_TRUE(types.count("Final Auction Value fee"));
+    EXPECT_TRUE(types.count("Credit Card payment"));
+
+    const auto balance = ScanProtocol(site, token, QStringLiteral("Account Information eBay"));
+    ASSERT_EQ(balance.size(), 1u);
+    EXPECT_EQ(balance[0].at("AccountType"), "Current balance");
+    EXPECT_EQ(balance[0].at("Date"), balance[0].at("AccountDate"));
+
+    // The redesign: the item cells change class and the alternate starts find them.
+    site.Admin("layout", "v=2");
+    const auto redesigned = ScanProtocol(site, token, QStringLiteral("Current Auctions eBay"));
+    ASSERT_EQ(redesigned.size(), sales.size());
+    for (size_t i = 0; i < sales.size(); ++i) {
+        EXPECT_EQ(redesigned[i].at("ItemNumber"), sales[i].at("ItemNumber"));
+    }
 }
