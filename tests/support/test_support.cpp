@@ -27,9 +27,15 @@ std::optional<QString> ScriptedUi::Prompt(const QString& text, const QString& ti
     if (m_prompts.empty()) {
         return initial;
     }
-    auto answer = m_prompts.front();
+    // Copy the text out rather than the optional: GCC 12 takes a copied
+    // optional<QString> for a maybe-uninitialised read.
+    const bool cancelled = !m_prompts.front().has_value();
+    const QString reply = cancelled ? QString() : *m_prompts.front();
     m_prompts.pop_front();
-    return answer;
+    if (cancelled) {
+        return std::nullopt;
+    }
+    return reply;
 }
 
 void ScriptedUi::Status(const QString& text) {
