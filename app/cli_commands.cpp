@@ -5,10 +5,16 @@
 #include <QFileInfo>
 #include <optional>
 
+#include "app/cli_scan.h"
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "core/ui_port.h"
+#include "update/repair.h"
 #include "update/rules.h"
+#include "update/run_lists.h"
+#include "update/site_session.h"
+#include "update/update_run.h"
 
 namespace lw::app {
 
@@ -18,7 +24,9 @@ struct Options {
     QString root;
     std::optional<int> store;
     QString user, siteId, password, email;
-    QStringList words;  // the command and its positional arguments
+    QString rulesFile, protocol, page, pagesDir;  // scan
+    bool list = false;                            // update --list
+    QStringList words;                            // the command and its positional arguments
 };
 
 // Pulls the named options out of args; returns an error text, or empty.
@@ -52,6 +60,16 @@ QString Parse(const QStringList& args, Options& options) {
                 error = QStringLiteral("--store takes 0, 1 or 2.");
             }
             options.store = store;
+        } else if (arg == QLatin1String("--rules")) {
+            error = value(options.rulesFile);
+        } else if (arg == QLatin1String("--protocol")) {
+            error = value(options.protocol);
+        } else if (arg == QLatin1String("--page")) {
+            error = value(options.page);
+        } else if (arg == QLatin1String("--pages")) {
+            error = value(options.pagesDir);
+        } else if (arg == QLatin1String("--list")) {
+            options.list = true;
         } else if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
             options.words.prepend(QStringLiteral("help"));
         } else if (arg.startsWith(QLatin1String("--")) && arg.size() > 2) {
@@ -199,18 +217,167 @@ int Query(const Options& options, const QString& exeDir, QTextStream& out, QText
     return kExitOk;
 }
 
+int Scan(const Options& options, QTextStream& out, QTextStream& err) {
+    if (options.words.size() != 1 || options.rulesFile.isEmpty() || options.protocol.isEmpty() ||
+        options.page.isEmpty()) {
+        err << "scan needs --rules FILE --protocol NAME --page FILE [--pages DIR].\n";
+        return kExitUsage;
+    }
+    return RunScan(options.rulesFile, options.protocol, options.page, options.pagesDir, out, err);
+}
+
+// The words of `update COMMAND`, one for each command that starts an update.
+struct UpdateWord {
+    const char* word;
+    update::UpdateCommand command;
+    const char* what;
+};
+
+constexpr UpdateWord kUpdateWords[] = {
+    {"sales", update::UpdateCommand::UpdateAuctions, "my sales and their details, the site time"},
+    {"bids", update::UpdateCommand::UpdateBids, "my bids and their details, the site time"},
+    {"account", update::UpdateCommand::UpdateAccountBalance, "the account balance"},
+    {"complete", update::UpdateCommand::UpdateComplete,
+     "time, sales, bids and the account balance"},
+    {"maximum", update::UpdateCommand::UpdateDatabaseAndAccount,
+     "everything of the last 30 days again, with the account history (asks first)"},
+    {"database", update::UpdateCommand::UpdateAuctionDatabase,
+     "the protocols of the rules' [Update] section"},
+    {"time", update::UpdateCommand::SyncTime, "the site clock"},
+    {"watch", update::UpdateCommand::ItemWatch, "the watched items"},
+    {"first", update::UpdateCommand::FirstRetrieval,
+     "the first retrieval of a new user: [Update], then the account history"},
+};
+
+// The commands after which retrieved auctions are tied to the listings they
+// were posted from.
+bool Reconciles(update::UpdateCommand command) {
+    return command == update::UpdateCommand::UpdateAuctionDatabase ||
+           command == update::UpdateCommand::UpdateAuctions ||
+           command == update::UpdateCommand::UpdateComplete ||
+           command == update::UpdateCommand::UpdateDatabaseAndAccount;
+}
+
+int Update(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
+    std::optional<update::UpdateCommand> command;
+    QStringList given;
+    if (options.list) {
+        given = options.words.mid(1);
+        if (given.isEmpty()) {
+            err << "update --list needs one or more protocol names (quote names with blanks).\n";
+            return kExitUsage;
+        }
+    } else {
+        if (options.words.size() != 2) {
+            err << "update needs one command word, or --list PROTOCOL ...\n";
+            return kExitUsage;
+        }
+        for (const UpdateWord& word : kUpdateWords) {
+            if (options.words.at(1) == QLatin1String(word.word)) {
+                command = word.command;
+            }
+        }
+        if (!command) {
+            err << "Unknown update command " << options.words.at(1) << ".\n";
+            return kExitUsage;
+        }
+    }
+    if (!OpenSession(options, exeDir, false, err)) {
+        return kExitFailure;
+    }
+    core::Database db = core::OpenStore();
+    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
+        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+        return kExitFailure;
+    }
+    core::LoadSiteCorrection(db);
+    if (!update::InstallRuleStore(update::Rules(), db)) {
+        return kExitFailure;
+    }
+    if (command == update::UpdateCommand::UpdateDatabaseAndAccount) {
+        const core::Answer answer = core::CurrentUi().Ask(
+            QStringLiteral("WARNING: this update will take 3 to 45 minutes because it will "
+                           "re-retrieve your last 30 days of auction and bid activity, "
+                           "regardless of when you last updated. This procedure is only "
+                           "necessary if you've lost recent data.\r\n\r\nDo you wish to "
+                           "proceed?"),
+            QStringLiteral("Complete Update"), core::Buttons::YesNo, core::Answer::Yes);
+        if (answer != core::Answer::Yes) {
+            err << "Nothing was updated.\n";
+            return kExitFailure;
+        }
+    }
+    if (!update::IsConnected(db, QStringLiteral("update your auction database"), true)) {
+        return kExitFailure;
+    }
+    if (command == update::UpdateCommand::UpdateDatabaseAndAccount) {
+        // A LastUpdate of Null asks the site for the full 30 days.
+        db.Prepare(QStringLiteral("UPDATE UserSites SET LastUpdate = NULL WHERE UserName = ? AND "
+                                  "AuctionSiteFlag = 0"))
+            .Bind(1, core::CurrentSession().CurrentUser)
+            .Run();
+    }
+    const QStringList runList = command ? update::RunList(*command) : given;
+    QString error;
+    if (!update::WriteRunList(runList, &error)) {
+        err << error << '\n';
+        return kExitFailure;
+    }
+
+    update::UiUpdateView view;
+    update::UpdateRun run(db, view, update::DefaultUpdateHooks(db));
+    const update::UpdateRun::Result result = run.Activate();
+    if (command && Reconciles(*command)) {
+        update::ReconcileCreatorRows(db);
+    }
+    switch (result) {
+        case update::UpdateRun::Result::Complete:
+            out << "Update complete.\n";
+            return kExitOk;
+        case update::UpdateRun::Result::RulesFailed:
+            err << "The update did not start: the rule version check failed.\n";
+            return kExitFailure;
+        case update::UpdateRun::Result::Aborted:
+            err << "The update was aborted: a page could not be fetched.\n";
+            return kExitFailure;
+        case update::UpdateRun::Result::Cancelled:
+            err << "The update was cancelled; what was retrieved before it is kept.\n";
+            return kExitFailure;
+    }
+    return kExitFailure;
+}
+
 }  // namespace
+
+static QString UpdateWordsHelp() {
+    QString text;
+    for (const UpdateWord& word : kUpdateWords) {
+        text += QStringLiteral("      %1 %2\n")
+                    .arg(QLatin1String(word.word), -9)
+                    .arg(QLatin1String(word.what));
+    }
+    return text;
+}
 
 QString CliUsage() {
     return QStringLiteral(
-        "Usage: lotwright-cli [--root DIR] COMMAND ...\n"
-        "  init --user NAME --site-id ID --password PW [--email ADDR]\n"
-        "        make the folders and the database and add the default user\n"
-        "  rules get SECTION KEY [--store N]     the value of a key in the rules\n"
-        "  rules name SECTION VALUE [--store N]  the key that holds a value\n"
-        "  rules install SITE.PRO INFO.PRO       replace both rule files\n"
-        "  query SQL                             read-only SQL; rows as tab-separated lines\n"
-        "--root DIR is the folder that holds Configs/, Data/ and Templates/.\n");
+               "Usage: lotwright-cli [--root DIR] COMMAND ...\n"
+               "  init --user NAME --site-id ID --password PW [--email ADDR]\n"
+               "        make the folders and the database and add the default user\n"
+               "  rules get SECTION KEY [--store N]     the value of a key in the rules\n"
+               "  rules name SECTION VALUE [--store N]  the key that holds a value\n"
+               "  rules install SITE.PRO INFO.PRO       replace both rule files\n"
+               "  query SQL                             read-only SQL; rows as tab-separated "
+               "lines\n"
+               "  scan --rules FILE --protocol NAME --page FILE [--pages DIR]\n"
+               "        one protocol of a rule file over a saved page; records as JSON lines\n"
+               "        (ancillary pages from DIR by address, else passed over)\n"
+               "  update COMMAND                        run an update; COMMAND is one of\n"
+               "%1"
+               "  update --list PROTOCOL ...            run the named protocols, in order\n"
+               "--root DIR is the folder that holds Configs/, Data/ and Templates/.\n"
+               "Ctrl-C stops an update at the next record and keeps what was written.\n")
+        .arg(UpdateWordsHelp());
 }
 
 int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTextStream& err) {
@@ -234,6 +401,12 @@ int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTe
         }
         if (command == QLatin1String("query")) {
             return Query(options, exeDir, out, err);
+        }
+        if (command == QLatin1String("scan")) {
+            return Scan(options, out, err);
+        }
+        if (command == QLatin1String("update")) {
+            return Update(options, exeDir, out, err);
         }
     } catch (const core::StoreError& failure) {
         err << failure.Message() << '\n';

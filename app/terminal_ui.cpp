@@ -1,12 +1,16 @@
+// The terminal's Ui port. The SIGINT handler only sets a flag that the
+// long work polls at each record; a second Ctrl-C ends the process at once.
 #include "app/terminal_ui.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <QTextStream>
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
-#include <string>
+#include <cstdlib>
 
 namespace lw::app {
 
@@ -15,7 +19,6 @@ namespace {
 std::atomic<bool> g_cancel{false};
 
 extern "C" void OnInterrupt(int) {
-    // A second Ctrl-C ends the process at once, as a user expects.
     if (g_cancel.exchange(true)) {
         std::_Exit(130);
     }
@@ -25,6 +28,14 @@ void Err(const QString& text) {
     const QByteArray bytes = text.toUtf8();
     std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stderr);
     std::fflush(stderr);
+}
+
+int TerminalWidth() {
+    winsize size{};
+    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+        return size.ws_col;
+    }
+    return 80;
 }
 
 QString AnswerName(core::Answer answer) {
@@ -43,32 +54,59 @@ QString AnswerName(core::Answer answer) {
 
 }  // namespace
 
-TerminalUi::TerminalUi() : m_interactive(isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0) {
+TerminalUi::TerminalUi()
+    : m_interactive(isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0),
+      m_tty(isatty(STDERR_FILENO) != 0) {
     g_cancel = false;
-    std::signal(SIGINT, OnInterrupt);
+    struct sigaction action {};
+    action.sa_handler = OnInterrupt;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
 }
 
 TerminalUi::~TerminalUi() {
-    EndBar();
+    EndLine();
     std::signal(SIGINT, SIG_DFL);
 }
 
-void TerminalUi::EndBar() {
-    if (m_barShown) {
+void TerminalUi::EndLine() {
+    if (m_lineShown) {
         Err(QStringLiteral("\n"));
-        m_barShown = false;
+        m_lineShown = false;
     }
 }
 
+void TerminalUi::Redraw() {
+    constexpr int kBarWidth = 30;
+    QString line;
+    if (m_percent >= 0) {
+        const int filled = m_percent * kBarWidth / 100;
+        line = QStringLiteral("[") + QString(filled, u'#') + QString(kBarWidth - filled, u' ') +
+               QStringLiteral("] %1% ").arg(m_percent, 3);
+    }
+    line += m_status;
+    const int width = std::max(10, TerminalWidth() - 1);
+    if (line.size() > width) {
+        line.truncate(width);
+    }
+    // Carriage return, the line, and a clear to its end.
+    Err(QStringLiteral("\r") + line + QStringLiteral("\x1b[K"));
+    m_lineShown = true;
+}
+
 void TerminalUi::Message(const QString& text, const QString& title, core::Icon) {
-    EndBar();
+    EndLine();
     Err(title.isEmpty() ? QString(text + u'\n')
                         : QString(title + QStringLiteral(": ") + text + u'\n'));
+    if (m_tty && (m_percent >= 0 || !m_status.isEmpty())) {
+        Redraw();
+    }
 }
 
 core::Answer TerminalUi::Ask(const QString& text, const QString& title, core::Buttons buttons,
                              core::Answer defaultAnswer) {
-    EndBar();
+    EndLine();
     Err(title + QStringLiteral(": ") + text + u'\n');
     if (!m_interactive) {
         Err(QStringLiteral("(no terminal to ask: answering %1)\n").arg(AnswerName(defaultAnswer)));
@@ -100,7 +138,7 @@ core::Answer TerminalUi::Ask(const QString& text, const QString& title, core::Bu
 
 std::optional<QString> TerminalUi::Prompt(const QString& text, const QString& title,
                                           const QString& initial) {
-    EndBar();
+    EndLine();
     Err(title + QStringLiteral(": ") + text + u'\n');
     if (!m_interactive) {
         Err(QStringLiteral("(no terminal to ask: taking \"%1\")\n").arg(initial));
@@ -112,20 +150,31 @@ std::optional<QString> TerminalUi::Prompt(const QString& text, const QString& ti
 }
 
 void TerminalUi::Status(const QString& text) {
-    EndBar();
-    Err(text + u'\n');
+    if (text == m_status) {
+        return;
+    }
+    m_status = text;
+    if (m_tty) {
+        Redraw();
+    } else if (!text.isEmpty()) {
+        Err(text + u'\n');
+    }
 }
 
 void TerminalUi::Progress(qint64 value, qint64 maximum) {
-    if (isatty(STDERR_FILENO) == 0 || maximum <= 0) {
+    if (maximum <= 0) {
         return;
     }
-    constexpr int kWidth = 40;
-    const qint64 clamped = std::clamp<qint64>(value, 0, maximum);
-    const int filled = static_cast<int>(clamped * kWidth / maximum);
-    Err(QStringLiteral("\r[") + QString(filled, u'#') + QString(kWidth - filled, u' ') +
-        QStringLiteral("] %1%").arg(clamped * 100 / maximum, 3));
-    m_barShown = true;
+    const int percent = static_cast<int>(std::clamp<qint64>(value, 0, maximum) * 100 / maximum);
+    if (percent == m_percent) {
+        return;
+    }
+    m_percent = percent;
+    if (m_tty) {
+        Redraw();
+    } else {
+        Err(QStringLiteral("Progress: %1%\n").arg(percent));
+    }
 }
 
 void TerminalUi::PumpEvents() {}

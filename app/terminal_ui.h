@@ -1,8 +1,13 @@
-// The Ui port on a terminal: messages and status lines on standard error, a
-// progress bar when standard error is a terminal, questions answered from
-// standard input when it is a terminal and by their default (said aloud)
-// otherwise, and Ctrl-C as the Cancel button.
+// The Ui port on a terminal: messages and status lines on standard error,
+// questions answered from standard input when it is a terminal and by their
+// default (said aloud) otherwise, and Ctrl-C as the Cancel button. On a
+// terminal the status and the progress bar share one line that is redrawn in
+// place; elsewhere (a pipe, a log file) each status and each new percentage
+// is a plain line of its own. It never writes to standard output, which
+// belongs to the command's results.
 #pragma once
+
+#include <QString>
 
 #include "core/ui_port.h"
 
@@ -24,9 +29,15 @@ public:
     bool CancelRequested() override;
 
 private:
-    void EndBar();
-    bool m_interactive = false;
-    bool m_barShown = false;
+    // Ends the redrawn line so that the next text starts on a line of its own.
+    void EndLine();
+    void Redraw();
+
+    bool m_interactive = false;  // questions can be asked
+    bool m_tty = false;          // standard error is a terminal
+    bool m_lineShown = false;    // the redrawn line stands unfinished
+    QString m_status;
+    int m_percent = -1;  // -1: no progress shown yet
 };
 
 }  // namespace lw::app
