@@ -1,0 +1,55 @@
+// The content of the main window's "Auction Analysis" tab: the source combo
+// with its two rows, the sales grid mfgMyAuctions and the bids grid mfgMyBids
+// in their frames fmeMyAuctions and fmeMyBids, and the chart chtMyChart with
+// sales, fees and bids over the years. Every figure comes from
+// views::AnalysisRefresh; the tab only shows it and never writes.
+#pragma once
+
+#include <QWidget>
+
+class QComboBox;
+class QGroupBox;
+class QTableWidget;
+
+namespace lw::core {
+class Database;
+}
+namespace lw::views {
+struct AnalysisPage;
+}
+
+namespace lw::ui {
+
+class AuctionAnalysisTab : public QWidget {
+    Q_OBJECT
+public:
+    explicit AuctionAnalysisTab(QWidget* parent = nullptr);
+    ~AuctionAnalysisTab() override;
+
+    // Reads the page afresh for the source in the combo and shows it. The
+    // database is remembered so that a change of the combo refreshes too;
+    // it must outlive the tab or the next call. A failed read leaves the
+    // labels and blank values and says nothing, as the page always has.
+    void AnalysisRefresh(core::Database& db);
+
+    // The chart's years as shown, first to last (for a look from outside).
+    QStringList ChartYears() const;
+
+private Q_SLOTS:
+    void cmbAnalysisSource_Click(int index);
+
+private:
+    void ShowPage(const views::AnalysisPage& page);
+    void ShowChart(const views::AnalysisPage& page);
+
+    core::Database* m_db = nullptr;
+    QComboBox* m_cmbSource = nullptr;
+    QGroupBox* m_fmeMyAuctions = nullptr;
+    QGroupBox* m_fmeMyBids = nullptr;
+    QTableWidget* m_mfgMyAuctions = nullptr;
+    QTableWidget* m_mfgMyBids = nullptr;
+    QWidget* m_chtMyChart = nullptr;
+    QStringList m_years;
+};
+
+}  // namespace lw::ui
