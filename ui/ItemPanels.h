@@ -1,0 +1,57 @@
+// The item panels below the two lists: fraAuctionInfo and fraDutchInfo under
+// My Sales, fraBidInfo and frmDutchBid under My Bids, with the star pictures
+// beside the bidder and seller names. They only show what views/panels
+// worked out; they never read or write the database.
+#pragma once
+
+#include <QPixmap>
+#include <QString>
+#include <QWidget>
+
+#include "views/panels.h"
+
+class QGroupBox;
+class QLabel;
+class QListWidget;
+
+namespace lw::ui {
+
+// The picture of a star name of views::StarIconFor ("eBayNoStar",
+// "eBay10-99", ...), from the window's resources; an empty picture for an
+// unknown name.
+QPixmap StarPicture(const QString& name);
+
+// fraAuctionInfo and fraDutchInfo; one of them is shown.
+class SalePanels : public QWidget {
+    Q_OBJECT
+public:
+    explicit SalePanels(QWidget* parent = nullptr);
+
+    void ShowSale(const views::SalePanel& panel);
+    void ShowDutchSale(const views::DutchSalePanel& panel);
+    // ClearSalePanel: the plain panel in its empty state.
+    void Clear();
+    // The time left of the plain panel, as the pop-up menu judges it.
+    QString TimeLeft() const;
+
+private:
+    QGroupBox* m_fraAuctionInfo = nullptr;
+    QGroupBox* m_fraDutchInfo = nullptr;
+};
+
+// fraBidInfo and frmDutchBid; one of them is shown.
+class BidPanels : public QWidget {
+    Q_OBJECT
+public:
+    explicit BidPanels(QWidget* parent = nullptr);
+
+    void ShowBid(const views::BidDetails& details);
+    // ClearBidPanel.
+    void Clear();
+
+private:
+    QGroupBox* m_fraBidInfo = nullptr;
+    QGroupBox* m_frmDutchBid = nullptr;
+};
+
+}  // namespace lw::ui

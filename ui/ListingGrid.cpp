@@ -1,0 +1,89 @@
+// The list grid: fixed-size rows and the lists' column widths over a model,
+// head clicks turned into the sort of the column clicked.
+#include "ui/ListingGrid.h"
+
+#include <QHeaderView>
+#include <QItemSelectionModel>
+
+namespace lw::ui {
+
+namespace {
+
+constexpr qsizetype kCellLength = 400;
+// The grids' widths are given in twips; a pixel is 15 of them.
+constexpr int kTwipsPerPixel = 15;
+
+}  // namespace
+
+QVariant CappedTextModel::data(const QModelIndex& index, int role) const {
+    QVariant value = QIdentityProxyModel::data(index, role);
+    if (role == Qt::DisplayRole || role == Qt::ToolTipRole) {
+        const QString text = value.toString();
+        if (text.size() > kCellLength) {
+            return QVariant(text.left(kCellLength) + QStringLiteral("..."));
+        }
+    }
+    return value;
+}
+
+ListingGrid::ListingGrid(const QString& name, views::ListingModel& model, QWidget* parent)
+    : QTableView(parent), m_listing(model) {
+    setObjectName(name);
+    m_capped.setSourceModel(&model);
+    setModel(&m_capped);
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setWordWrap(false);
+    setSortingEnabled(false);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
+    verticalHeader()->hide();
+    horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    horizontalHeader()->setStretchLastSection(true);
+    horizontalHeader()->setSectionsClickable(true);
+    horizontalHeader()->setDefaultAlignment(Qt::AlignCenter);
+    ApplyWidths();
+
+    connect(horizontalHeader(), &QHeaderView::sectionClicked, this, &ListingGrid::HeadClicked);
+    connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex& current, const QModelIndex&) {
+                if (!m_quiet && current.isValid()) {
+                    Q_EMIT RowChanged(current.row());
+                }
+            });
+    connect(this, &QWidget::customContextMenuRequested, this, [this](const QPoint& pos) {
+        const QModelIndex index = indexAt(pos);
+        if (!index.isValid() || m_listing.ItemNumber(index.row()).isEmpty()) {
+            return;
+        }
+        selectRow(index.row());
+        Q_EMIT PopupRequested(index.row(), viewport()->mapToGlobal(pos));
+    });
+}
+
+void ListingGrid::ApplyWidths() {
+    setColumnWidth(views::ListingModel::kItem, 960 / kTwipsPerPixel);
+    for (int column = views::ListingModel::kDescription; column <= views::ListingModel::kHighBid;
+         ++column) {
+        setColumnWidth(column, views::ListingModel::ColumnWidthTwips(column) / kTwipsPerPixel);
+    }
+}
+
+int ListingGrid::CurrentRow() const {
+    const QModelIndex current = currentIndex();
+    return current.isValid() ? current.row() : -1;
+}
+
+void ListingGrid::SelectRowQuietly(int row) {
+    m_quiet = true;
+    if (row >= 0 && row < model()->rowCount()) {
+        setCurrentIndex(model()->index(row, 0));
+    } else {
+        clearSelection();
+    }
+    m_quiet = false;
+}
+
+}  // namespace lw::ui

@@ -1,0 +1,529 @@
+// The main window's frame and commands: tabs, menus, tool bar, status bar,
+// the two timers, the update commands with their run lists, the site links,
+// preferences, tips and about. The lists, their panels and the pop-up menus
+// are in frmAuctionLists.cpp.
+#include "ui/frmAuction.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDateTime>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QStyle>
+#include <QTabWidget>
+#include <QTimer>
+#include <QToolBar>
+#include <QUrl>
+
+#include "core/text.h"
+#include "ui/AuctionAnalysisTab.h"
+#include "ui/ItemPanels.h"
+#include "ui/ListingGrid.h"
+#include "ui/frmGeneral.h"
+#include "ui/frmTip.h"
+#include "ui/frmUpdate.h"
+#include "ui/frmUserPreferences.h"
+#include "update/repair.h"
+#include "update/site_session.h"
+#include "views/main_commands.h"
+
+namespace lw::ui {
+
+namespace {
+
+const QString kProgramTitle = QStringLiteral("Tolvane Lotwright Pro");
+const QString kUpdatePurpose = QStringLiteral("update your auction database");
+
+QAction* NamedAction(QObject* parent, const QString& name, const QString& caption) {
+    auto* action = new QAction(caption, parent);
+    action->setObjectName(name);
+    return action;
+}
+
+}  // namespace
+
+frmAuction::frmAuction(QWidget* parent) : QMainWindow(parent) {
+    setObjectName(QStringLiteral("frmAuction"));
+    setWindowTitle(kProgramTitle);
+    m_openUrl = [](const QString& url) { QDesktopServices::openUrl(QUrl(url)); };
+
+    m_SSTab1 = new QTabWidget(this);
+    m_SSTab1->setObjectName(QStringLiteral("SSTab1"));
+    m_SSTab1->addTab(BuildSalesTab(), QStringLiteral("My Sales"));
+    m_SSTab1->addTab(BuildBidsTab(), QStringLiteral("My Bids"));
+    auto* taskTab = new QWidget(m_SSTab1);
+    taskTab->setObjectName(QStringLiteral("tabTaskManager"));
+    m_SSTab1->addTab(taskTab, QStringLiteral("Task Manager"));
+    // The task list has no window of its own yet.
+    m_SSTab1->setTabEnabled(kTaskTab, false);
+    m_analysis = new AuctionAnalysisTab(m_SSTab1);
+    m_SSTab1->addTab(m_analysis, QStringLiteral("Auction Analysis"));
+    setCentralWidget(m_SSTab1);
+    connect(m_SSTab1, &QTabWidget::currentChanged, this, &frmAuction::SSTab1_Click);
+
+    BuildMenus();
+    BuildToolBar();
+    BuildPopups();
+    BuildStatusBar();
+
+    m_Timer1 = new QTimer(this);
+    m_Timer1->setObjectName(QStringLiteral("Timer1"));
+    m_Timer1->setInterval(1000);
+    connect(m_Timer1, &QTimer::timeout, this, &frmAuction::Timer1_Timer);
+    m_Timer2 = new QTimer(this);
+    m_Timer2->setObjectName(QStringLiteral("Timer2"));
+    connect(m_Timer2, &QTimer::timeout, this, &frmAuction::Timer2_Timer);
+
+    resize(900, 680);
+}
+
+frmAuction::~frmAuction() = default;
+
+core::Database& frmAuction::Db() {
+    if (!m_db) {
+        m_db.emplace(core::OpenStore());
+    }
+    return *m_db;
+}
+
+bool frmAuction::Guard(const QString& title, const std::function<void()>& work) {
+    QString problem;
+    try {
+        work();
+        return true;
+    } catch (const core::StoreError& error) {
+        problem = error.Message();
+    } catch (const std::exception& error) {
+        problem = QString::fromLocal8Bit(error.what());
+    } catch (...) {
+        problem = QStringLiteral("An unknown error occurred.");
+    }
+    core::CurrentUi().Message(QStringLiteral("This command could not be completed.\n\n") + problem,
+                              title, core::Icon::Warning);
+    return false;
+}
+
+void frmAuction::SetUrlOpener(std::function<void(const QString&)> opener) {
+    m_openUrl = std::move(opener);
+}
+
+// ------------------------------------------------------------------ building
+
+void frmAuction::BuildMenus() {
+    QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
+    file->setObjectName(QStringLiteral("mnuFile"));
+    QAction* preferences =
+        NamedAction(this, QStringLiteral("mnuPreferences"), QStringLiteral("Edit Preferences"));
+    connect(preferences, &QAction::triggered, this, &frmAuction::mnuPreferences_Click);
+    file->addAction(preferences);
+    file->addSeparator();
+    QAction* exit = NamedAction(this, QStringLiteral("mnuFileExit"), QStringLiteral("Exit"));
+    connect(exit, &QAction::triggered, this, &frmAuction::mnuFileExit_Click);
+    file->addAction(exit);
+
+    QMenu* update = menuBar()->addMenu(QStringLiteral("&Update"));
+    update->setObjectName(QStringLiteral("mnuUpdate"));
+    const struct {
+        const char* name;
+        const char* caption;
+        void (frmAuction::*handler)();
+    } updates[] = {
+        {"menUpdateAuctionDatabase", "My Sales && My Bids",
+         &frmAuction::menUpdateAuctionDatabase_Click},
+        {"mnuUpdateAuctions", "My Sales Only", &frmAuction::mnuUpdateAuctions_Click},
+        {"mnuUpdateBids", "My Bids Only", &frmAuction::mnuUpdateBids_Click},
+        {"mnuItemWatch", "Item Watch Only", &frmAuction::mnuItemWatch_Click},
+        {"mnuUpdateAccountBalance", "Account Balance", &frmAuction::mnuUpdateAccountBalance_Click},
+        {"mnuSyncTime", "Sync with eBay Time", &frmAuction::mnuSyncTime_Click},
+        {"mnuUpdateDatabaseAndAccount", "Complete (Maximum Data)",
+         &frmAuction::mnuUpdateDatabaseAndAccount_Click},
+    };
+    for (const auto& entry : updates) {
+        QAction* action =
+            NamedAction(this, QString::fromLatin1(entry.name), QString::fromLatin1(entry.caption));
+        connect(action, &QAction::triggered, this, entry.handler);
+        update->addAction(action);
+    }
+    // The complete update with the account figures has no menu row of its
+    // own; it is a command of the window all the same.
+    QAction* complete = NamedAction(this, QStringLiteral("mnuUpdateComplete"), QString());
+    complete->setVisible(false);
+    connect(complete, &QAction::triggered, this, &frmAuction::mnuUpdateComplete_Click);
+    addAction(complete);
+
+    QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
+    view->setObjectName(QStringLiteral("mnuView"));
+    const struct {
+        const char* name;
+        const char* caption;
+        void (frmAuction::*handler)();
+    } views[] = {
+        {"mnuCurrentAuctions", "Current Sales", &frmAuction::mnuCurrentAuctions_Click},
+        {"mnuArchivedAuctions", "Archived Sales", &frmAuction::mnuArchivedAuctions_Click},
+        {"mnuCurrentBids", "Current Bids", &frmAuction::mnuCurrentBids_Click},
+        {"mnuArchiveBids", "Archived Bids", &frmAuction::mnuArchiveBids_Click},
+    };
+    for (size_t i = 0; i < std::size(views); ++i) {
+        QAction* action = NamedAction(this, QString::fromLatin1(views[i].name),
+                                      QString::fromLatin1(views[i].caption));
+        action->setCheckable(true);
+        connect(action, &QAction::triggered, this, views[i].handler);
+        view->addAction(action);
+        m_viewActions[i] = action;
+        if (i == 1) {
+            view->addSeparator();
+        }
+    }
+    connect(view, &QMenu::aboutToShow, this, &frmAuction::mnuView_Click);
+
+    QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
+    tools->setObjectName(QStringLiteral("mnuTools"));
+    QAction* myEBay = NamedAction(this, QStringLiteral("mnuMyEBay"), QStringLiteral("My eBay"));
+    connect(myEBay, &QAction::triggered, this, &frmAuction::mnuMyEBay_Click);
+    tools->addAction(myEBay);
+
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    help->setObjectName(QStringLiteral("mnuHelp"));
+    QAction* tips =
+        NamedAction(this, QStringLiteral("mnuHelpToolTips"), QStringLiteral("Tips of the Day"));
+    connect(tips, &QAction::triggered, this, &frmAuction::mnuHelpToolTips_Click);
+    help->addAction(tips);
+    help->addSeparator();
+    QAction* about = NamedAction(this, QStringLiteral("menAbout"),
+                                 QStringLiteral("About Tolvane Lotwright Pro"));
+    connect(about, &QAction::triggered, this, &frmAuction::menAbout_Click);
+    help->addAction(about);
+}
+
+void frmAuction::BuildToolBar() {
+    m_Toolbar1 = addToolBar(QStringLiteral("Toolbar"));
+    m_Toolbar1->setObjectName(QStringLiteral("Toolbar1"));
+    m_Toolbar1->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    const struct {
+        const char* key;
+        const char* caption;
+        const char* tip;
+        QStyle::StandardPixmap icon;
+    } buttons[] = {
+        {"UpdateAuctionDatabase", "Update", "Update My Sales && My Bids", QStyle::SP_BrowserReload},
+        {"MyeBay", "My eBay", "My eBay", QStyle::SP_DirHomeIcon},
+        {"TimeLeft", "Time Left", "Refresh the time left", QStyle::SP_MediaSeekForward},
+        {"Preferences", "Preferences", "Edit Preferences", QStyle::SP_FileDialogDetailedView},
+    };
+    for (const auto& button : buttons) {
+        const QString key = QString::fromLatin1(button.key);
+        QAction* action = m_Toolbar1->addAction(style()->standardIcon(button.icon),
+                                                QString::fromLatin1(button.caption));
+        action->setObjectName(QStringLiteral("Toolbar1_") + key);
+        action->setData(key);
+        action->setToolTip(
+            QString::fromLatin1(button.tip).replace(QStringLiteral("&&"), QStringLiteral("&")));
+        connect(action, &QAction::triggered, this, [this, key] { Toolbar1_ButtonClick(key); });
+    }
+}
+
+void frmAuction::BuildStatusBar() {
+    for (int i = 0; i < 4; ++i) {
+        auto* label = new QLabel(this);
+        label->setObjectName(QStringLiteral("lblInfo%1").arg(i));
+        label->setProperty("index", i);
+        label->setMinimumWidth(110);
+        label->setAlignment(Qt::AlignCenter);
+        statusBar()->addPermanentWidget(label);
+        m_lblInfo[static_cast<size_t>(i)] = label;
+    }
+    m_lblInfo[0]->setToolTip(QStringLiteral("Site time"));
+    m_lblInfo[1]->setToolTip(QStringLiteral("Account balance"));
+    m_lblInfo[2]->setToolTip(QStringLiteral("Total of the sales shown"));
+    m_lblInfo[3]->setToolTip(QStringLiteral("Total of the bids shown"));
+    // The tick count of the time-left refresh: wanted and counted so far.
+    m_lblTicksWanted = new QLabel(QStringLiteral("0"), this);
+    m_lblTicksWanted->setObjectName(QStringLiteral("lblLabel110"));
+    m_lblTicksWanted->setProperty("index", 110);
+    m_lblTicksWanted->hide();
+    m_lblTicksCounted = new QLabel(QStringLiteral("0"), this);
+    m_lblTicksCounted->setObjectName(QStringLiteral("lblLabel111"));
+    m_lblTicksCounted->setProperty("index", 111);
+    m_lblTicksCounted->hide();
+}
+
+// ------------------------------------------------------------------ load, timers
+
+void frmAuction::Form_Load() {
+    const QString& user = core::CurrentSession().CurrentUser;
+    if (!user.isEmpty()) {
+        setWindowTitle(kProgramTitle + QStringLiteral(": Welcome ") + user + u'!');
+    }
+    Guard(kProgramTitle, [this] { core::LoadSiteCorrection(Db()); });
+    m_lstAuctionGroup->setCurrentIndex(0);
+    lstAuctionGroup_Click();
+    m_lstBidGroup->setCurrentIndex(0);
+    lstBidGroup_Click();
+    m_bids.ApplyInitialSort();
+    Guard(kProgramTitle, [this] { ApplyTimeLeftTimer(core::TimeLeftTimerRule(Db())); });
+    ShowAccountBalance();
+    m_loaded = true;
+    Timer1_Timer();
+    m_Timer1->start();
+}
+
+void frmAuction::ApplyTimeLeftTimer(const core::TimeLeftTimer& timer) {
+    m_ticker = views::TimeLeftTicker(timer);
+    m_lblTicksWanted->setText(m_ticker.Wanted());
+    m_lblTicksCounted->setText(m_ticker.Counted());
+    if (timer.enabled && timer.intervalMs > 0) {
+        m_Timer2->setInterval(timer.intervalMs);
+        m_Timer2->start();
+    } else {
+        m_Timer2->stop();
+    }
+}
+
+void frmAuction::Timer1_Timer() {
+    try {
+        const qint64 correction =
+            static_cast<qint64>(core::Val(core::CurrentSession().SiteCorrection));
+        const QDateTime siteTime = QDateTime::currentDateTime().addSecs(-correction);
+        m_lblInfo[0]->setText(core::Format(siteTime, QStringLiteral("Long Time")));
+    } catch (...) {
+        // The clock shows again on the next tick.
+    }
+}
+
+void frmAuction::Timer2_Timer() {
+    try {
+        const bool redraw = m_ticker.Tick();
+        m_lblTicksWanted->setText(m_ticker.Wanted());
+        m_lblTicksCounted->setText(m_ticker.Counted());
+        if (redraw) {
+            RefreshTimeLeftSales();
+            RefreshTimeLeftBids();
+        }
+    } catch (...) {
+        // A refresh that fails waits for the next tick; the lists never report.
+    }
+}
+
+void frmAuction::ShowAccountBalance() {
+    try {
+        m_lblInfo[1]->setText(views::AccountBalance(Db()));
+    } catch (const std::exception&) {
+        m_lblInfo[1]->setText(views::NotAvailable());
+    }
+}
+
+void frmAuction::SSTab1_Click(int index) {
+    if (index != kAnalysisTab) {
+        return;
+    }
+    m_analysisShown = true;
+    Guard(QStringLiteral("Auction Analysis"), [this] { m_analysis->AnalysisRefresh(Db()); });
+}
+
+void frmAuction::closeEvent(QCloseEvent* event) {
+    m_Timer1->stop();
+    m_Timer2->stop();
+    event->accept();
+}
+
+void frmAuction::RedrawViews() {
+    lstAuctionGroup_Click();
+    lstBidGroup_Click();
+    if (m_analysisShown) {
+        Guard(QStringLiteral("Auction Analysis"), [this] { m_analysis->AnalysisRefresh(Db()); });
+    }
+    ShowAccountBalance();
+}
+
+// ------------------------------------------------------------------ updates
+
+bool frmAuction::RunUpdateCommand(update::UpdateCommand command, int tab) {
+    bool ran = false;
+    Guard(QStringLiteral("Update"), [&] {
+        if (!update::IsConnected(Db(), kUpdatePurpose, true)) {
+            return;
+        }
+        if (tab >= 0) {
+            m_SSTab1->setCurrentIndex(tab);
+        }
+        QString error;
+        if (!update::WriteRunList(update::RunList(command), &error)) {
+            core::CurrentUi().Message(error, QStringLiteral("Update"), core::Icon::Warning);
+            return;
+        }
+        ShowUpdateWindow(Db(), this, [this] { RedrawViews(); });
+        ran = true;
+    });
+    return ran;
+}
+
+void frmAuction::menUpdateAuctionDatabase_Click() {
+    if (RunUpdateCommand(update::UpdateCommand::UpdateAuctionDatabase, kSalesTab)) {
+        Guard(QStringLiteral("Update"), [this] { update::ReconcileCreatorRows(Db()); });
+    }
+}
+
+void frmAuction::mnuUpdateAuctions_Click() {
+    if (RunUpdateCommand(update::UpdateCommand::UpdateAuctions, kSalesTab)) {
+        Guard(QStringLiteral("Update"), [this] { update::ReconcileCreatorRows(Db()); });
+    }
+}
+
+void frmAuction::mnuUpdateBids_Click() {
+    RunUpdateCommand(update::UpdateCommand::UpdateBids, kBidsTab);
+}
+
+void frmAuction::mnuItemWatch_Click() {
+    RunUpdateCommand(update::UpdateCommand::ItemWatch, kBidsTab);
+}
+
+void frmAuction::mnuUpdateAccountBalance_Click() {
+    if (RunUpdateCommand(update::UpdateCommand::UpdateAccountBalance, -1)) {
+        ShowAccountBalance();
+    }
+}
+
+void frmAuction::mnuSyncTime_Click() {
+    if (RunUpdateCommand(update::UpdateCommand::SyncTime, -1)) {
+        Guard(QStringLiteral("Update"), [this] { core::LoadSiteCorrection(Db()); });
+        Timer1_Timer();
+    }
+}
+
+void frmAuction::mnuUpdateComplete_Click() {
+    if (RunUpdateCommand(update::UpdateCommand::UpdateComplete, kSalesTab)) {
+        Guard(QStringLiteral("Update"), [this] { update::ReconcileCreatorRows(Db()); });
+        ShowAccountBalance();
+    }
+}
+
+void frmAuction::mnuUpdateDatabaseAndAccount_Click() {
+    const core::Answer answer = core::CurrentUi().Ask(
+        QStringLiteral("WARNING: this update will take 3 to 45 minutes because it will re-retrieve "
+                       "your last 30 days of auction and bid activity, regardless of when you last "
+                       "updated. This procedure is only necessary if you've lost recent data.") +
+            QStringLiteral("\n\nDo you wish to proceed?"),
+        QStringLiteral("Complete Update"), core::Buttons::YesNo, core::Answer::No);
+    if (answer != core::Answer::Yes) {
+        return;
+    }
+    bool online = false;
+    Guard(QStringLiteral("Complete Update"), [&] {
+        online = update::IsConnected(Db(), kUpdatePurpose, true);
+        if (online) {
+            // No LastUpdate makes the run ask the site for the last 30 days.
+            views::ClearLastUpdate(Db());
+        }
+    });
+    if (!online || !RunUpdateCommand(update::UpdateCommand::UpdateDatabaseAndAccount, kSalesTab)) {
+        return;
+    }
+    Guard(QStringLiteral("Complete Update"), [this] {
+        update::ReconcileCreatorRows(Db());
+        views::StampLastUpdate(Db(), QDateTime::currentDateTime());
+    });
+    ShowAccountBalance();
+}
+
+// ------------------------------------------------------------------ views menu
+
+void frmAuction::mnuCurrentAuctions_Click() {
+    m_SSTab1->setCurrentIndex(kSalesTab);
+    m_lstAuctionGroup->setCurrentIndex(0);
+    lstAuctionGroup_Click();
+}
+
+void frmAuction::mnuArchivedAuctions_Click() {
+    m_SSTab1->setCurrentIndex(kSalesTab);
+    m_lstAuctionGroup->setCurrentIndex(1);
+    lstAuctionGroup_Click();
+}
+
+void frmAuction::mnuCurrentBids_Click() {
+    m_SSTab1->setCurrentIndex(kBidsTab);
+    m_lstBidGroup->setCurrentIndex(0);
+    lstBidGroup_Click();
+}
+
+void frmAuction::mnuArchiveBids_Click() {
+    m_SSTab1->setCurrentIndex(kBidsTab);
+    m_lstBidGroup->setCurrentIndex(1);
+    lstBidGroup_Click();
+}
+
+void frmAuction::mnuView_Click() {
+    const bool salesArchived = m_lstAuctionGroup->currentIndex() == 1;
+    const bool bidsArchived = m_lstBidGroup->currentIndex() == 1;
+    m_viewActions[0]->setChecked(!salesArchived);
+    m_viewActions[1]->setChecked(salesArchived);
+    m_viewActions[2]->setChecked(!bidsArchived);
+    m_viewActions[3]->setChecked(bidsArchived);
+}
+
+// ------------------------------------------------------------------ other commands
+
+void frmAuction::OpenSiteLink(const QString& purpose, const std::function<QString()>& url) {
+    Guard(kProgramTitle, [&] {
+        if (!update::IsConnected(Db(), purpose, true)) {
+            return;
+        }
+        const QString address = url();
+        if (!address.isEmpty() && m_openUrl) {
+            m_openUrl(address);
+        }
+    });
+}
+
+void frmAuction::mnuMyEBay_Click() {
+    OpenSiteLink(QStringLiteral("view your My eBay page"),
+                 [this] { return views::SiteLinkUrl(Db(), views::SiteLink::MyEBay, QString()); });
+}
+
+void frmAuction::mnuPreferences_Click() {
+    Guard(QStringLiteral("Edit Preferences"), [this] {
+        frmUserPreferences preferences(this);
+        connect(&preferences, &frmUserPreferences::TimeLeftTimerChanged, this,
+                &frmAuction::ApplyTimeLeftTimer);
+        connect(&preferences, &frmUserPreferences::PreferencesSaved, this, [this] {
+            lstAuctionGroup_Click();
+            lstBidGroup_Click();
+        });
+        preferences.exec();
+    });
+}
+
+void frmAuction::mnuFileExit_Click() {
+    close();
+}
+
+void frmAuction::mnuHelpToolTips_Click() {
+    Guard(QStringLiteral("Tips of the Day"), [this] {
+        frmTip tip(this);
+        tip.exec();
+    });
+}
+
+void frmAuction::menAbout_Click() {
+    Guard(kProgramTitle, [this] { ShowAbout(this); });
+}
+
+void frmAuction::Toolbar1_ButtonClick(const QString& key) {
+    if (key == u"UpdateAuctionDatabase") {
+        menUpdateAuctionDatabase_Click();
+    } else if (key == u"MyeBay") {
+        mnuMyEBay_Click();
+    } else if (key == u"Preferences") {
+        mnuPreferences_Click();
+    } else if (key == u"TimeLeft") {
+        RefreshTimeLeftSales();
+        RefreshTimeLeftBids();
+    }
+}
+
+}  // namespace lw::ui
