@@ -1,0 +1,28 @@
+// The desktop program's start: the steps of admin/startup bound to the
+// windows. The folders, rules and repair; the user, with the new-user window
+// when there is none; a new user's first retrieval through the update
+// window; the main window loaded and shown; the tip of the day at its first
+// showing. It writes nothing itself and saves nothing at exit.
+#pragma once
+
+#include <QString>
+#include <memory>
+
+namespace lw::ui {
+
+class frmAuction;
+
+struct DesktopStart {
+    // The main window, shown; null when the program is to end.
+    std::unique_ptr<frmAuction> window;
+    // The exit code when the program ends at start: 0 when the new-user
+    // window was cancelled, 1 after a failure that was told.
+    int exitCode = 0;
+};
+
+// Runs the start-up over appRoot (the session's ShippedDir must be set).
+// Messages go through the session's Ui, which takes the main window as the
+// parent of its boxes when it is the desktop one.
+DesktopStart StartDesktop(const QString& appRoot);
+
+}  // namespace lw::ui
