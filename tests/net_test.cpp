@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <atomic>
 #include <chrono>
@@ -303,8 +302,6 @@ TEST(NetGet, CancelMidTransferLeavesNoFile) {
 
     bool targetSeenMidway = false;
     qint64 receivedAtCancel = 0;
-    QElapsedTimer timer;
-    timer.start();
     const NetResult result =
         HttpGetToFile(server.Url("/slow"), file, FastOptions(), [&](qint64 received, qint64) {
             if (received < 2048) {
@@ -322,7 +319,6 @@ TEST(NetGet, CancelMidTransferLeavesNoFile) {
     EXPECT_FALSE(targetSeenMidway);
     EXPECT_FALSE(QFile::exists(file));
     EXPECT_TRUE(Entries(root.Path()).isEmpty());
-    EXPECT_LT(timer.elapsed(), 1000);
 }
 
 TEST(NetGet, TotalTimeOutFailsAndRemovesTheOldFile) {
@@ -334,11 +330,8 @@ TEST(NetGet, TotalTimeOutFailsAndRemovesTheOldFile) {
 
     NetOptions options = FastOptions();
     options.totalTimeoutMs = 200;
-    QElapsedTimer timer;
-    timer.start();
     const NetResult result = HttpGetToFile(server.Url("/slow"), file, options);
     EXPECT_EQ(result.status, NetStatus::Failed);
-    EXPECT_LT(timer.elapsed(), 1000);
     EXPECT_FALSE(QFile::exists(file));
     EXPECT_TRUE(Entries(root.Path()).isEmpty());
 }
@@ -569,10 +562,7 @@ TEST(NetCanReach, TrueForAListeningPortFalseForAClosedOne) {
     EXPECT_TRUE(CanReach(server.Url("/any/page"), FastOptions(), 1000));
     EXPECT_TRUE(CanReach(QStringLiteral("127.0.0.1:") + port, FastOptions(), 1000));
 
-    QElapsedTimer timer;
-    timer.start();
     EXPECT_FALSE(CanReach(ClosedUrl("http", ClosedPort()), FastOptions(), 1000));
-    EXPECT_LT(timer.elapsed(), 1500);
     EXPECT_FALSE(CanReach(QString(), FastOptions(), 1000));
     EXPECT_EQ(requests, 0);
 }
