@@ -1,0 +1,557 @@
+// The update window on the offscreen platform, over a loopback site whose
+// pages the program's own fetch reads: the run's words on lblStatus with the
+// moving dots, the fetch's words on lblConnectStatus, Bar1, lblLastUrl, the
+// details with the item being read, the window gone before the redraw, boxes
+// over the window on the desktop, and Cancel (the button, Escape, or in the
+// middle of a transfer) stopping the run with what was written kept.
+#include <arpa/inet.h>
+#include <httplib.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTimer>
+#include <QtTest>
+#include <atomic>
+#include <chrono>
+#include <map>
+#include <memory>
+#include <optional>
+#include <thread>
+
+#include "core/session.h"
+#include "core/settings.h"
+#include "core/store.h"
+#include "tests/support/test_support.h"
+#include "ui/frmUpdate.h"
+#include "ui/qt_ui.h"
+#include "update/rules.h"
+#include "update/run_lists.h"
+#include "update/scanner.h"
+#include "update/site_session.h"
+
+using namespace lw;
+using update::UpdateRun;
+
+namespace {
+
+const QString kUser = QStringLiteral("seller1");
+
+template <class T>
+T* Named(QWidget* window, const QString& name) {
+    T* child = window->findChild<T*>(name);
+    if (child == nullptr) {
+        qFatal("no control named %s", qPrintable(name));
+    }
+    return child;
+}
+
+QString LabelText(QWidget* window, const char* name) {
+    return Named<QLabel>(window, QString::fromLatin1(name))->text();
+}
+
+// The update window while it is up; null when there is none.
+ui::frmUpdate* OpenUpdateWindow() {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* window = qobject_cast<ui::frmUpdate*>(widget)) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+QByteArray Rows(std::initializer_list<std::pair<const char*, const char*>> rows) {
+    QByteArray page = "<html><!-- BEGIN --><table>";
+    for (const auto& [number, title] : rows) {
+        page += QByteArray("<tr><td class=n>") + number + "</td><td class=t>" + title +
+                "</td></tr>\r\n";
+    }
+    return page + "</table><!-- END --></html>";
+}
+
+// The site on 127.0.0.1 and a free port, on its own thread for the life of
+// the object. /slow sends the start of a page, asks for the window's Cancel
+// through the event queue, and trickles on until the client goes away.
+class Site {
+public:
+    Site() {
+        m_server.Get("/selling", [this](const httplib::Request& req, httplib::Response& res) {
+            const std::string skip = req.get_param_value("skip");
+            const auto page = m_pages.find(skip);
+            if (page == m_pages.end()) {
+                res.status = 500;
+                return;
+            }
+            res.set_content(page->second.toStdString(), "text/html");
+        });
+        m_server.Get("/time", [](const httplib::Request&, httplib::Response& res) {
+            res.set_content(
+                "<!-- CLOCK -->The time is: Saturday, May 23, 2026 13:05:09 PDT<!-- /CLOCK -->",
+                "text/html");
+        });
+        m_server.Get("/slow", [this](const httplib::Request&, httplib::Response& res) {
+            res.set_chunked_content_provider(
+                "text/html", [this](size_t offset, httplib::DataSink& sink) {
+                    if (offset == 0) {
+                        const QByteArray start = Rows({{"301", "Never kept"}}).left(40);
+                        if (!sink.write(start.constData(), static_cast<size_t>(start.size()))) {
+                            return false;
+                        }
+                        if (QPushButton* cancel = m_cancelOnTransfer.load()) {
+                            QMetaObject::invokeMethod(
+                                cancel, [cancel] { cancel->click(); }, Qt::QueuedConnection);
+                        }
+                        return true;
+                    }
+                    // A blank now and then keeps the transfer going until the
+                    // client aborts it; a page that never ends would hang the test.
+                    for (int i = 0; i < 2000; ++i) {
+                        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+                        if (!sink.write(" ", 1)) {
+                            return false;
+                        }
+                    }
+                    sink.done();
+                    return true;
+                });
+        });
+        m_pages["0"] = Rows({{"101", "First"}, {"102", "Second"}});
+        m_pages["2"] = Rows({{"103", "Third"}});
+        m_pages["4"] = Rows({});
+        m_port = m_server.bind_to_any_port("127.0.0.1");
+        m_thread = std::thread([this] { m_server.listen_after_bind(); });
+        while (m_port > 0 && !m_server.is_running()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+    ~Site() {
+        m_server.stop();
+        if (m_thread.joinable()) {
+            m_thread.join();
+        }
+    }
+    Site(const Site&) = delete;
+    Site& operator=(const Site&) = delete;
+
+    int Port() const { return m_port; }
+    void CancelOnTransfer(QPushButton* button) { m_cancelOnTransfer = button; }
+
+private:
+    httplib::Server m_server;
+    std::thread m_thread;
+    std::map<std::string, QByteArray> m_pages;
+    std::atomic<QPushButton*> m_cancelOnTransfer{nullptr};
+    int m_port = 0;
+};
+
+// A loopback port that nothing listens on.
+int ClosedPort() {
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    int port = 0;
+    if (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
+        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
+        port = ntohs(address.sin_port);
+    }
+    ::close(fd);
+    return port;
+}
+
+QString RulesFor(int port, int closedPort) {
+    const QString site = QStringLiteral("http://127.0.0.1:%1").arg(port);
+    QString rules = QStringLiteral(
+        "[Current Auctions eBay]\n"
+        "RunCaption=My Sales\nSitenumber=0\nUrl=SITE/selling?skip=[SKIP]\n"
+        "Iterate=True\nIterateSkip=2\nGStart=<!-- BEGIN -->\nGend=<!-- END -->\n"
+        "QueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=2\n"
+        "Item1=ItemNumber\nItem1 Start=<td class=n\nItem2=ItemTitle\nItem2 Start=<td class=t\n"
+        "\n"
+        "[Slow Sales eBay]\n"
+        "RunCaption=Slow Sales\nSitenumber=0\nUrl=SITE/slow\nGStart=<!-- BEGIN -->\n"
+        "Gend=<!-- END -->\nQueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=2\n"
+        "Item1=ItemNumber\nItem1 Start=<td class=n\nItem2=ItemTitle\nItem2 Start=<td class=t\n"
+        "\n"
+        "[Offline eBay]\n"
+        "RunCaption=Offline Page\nSitenumber=0\nUrl=http://127.0.0.1:CLOSED/x\n"
+        "GStart=<!-- BEGIN -->\nGend=<!-- END -->\n"
+        "QueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=1\n"
+        "Item1=ItemNumber\nItem1 Start=<td class=n\n"
+        "\n"
+        "[Current Time eBay]\n"
+        "RunCaption=Site Time\nSitenumber=0\nUrl=SITE/time\nGStart=<!-- CLOCK -->\n"
+        "Gend=<!-- /CLOCK -->\nQueryString=SELECT * FROM Global\nItems=1\nItem1=eBayTime\n"
+        "Item1 Start=The time is\nItem1 AlternateSpan=:\n");
+    rules.replace(QStringLiteral("SITE"), site);
+    rules.replace(QStringLiteral("CLOSED"), QString::number(closedPort));
+    rules.replace(u'\n', QStringLiteral("\r\n"));
+    return rules + QStringLiteral("\r\n\r\n");
+}
+
+// The window's controls as they stood at one moment of the run.
+struct Seen {
+    bool visible = false;
+    bool modal = false;
+    QString status;
+    QString connectStatus;
+    QString lastUrl;
+    QString item;
+    QString value;
+    int bar = -1;
+};
+
+Seen Look(ui::frmUpdate* window) {
+    Seen seen;
+    if (window == nullptr) {
+        return seen;
+    }
+    seen.visible = window->isVisible();
+    seen.modal = window->isModal();
+    // The dots come and go with the timer: the words are what count.
+    seen.status = LabelText(window, "lblStatus");
+    while (seen.status.endsWith(u'.') && seen.status != u"Preparing Update." &&
+           seen.status != u"Update complete.") {
+        seen.status.chop(1);
+    }
+    seen.connectStatus = LabelText(window, "lblConnectStatus");
+    seen.lastUrl = LabelText(window, "lblLastUrl");
+    seen.item = LabelText(window, "lblItem");
+    seen.value = LabelText(window, "lblValue");
+    seen.bar = Named<QProgressBar>(window, QStringLiteral("Bar1"))->value();
+    return seen;
+}
+
+}  // namespace
+
+class UpdateWindowTest : public QObject {
+    Q_OBJECT
+
+private:
+    // The hooks of a real update except the rule check, the password
+    // refresh, the usage report and the clock. beforeFetch and afterFetch
+    // see the window around each page the program fetches.
+    update::UpdateHooks Hooks() {
+        update::UpdateHooks hooks = update::DefaultUpdateHooks(*m_db);
+        hooks.checkRules = [] { return true; };
+        hooks.refreshPassword = [] { return false; };
+        hooks.prepareUsageReport = nullptr;
+        hooks.now = [] { return QDateTime(QDate(2026, 5, 23), QTime(14, 5, 9)); };
+        hooks.fetch = [this](const QString& url, const QString& file) {
+            ui::frmUpdate* window = OpenUpdateWindow();
+            m_fetched << url;
+            m_beforeFetch.push_back(Look(window));
+            if (m_onFetch) {
+                m_onFetch(window, url);
+            }
+            const auto result = update::FetchToFile(*m_db, url, file);
+            m_afterFetch.push_back(Look(window));
+            return result;
+        };
+        hooks.redraw = [this] {
+            ++m_redraws;
+            m_atRedraw = Look(OpenUpdateWindow());
+        };
+        return hooks;
+    }
+
+    UpdateRun::Result Run(const QStringList& list) {
+        QString error;
+        if (!update::WriteRunList(list, &error)) {
+            qFatal("%s", qPrintable(error));
+        }
+        return ui::ShowUpdateWindow(*m_db, nullptr, Hooks(), &m_rules);
+    }
+
+    QStringList Items() {
+        QStringList items;
+        core::Statement s = m_db->Prepare(
+            QStringLiteral("SELECT ItemNumber FROM Auctions WHERE UserName = ? ORDER BY 1"));
+        s.Bind(1, kUser);
+        while (s.Step()) {
+            items << s.Text(0);
+        }
+        return items;
+    }
+
+    QString LastUpdate() {
+        core::Statement s =
+            m_db->Prepare(QStringLiteral("SELECT LastUpdate FROM UserSites WHERE UserName = ? AND "
+                                         "AuctionSiteFlag = 0"));
+        s.Bind(1, kUser);
+        return s.Step() ? s.Text(0) : QStringLiteral("<no row>");
+    }
+
+    // The window must be gone and the session speaking through its own Ui again.
+    void ExpectWindowGone(core::Ui* sessionUi) {
+        QCOMPARE(m_redraws, 1);
+        QVERIFY(!m_atRedraw.visible);
+        QVERIFY(OpenUpdateWindow() == nullptr);
+        QCOMPARE(core::CurrentSession().ui, sessionUi);
+        // The end-of-run steps ran whatever happened.
+        QCOMPARE(LastUpdate(), QStringLiteral("05/23/26 14:05:09 PST"));
+    }
+
+    std::unique_ptr<test::TempRoot> m_root;
+    std::unique_ptr<test::ScriptedUi> m_ui;
+    std::unique_ptr<Site> m_site;
+    std::optional<core::Database> m_db;
+    update::RuleStore m_rules;
+    std::function<void(ui::frmUpdate*, const QString&)> m_onFetch;
+    QStringList m_fetched;
+    std::vector<Seen> m_beforeFetch;
+    std::vector<Seen> m_afterFetch;
+    Seen m_atRedraw;
+    int m_redraws = 0;
+
+private Q_SLOTS:
+    void init() {
+        m_root = std::make_unique<test::TempRoot>();
+        m_ui = std::make_unique<test::ScriptedUi>();
+        core::ResetSession(m_ui.get());
+        QString error;
+        QVERIFY2(core::SetupDirectories(m_root->Path(), &error), qPrintable(error));
+        core::CurrentSession().ShippedDir = test::SourceDir();
+        core::SetSettingsFolder(m_root->File(QStringLiteral("settings")));
+        m_db.emplace(core::OpenStore());
+        core::AddUser(*m_db, {kUser, QStringLiteral("s1"), QStringLiteral("secret"),
+                              QStringLiteral("s1@example.com")});
+        core::SetCurrentUser(kUser);
+        m_site = std::make_unique<Site>();
+        QVERIFY(m_site->Port() > 0);
+        m_rules.SetText(update::kSiteStore, RulesFor(m_site->Port(), ClosedPort()));
+        m_onFetch = nullptr;
+        m_fetched.clear();
+        m_beforeFetch.clear();
+        m_afterFetch.clear();
+        m_atRedraw = Seen();
+        m_redraws = 0;
+    }
+    void cleanup() {
+        m_site.reset();
+        m_db.reset();
+        core::SetSettingsFolder({});
+        core::ResetSession();
+        m_ui.reset();
+        m_root.reset();
+    }
+
+    void aWholeRunShowsItsWordsProgressAndDetails() {
+        m_onFetch = [](ui::frmUpdate* window, const QString& url) {
+            if (url.endsWith(QStringLiteral("/time"))) {
+                QTest::mouseClick(Named<QPushButton>(window, QStringLiteral("cmdShowDetails")),
+                                  Qt::LeftButton);
+            }
+        };
+        const auto result =
+            Run({QStringLiteral("Current Time eBay"), QStringLiteral("Current Auctions eBay")});
+        QCOMPARE(result, UpdateRun::Result::Complete);
+        QCOMPARE(m_ui->Messages(), QStringList());
+        QCOMPARE(Items(), (QStringList{QStringLiteral("101"), QStringLiteral("102"),
+                                       QStringLiteral("103")}));
+
+        const QString site = QStringLiteral("http://127.0.0.1:%1").arg(m_site->Port());
+        QCOMPARE(m_fetched, (QStringList{site + QStringLiteral("/time"),
+                                         site + QStringLiteral("/selling?skip=0"),
+                                         site + QStringLiteral("/selling?skip=2"),
+                                         site + QStringLiteral("/selling?skip=4")}));
+        QCOMPARE(m_beforeFetch.size(), size_t(4));
+        // Before each page: the modal window up, the protocol's words, the
+        // address, and Bar1 a step of Int(100 / (2 x 2)) further for each
+        // half of a protocol behind it.
+        for (const Seen& seen : m_beforeFetch) {
+            QVERIFY(seen.visible);
+            QVERIFY(seen.modal);
+        }
+        QCOMPARE(m_beforeFetch[0].status, QStringLiteral("Fetching Site Time"));
+        QCOMPARE(m_beforeFetch[0].lastUrl, site + QStringLiteral("/time"));
+        QCOMPARE(m_beforeFetch[0].bar, 0);
+        QCOMPARE(m_beforeFetch[1].status, QStringLiteral("Fetching My Sales"));
+        QCOMPARE(m_beforeFetch[1].connectStatus,
+                 QStringLiteral("Site Time retrieved successfully."));
+        QCOMPARE(m_beforeFetch[1].bar, 50);
+        QCOMPARE(m_beforeFetch[2].status, QStringLiteral("Processing My Sales"));
+        QCOMPARE(m_beforeFetch[2].lastUrl, site + QStringLiteral("/selling?skip=2"));
+        QCOMPARE(m_beforeFetch[2].bar, 75);
+        // The fetch's own words land on lblConnectStatus.
+        for (const Seen& seen : m_afterFetch) {
+            QCOMPARE(seen.connectStatus, QStringLiteral("Disconnected from Server."));
+        }
+        // Details shown from the first page on: the last record's first item stays.
+        QCOMPARE(m_atRedraw.item, QStringLiteral("ItemNumber"));
+        QCOMPARE(m_atRedraw.value, QStringLiteral("103"));
+        QCOMPARE(m_atRedraw.status, QStringLiteral("Update complete."));
+        QCOMPARE(m_atRedraw.connectStatus, QStringLiteral("My Sales retrieved successfully."));
+        QCOMPARE(m_atRedraw.bar, 100);
+        ExpectWindowGone(m_ui.get());
+    }
+
+    void aConnectionFailureTellsOverTheWindowAndEndsTheList() {
+        // On the desktop the box opens over the update window.
+        ui::QtUi desktop;
+        core::CurrentSession().ui = &desktop;
+        QStringList boxes;
+        QTimer closer;
+        closer.setInterval(0);
+        connect(&closer, &QTimer::timeout, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box == nullptr) {
+                return;
+            }
+            boxes << box->windowTitle() + QStringLiteral(" | ") + box->text() +
+                         QStringLiteral(" | ") +
+                         (box->parentWidget() ? box->parentWidget()->objectName() : QString());
+            box->button(QMessageBox::Ok)->click();
+        });
+        closer.start();
+
+        const auto result =
+            Run({QStringLiteral("Offline eBay"), QStringLiteral("Current Auctions eBay")});
+        closer.stop();
+        QCOMPARE(result, UpdateRun::Result::Aborted);
+        QCOMPARE(boxes,
+                 QStringList{QStringLiteral(
+                     "Connection Error | Retrieval of Offline Page from eBay failed.  There is a "
+                     "connection problem or eBay is experiencing technical difficulties.  Update "
+                     "aborted. | frmUpdate")});
+        QCOMPARE(m_fetched.size(), 1);
+        QVERIFY(Items().isEmpty());
+        QCOMPARE(m_atRedraw.connectStatus, QStringLiteral("Offline eBay connection error."));
+        ExpectWindowGone(&desktop);
+    }
+
+    void cancelStopsTheRunAndKeepsWhatWasWritten() {
+        m_onFetch = [](ui::frmUpdate* window, const QString& url) {
+            if (url.endsWith(QStringLiteral("skip=2"))) {
+                QTest::mouseClick(Named<QPushButton>(window, QStringLiteral("cmdCancel")),
+                                  Qt::LeftButton);
+            }
+        };
+        const auto result =
+            Run({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+        QCOMPARE(result, UpdateRun::Result::Cancelled);
+        QCOMPARE(m_ui->Messages(), QStringList{update::CancelMessageText()});
+        QCOMPARE(m_ui->Titles(), QStringList{update::CancelMessageTitle()});
+        // The first page was written and stays; nothing after the cancel ran.
+        QCOMPARE(Items(), (QStringList{QStringLiteral("101"), QStringLiteral("102")}));
+        QCOMPARE(m_fetched.size(), 2);
+        ExpectWindowGone(m_ui.get());
+    }
+
+    void escapeWhileRunningCancelsInsteadOfClosing() {
+        bool stillUp = false;
+        m_onFetch = [&stillUp](ui::frmUpdate* window, const QString&) {
+            if (!window->Cancelled()) {
+                QTest::keyClick(window, Qt::Key_Escape);
+                stillUp = window->isVisible() && window->Cancelled();
+            }
+        };
+        const auto result = Run({QStringLiteral("Current Auctions eBay")});
+        QVERIFY(stillUp);
+        QCOMPARE(result, UpdateRun::Result::Cancelled);
+        QCOMPARE(m_ui->Messages(), QStringList{update::CancelMessageText()});
+        QVERIFY(Items().isEmpty());
+        ExpectWindowGone(m_ui.get());
+    }
+
+    void cancelDuringATransferAbortsIt() {
+        QString wordsWhenPressed;
+        m_onFetch = [&](ui::frmUpdate* window, const QString& url) {
+            if (!url.endsWith(QStringLiteral("/slow"))) {
+                return;
+            }
+            auto* cancel = Named<QPushButton>(window, QStringLiteral("cmdCancel"));
+            connect(cancel, &QPushButton::clicked, window, [&wordsWhenPressed, window] {
+                wordsWhenPressed = LabelText(window, "lblConnectStatus");
+            });
+            m_site->CancelOnTransfer(cancel);
+        };
+        const auto result =
+            Run({QStringLiteral("Current Auctions eBay"), QStringLiteral("Slow Sales eBay"),
+                 QStringLiteral("Current Time eBay")});
+        QCOMPARE(result, UpdateRun::Result::Cancelled);
+        QVERIFY2(QRegularExpression(QStringLiteral("^Transferring Page: [0-9]+ bytes$"))
+                     .match(wordsWhenPressed)
+                     .hasMatch(),
+                 qPrintable(wordsWhenPressed));
+        QCOMPARE(m_ui->Messages(), QStringList{update::CancelMessageText()});
+        QCOMPARE(m_afterFetch.back().connectStatus, QStringLiteral("Disconnected from Server."));
+        QCOMPARE(Items(), (QStringList{QStringLiteral("101"), QStringLiteral("102"),
+                                       QStringLiteral("103")}));
+        QCOMPARE(m_fetched.size(), 4);
+        ExpectWindowGone(m_ui.get());
+    }
+
+    void statusDotsComeAndGo() {
+        ui::frmUpdate w;
+        auto* status = Named<QLabel>(&w, QStringLiteral("lblStatus"));
+        // Nothing to animate while the caption is empty.
+        w.tmrStatus_Timer();
+        QCOMPARE(status->text(), QString());
+        w.Status(QStringLiteral("Fetching My Sales"));
+        QStringList seen;
+        for (int tick = 0; tick < 5; ++tick) {
+            w.tmrStatus_Timer();
+            seen << status->text();
+        }
+        QCOMPARE(seen,
+                 (QStringList{
+                     QStringLiteral("Fetching My Sales."), QStringLiteral("Fetching My Sales.."),
+                     QStringLiteral("Fetching My Sales..."), QStringLiteral("Fetching My Sales"),
+                     QStringLiteral("Fetching My Sales.")}));
+        // A caption with a dot of its own keeps it when the dots are cut.
+        w.Status(QStringLiteral("Preparing Update."));
+        for (int tick = 0; tick < 4; ++tick) {
+            w.tmrStatus_Timer();
+        }
+        QCOMPARE(status->text(), QStringLiteral("Preparing Update."));
+    }
+
+    void detailsShowAndHide() {
+        ui::frmUpdate w;
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        auto* details = Named<QPushButton>(&w, QStringLiteral("cmdShowDetails"));
+        auto* elapsed = Named<QLabel>(&w, QStringLiteral("lblTimeElapsed"));
+        auto* timer1 = w.findChild<QTimer*>(QStringLiteral("Timer1"));
+        QVERIFY(timer1 != nullptr);
+        QCOMPARE(details->text(), QStringLiteral("Show Details"));
+        QVERIFY(!elapsed->isVisible());
+        QVERIFY(!w.DetailsShown());
+        const int shortHeight = w.height();
+
+        QTest::mouseClick(details, Qt::LeftButton);
+        QCOMPARE(details->text(), QStringLiteral("Hide Details"));
+        QVERIFY(w.DetailsShown());
+        QVERIFY(elapsed->isVisible());
+        QVERIFY(Named<QLabel>(&w, QStringLiteral("lblItem"))->isVisible());
+        QVERIFY(timer1->isActive());
+        QTRY_VERIFY(w.height() > shortHeight);
+        w.Timer1_Timer();
+        QVERIFY2(QRegularExpression(QStringLiteral("^[0-9]+:[0-5][0-9]:[0-5][0-9]$"))
+                     .match(elapsed->text())
+                     .hasMatch(),
+                 qPrintable(elapsed->text()));
+
+        QTest::mouseClick(details, Qt::LeftButton);
+        QCOMPARE(details->text(), QStringLiteral("Show Details"));
+        QVERIFY(!w.DetailsShown());
+        QVERIFY(!elapsed->isVisible());
+        QVERIFY(!timer1->isActive());
+        QTRY_COMPARE(w.height(), shortHeight);
+
+        // Not running: Cancel only sets the flag the next run clears.
+        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdCancel")), Qt::LeftButton);
+        QVERIFY(w.Cancelled());
+    }
+};
+
+QTEST_MAIN(UpdateWindowTest)
+#include "update_window_ui_test.moc"
