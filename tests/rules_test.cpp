@@ -20,11 +20,13 @@
 #include "core/rule_text.h"
 #include "core/session.h"
 #include "core/store.h"
+#include "tests/support/loopback_server.h"
 #include "tests/support/test_support.h"
 #include "update/rules.h"
 
 using lw::core::CurrentSession;
 using lw::core::Database;
+using lw::test::LoopbackServer;
 using lw::test::ReadAll;
 using lw::test::ScriptedUi;
 using lw::test::SourceDir;
@@ -888,49 +890,6 @@ TEST_F(rulesUpdate, TheCheckRunsOnlyUntilItHasOnceSucceeded) {
 }
 
 // ------------------------------------------- the direct fetch over loopback
-
-namespace {
-
-// An httplib server on 127.0.0.1 and a free port, on its own thread.
-class LoopbackServer {
-public:
-    LoopbackServer() = default;
-    LoopbackServer(const LoopbackServer&) = delete;
-    LoopbackServer& operator=(const LoopbackServer&) = delete;
-    ~LoopbackServer() {
-        m_stopping = true;
-        if (m_thread.joinable()) {
-            m_server.stop();
-            m_thread.join();
-        }
-    }
-
-    httplib::Server& Routes() { return m_server; }
-    bool Stopping() const { return m_stopping; }
-
-    void Start() {
-        m_port = m_server.bind_to_any_port("127.0.0.1");
-        ASSERT_GT(m_port, 0);
-        m_thread = std::thread([this] { m_server.listen_after_bind(); });
-        for (int i = 0; i < 2000 && !m_server.is_running(); ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        ASSERT_TRUE(m_server.is_running());
-    }
-
-    QString Url(const char* path) const {
-        return QStringLiteral("http://127.0.0.1:") + QString::number(m_port) +
-               QString::fromLatin1(path);
-    }
-
-private:
-    httplib::Server m_server;
-    std::thread m_thread;
-    std::atomic<bool> m_stopping{false};
-    int m_port = 0;
-};
-
-}  // namespace
 
 TEST_F(rulesTable, TheDirectFetchKeepsTheEarlierFileWhenItFailsOrIsCancelled) {
     LoopbackServer server;

@@ -23,12 +23,15 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "tests/support/loopback_server.h"
 #include "tests/support/test_support.h"
 #include "update/rules.h"
 #include "update/site_session.h"
 
 using lw::core::CurrentSession;
 using lw::core::Database;
+using lw::test::ClosedPort;
+using lw::test::LoopbackServer;
 using lw::test::ReadAll;
 using lw::test::ScriptedUi;
 using lw::test::SourceDir;
@@ -40,59 +43,6 @@ static void PrintTo(const QString& text, std::ostream* out) {
 }
 
 namespace {
-
-// An httplib server on 127.0.0.1 and a free port, on its own thread.
-class LoopbackServer {
-public:
-    LoopbackServer() = default;
-    LoopbackServer(const LoopbackServer&) = delete;
-    LoopbackServer& operator=(const LoopbackServer&) = delete;
-    ~LoopbackServer() {
-        if (m_thread.joinable()) {
-            m_server.stop();
-            m_thread.join();
-        }
-    }
-
-    httplib::Server& Routes() { return m_server; }
-
-    void Start() {
-        m_port = m_server.bind_to_any_port("127.0.0.1");
-        ASSERT_GT(m_port, 0);
-        m_thread = std::thread([this] { m_server.listen_after_bind(); });
-        for (int i = 0; i < 2000 && !m_server.is_running(); ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        ASSERT_TRUE(m_server.is_running());
-    }
-
-    int Port() const { return m_port; }
-    QString Url(const char* path) const {
-        return QStringLiteral("http://127.0.0.1:") + QString::number(m_port) +
-               QString::fromLatin1(path);
-    }
-
-private:
-    httplib::Server m_server;
-    std::thread m_thread;
-    int m_port = 0;
-};
-
-// A loopback port that nothing listens on.
-int ClosedPort() {
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    int port = 0;
-    if (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
-        port = ntohs(address.sin_port);
-    }
-    ::close(fd);
-    return port;
-}
 
 QString Host(int port) {
     return QStringLiteral("127.0.0.1:") + QString::number(port);
