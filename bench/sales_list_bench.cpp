@@ -4,12 +4,12 @@
 // bare SQLite API, with no row kept. Must stay within 2x of the floor.
 #include <sqlite3.h>
 
-#include <QDate>
 #include <QFile>
 #include <QTemporaryDir>
 #include <cstdio>
 
 #include "bench/bench_support.h"
+#include "bench/listing_fixture.h"
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
@@ -19,39 +19,8 @@ using lw::core::Database;
 
 namespace {
 
-constexpr int kSales = 100000;
-const char* const kUser = "Ann";
-
-// Half the sales end in the coming week, half ended between ten days and a
-// year ago; every fifth has a reserve, every seventh is a multi-winner lot.
-void FillSales(const QString& path) {
-    Database db = Database::Open(path);
-    lw::core::Transaction tx(db);
-    auto insert = db.Prepare(QStringLiteral(
-        "INSERT INTO Auctions (UserName, AuctionSiteFlag, ItemNumber, ItemTitle, EndDate, "
-        "ReserveBid, HighBid, NumberBids, HighBidderName) VALUES (?, 0, ?, ?, ?, ?, ?, ?, ?)"));
-    const QDate today = QDate::currentDate();
-    for (int i = 0; i < kSales; ++i) {
-        const bool current = i % 2 == 0;
-        const QDate day = current ? today.addDays(1 + i % 6) : today.addDays(-10 - i % 355);
-        const QString end =
-            day.toString(QStringLiteral("MM/dd/yy")) + QStringLiteral(", %1:%2:00 PST")
-                                                           .arg(i % 24, 2, 10, QLatin1Char('0'))
-                                                           .arg(i % 60, 2, 10, QLatin1Char('0'));
-        const QString title = i % 11 == 0
-                                  ? QStringLiteral("Brass &amp; copper lamp, lot %1").arg(i)
-                                  : QStringLiteral("Antique brass lamp with shade, lot %1").arg(i);
-        insert.BindAll(
-            QString::fromLatin1(kUser), QString::number(3000000 + i), title, end,
-            i % 5 == 0 ? QStringLiteral("$40.00") : QString(),
-            QStringLiteral("$%1.%2").arg(i % 90).arg(i % 100, 2, 10, QLatin1Char('0')),
-            QString::number(i % 17),
-            i % 7 == 0 ? QStringLiteral("Dutch Auction") : QStringLiteral("bidder%1").arg(i % 997));
-        insert.Run();
-        insert.Reset();
-    }
-    tx.Commit();
-}
+constexpr int kSales = lw::bench::kFixtureSales;
+const char* const kUser = lw::bench::kFixtureUser;
 
 // The statements the listing runs for the two groups with the default view
 // settings and all rows on one page.
@@ -99,7 +68,7 @@ int main() {
 
     const QString path = dir.filePath(QStringLiteral("Lotwright.db"));
     lw::core::OpenOrCreateStore(path, QStringLiteral(LW_SOURCE_DIR));
-    FillSales(path);
+    lw::bench::FillFixture(path, 0);
 
     Database db = Database::Open(path);
     lw::views::SalesListing listing;
