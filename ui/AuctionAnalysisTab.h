@@ -1,5 +1,5 @@
 // The content of the main window's "Auction Analysis" tab: the source combo
-// with its two rows, the sales grid mfgMyAuctions and the bids grid mfgMyBids
+// lstAnalysis with its two rows, the sales grid mfgMyAuctions and the bids grid mfgMyBids
 // in their frames fmeMyAuctions and fmeMyBids, and the chart chtMyChart with
 // sales, fees and bids over the years. Every figure comes from
 // views::AnalysisRefresh; the tab only shows it and never writes.
@@ -7,6 +7,7 @@
 
 #include <QWidget>
 
+class QChartView;
 class QComboBox;
 class QGroupBox;
 class QTableWidget;
@@ -36,19 +37,19 @@ public:
     QStringList ChartYears() const;
 
 private Q_SLOTS:
-    void cmbAnalysisSource_Click(int index);
+    void lstAnalysis_Click(int index);
 
 private:
     void ShowPage(const views::AnalysisPage& page);
     void ShowChart(const views::AnalysisPage& page);
 
     core::Database* m_db = nullptr;
-    QComboBox* m_cmbSource = nullptr;
+    QComboBox* m_lstAnalysis = nullptr;
     QGroupBox* m_fmeMyAuctions = nullptr;
     QGroupBox* m_fmeMyBids = nullptr;
     QTableWidget* m_mfgMyAuctions = nullptr;
     QTableWidget* m_mfgMyBids = nullptr;
-    QWidget* m_chtMyChart = nullptr;
+    QChartView* m_chtMyChart = nullptr;
     QStringList m_years;
 };
 
