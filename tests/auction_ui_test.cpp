@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
@@ -480,6 +481,70 @@ private Q_SLOTS:
         Named<QAction>(w, QStringLiteral("mnuPopupDeleteBid"))->trigger();
         QCOMPARE(m_ui->History().back().title, QStringLiteral("Delete Bid?"));
         QCOMPARE(Column(bids, 0), QStringList({QStringLiteral("3001")}));
+    }
+
+    void popUpMenusFollowTheItem() {
+        Prepare();
+        {
+            core::Database db = Db();
+            db.Exec(
+                QStringLiteral("UPDATE Auctions SET ToDoComplete = 1 WHERE ItemNumber = '2001'"));
+        }
+        ui::frmAuction* w = Open();
+        auto* sales = Named<QTableView>(w, QStringLiteral("grdAuction"));
+        auto* popup = Named<QMenu>(w, QStringLiteral("mnuPopup"));
+        auto* relist = Named<QAction>(w, QStringLiteral("mnuItemRelist"));
+        auto* feedback = Named<QAction>(w, QStringLiteral("mnuPopupViewBidderFeedback"));
+        auto* back = Named<QAction>(w, QStringLiteral("mnuPopupAuctionReturntoTask"));
+        const auto openOn = [&](const QString& item) {
+            const int row = static_cast<int>(Column(sales, 0).indexOf(item));
+            sales->setCurrentIndex(sales->model()->index(row, 0));
+            w->grdAuction_Popup(row, w->mapToGlobal(QPoint(20, 20)));
+            popup->hide();
+        };
+        // A running sale without bids: no relist, no bidder to look up.
+        openOn(QStringLiteral("1002"));
+        QVERIFY(!relist->isEnabled());
+        QVERIFY(!feedback->isEnabled());
+        QVERIFY(!back->isEnabled());
+        openOn(QStringLiteral("1001"));
+        QVERIFY(feedback->isEnabled());
+        // An ended sale whose tasks are done can be relisted and sent back.
+        w->mnuArchivedAuctions_Click();
+        openOn(QStringLiteral("2001"));
+        QVERIFY(relist->isEnabled());
+        QVERIFY(back->isEnabled());
+        back->trigger();
+        core::Database db = Db();
+        core::Statement s = db.Prepare(
+            QStringLiteral("SELECT ToDoComplete FROM Auctions WHERE ItemNumber = '2001'"));
+        QVERIFY(s.Step());
+        QCOMPARE(s.Int(QStringLiteral("ToDoComplete")), 0);
+    }
+
+    void statusBarShowsTheStatementBalance() {
+        Prepare();
+        {
+            core::Database db = Db();
+            const QStringList columns = {QStringLiteral("UserName"), QStringLiteral("ItemNumber"),
+                                         QStringLiteral("AccountType"), QStringLiteral("Debit"),
+                                         QStringLiteral("Credit")};
+            Insert(db, QStringLiteral("AccountInfo"), columns,
+                   {kUser, QVariant(), QStringLiteral("Current balance"), QStringLiteral("$0.00"),
+                    QStringLiteral("$12.34")});
+            // A later ledger line of the history and another user's statement.
+            Insert(db, QStringLiteral("AccountInfo"), columns,
+                   {kUser, QStringLiteral("1001"), QStringLiteral("Final value fee"),
+                    QStringLiteral("$0.63"), QStringLiteral("$0.00")});
+            Insert(db, QStringLiteral("AccountInfo"), columns,
+                   {QStringLiteral("Other"), QVariant(), QStringLiteral("Current balance"),
+                    QStringLiteral("$50.00"), QStringLiteral("$0.00")});
+        }
+        ui::frmAuction* w = Open();
+        QCOMPARE(Named<QLabel>(w, QStringLiteral("lblInfo1"))->text(), QStringLiteral("$12.34"));
+        QVERIFY(!Named<QLabel>(w, QStringLiteral("lblInfo0"))->text().isEmpty());
+        QVERIFY(Named<QTimer>(w, QStringLiteral("Timer1"))->isActive());
+        QCOMPARE(Named<QTimer>(w, QStringLiteral("Timer1"))->interval(), 1000);
     }
 
     void itemCostWritesTheRow() {
