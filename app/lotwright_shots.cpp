@@ -1,0 +1,209 @@
+// lotwright-shots: opens each window of the program in turn on a prepared
+// AppRoot and writes one PNG per window, so that the windows can be looked at
+// without sitting at the screen. It starts as lotwright does (the first
+// retrieval included, when the user has none), runs one "My Bids Only"
+// update to catch the update window at work, and then shows the rest.
+// Messages are not shown (nobody is there to answer them) but are printed.
+// It writes pictures only; every row it changes is one the program's own
+// start or update would have written.
+//   lotwright-shots --root DIR --out DIR
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTabWidget>
+#include <QTextStream>
+#include <QTimer>
+
+#include "admin/startup.h"
+#include "core/session.h"
+#include "core/settings.h"
+#include "core/store.h"
+#include "ui/DesktopStart.h"
+#include "ui/frmAuction.h"
+#include "ui/frmGeneral.h"
+#include "ui/frmNewUser.h"
+#include "ui/frmTip.h"
+#include "ui/frmUpdate.h"
+#include "ui/frmUserPreferences.h"
+#include "update/run_lists.h"
+#include "update/update_run.h"
+
+namespace {
+
+// Answers every question with its default and prints what was shown.
+class PrintingUi : public lw::core::Ui {
+public:
+    void Message(const QString& text, const QString& title, lw::core::Icon) override {
+        QTextStream(stderr) << "[" << title << "] " << text << '\n';
+    }
+    lw::core::Answer Ask(const QString& text, const QString& title, lw::core::Buttons,
+                         lw::core::Answer defaultAnswer) override {
+        QTextStream(stderr) << "[" << title << "] " << text << " (default answer taken)\n";
+        return defaultAnswer;
+    }
+    std::optional<QString> Prompt(const QString&, const QString&, const QString& initial) override {
+        return initial;
+    }
+    void Status(const QString&) override {}
+    void Progress(qint64, qint64) override {}
+    void PumpEvents() override { QCoreApplication::processEvents(); }
+    bool CancelRequested() override { return false; }
+};
+
+class Shots {
+public:
+    explicit Shots(QString outDir) : m_out(std::move(outDir)) {}
+
+    // Lets the window lay itself out and paint, then writes it.
+    void Take(QWidget* window, const QString& name) {
+        window->show();
+        window->raise();
+        // Long enough for charts to settle their axes and for timers of the
+        // first second (the site clock) to have run.
+        QElapsedTimer settle;
+        settle.start();
+        while (settle.elapsed() < 1200) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        }
+        const QString file = QDir(m_out).filePath(name + QStringLiteral(".png"));
+        if (window->grab().save(file)) {
+            QTextStream(stdout) << file << '\n';
+        } else {
+            QTextStream(stderr) << "could not write " << file << '\n';
+            m_failed = true;
+        }
+    }
+    bool Failed() const { return m_failed; }
+
+private:
+    QString m_out;
+    bool m_failed = false;
+};
+
+QWidget* VisibleTopLevel(const QString& objectName) {
+    const auto widgets = QApplication::topLevelWidgets();
+    for (QWidget* widget : widgets) {
+        if (widget->objectName() == objectName && widget->isVisible()) {
+            return widget;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Lotwright"));
+    QApplication::setOrganizationName(QStringLiteral("Lotwright"));
+
+    QString root;
+    QString out;
+    const QStringList args = QApplication::arguments();
+    for (qsizetype i = 1; i + 1 < args.size(); i += 2) {
+        if (args.at(i) == QLatin1String("--root")) {
+            root = args.at(i + 1);
+        } else if (args.at(i) == QLatin1String("--out")) {
+            out = args.at(i + 1);
+        }
+    }
+    if (root.isEmpty() || out.isEmpty() || !QDir().mkpath(out)) {
+        QTextStream(stderr) << "Usage: lotwright-shots --root DIR --out DIR\n";
+        return 2;
+    }
+
+    PrintingUi ui;
+    lw::core::ResetSession(&ui);
+    lw::core::CurrentSession().ShippedDir =
+        lw::core::ResolveShippedDir(QApplication::applicationDirPath());
+    lw::core::SetSettingsFolder(QDir(root).absolutePath() + QStringLiteral("/Configs/Settings"));
+
+    lw::ui::DesktopStart start = lw::ui::StartDesktop(QDir(root).absolutePath());
+    if (!start.window) {
+        return start.exitCode == 0 ? 1 : start.exitCode;
+    }
+    lw::ui::frmAuction* window = start.window.get();
+    window->resize(1100, 720);
+    Shots shots(out);
+
+    // The tip of the day that the start put up.
+    QCoreApplication::processEvents();
+    if (QWidget* tip = VisibleTopLevel(QStringLiteral("frmTip"))) {
+        shots.Take(tip, QStringLiteral("frmTip"));
+        tip->close();
+    } else {
+        lw::ui::frmTip own(window);
+        shots.Take(&own, QStringLiteral("frmTip"));
+    }
+
+    auto* tabs = window->findChild<QTabWidget*>(QStringLiteral("SSTab1"));
+    const QStringList tabNames = {QStringLiteral("MySales"), QStringLiteral("MyBids"),
+                                  QStringLiteral("TaskManager"), QStringLiteral("AuctionAnalysis")};
+    for (int index = 0; tabs != nullptr && index < tabs->count(); ++index) {
+        tabs->setCurrentIndex(index);
+        shots.Take(window, QStringLiteral("frmAuction-%1-%2")
+                               .arg(index)
+                               .arg(tabNames.value(index, QString::number(index))));
+    }
+    if (tabs != nullptr) {
+        tabs->setCurrentIndex(0);
+    }
+
+    // The update window at work: taken from inside the run, when the second
+    // page is asked for.
+    try {
+        lw::core::Database db = lw::core::OpenStore();
+        lw::update::WriteRunList(lw::update::RunList(lw::update::UpdateCommand::UpdateBids));
+        lw::update::UpdateHooks hooks = lw::update::DefaultUpdateHooks(db);
+        hooks.redraw = [window] { window->RedrawViews(); };
+        int fetches = 0;
+        bool taken = false;
+        auto fetch = hooks.fetch;
+        hooks.fetch = [&](const QString& url, const QString& file) {
+            if (++fetches == 2 && !taken) {
+                if (QWidget* update = VisibleTopLevel(QStringLiteral("frmUpdate"))) {
+                    shots.Take(update, QStringLiteral("frmUpdate"));
+                    taken = true;
+                }
+            }
+            return fetch(url, file);
+        };
+        lw::ui::ShowUpdateWindow(db, window, std::move(hooks));
+        if (!taken) {
+            QTextStream(stderr) << "the update window was not caught at work\n";
+        }
+    } catch (const lw::core::StoreError& failure) {
+        QTextStream(stderr) << failure.Message() << '\n';
+    }
+
+    {
+        lw::ui::frmUserPreferences preferences(window);
+        shots.Take(&preferences, QStringLiteral("frmUserPreferences"));
+    }
+    {
+        lw::ui::frmNewUser newUser(window);
+        shots.Take(&newUser, QStringLiteral("frmNewUser"));
+        // Closing it would leave the marker that ends a start.
+        newUser.hide();
+    }
+    {
+        lw::ui::frmGeneral itemCost(lw::ui::frmGeneral::ItemCostForm, window);
+        const auto* grid = window->findChild<QAbstractItemView*>(QStringLiteral("grdAuction"));
+        const QString item = grid != nullptr && grid->model()->rowCount() > 0
+                                 ? grid->model()->index(0, 0).data().toString()
+                                 : QStringLiteral("n/a");
+        itemCost.setWindowTitle(QStringLiteral("Item #: ") + item);
+        itemCost.SetItemCostValues(QStringLiteral("$12.50"), QStringLiteral("$4.95"),
+                                   QStringLiteral("$0.00"));
+        shots.Take(&itemCost, QStringLiteral("frmGeneral-ItemCost"));
+    }
+    {
+        lw::ui::frmGeneral about(lw::ui::frmGeneral::AboutForm, window);
+        shots.Take(&about, QStringLiteral("frmGeneral-About"));
+    }
+    window->close();
+    start.window.reset();
+    lw::core::ResetSession();
+    return shots.Failed() ? 1 : 0;
+}
