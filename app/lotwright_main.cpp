@@ -12,15 +12,13 @@
 #include "ui/qt_ui.h"
 
 int main(int argc, char** argv) {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Lotwright"));
-    QApplication::setOrganizationName(QStringLiteral("Lotwright"));
-
+    // The options are read before the application is made, so that a wrong
+    // one is told even where no display can be opened.
     QString givenRoot;
-    const QStringList args = QApplication::arguments();
-    for (qsizetype i = 1; i < args.size(); ++i) {
-        if (args.at(i) == QLatin1String("--root") && i + 1 < args.size()) {
-            givenRoot = args.at(++i);
+    for (int i = 1; i < argc; ++i) {
+        const QString arg = QString::fromLocal8Bit(argv[i]);
+        if (arg == QLatin1String("--root") && i + 1 < argc) {
+            givenRoot = QString::fromLocal8Bit(argv[++i]);
         } else {
             QTextStream(stderr) << "Usage: lotwright [--root DIR]\n"
                                 << "--root DIR is the folder that holds Configs/, Data/ and "
@@ -28,6 +26,10 @@ int main(int argc, char** argv) {
             return 2;
         }
     }
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Lotwright"));
+    QApplication::setOrganizationName(QStringLiteral("Lotwright"));
 
     lw::ui::QtUi ui;
     lw::core::ResetSession(&ui);
