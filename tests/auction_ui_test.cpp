@@ -678,6 +678,29 @@ private Q_SLOTS:
         QVERIFY(shown);
     }
 
+    void aDamagedDatabaseIsToldNotFatal() {
+        Prepare();
+        ui::frmAuction* w = Open();
+        auto* sales = Named<QTableView>(w, QStringLiteral("grdAuction"));
+        SelectItem(sales, QStringLiteral("1001"));
+        {
+            core::Database db = Db();
+            db.Exec(QStringLiteral("DROP VIEW CurrentAuctions"));
+            db.Exec(QStringLiteral("ALTER TABLE Auctions RENAME TO AuctionsGone"));
+        }
+        w->ShowCurrentSales();
+        QCOMPARE(m_ui->Titles(), QStringList({QStringLiteral("My Sales")}));
+        m_ui->ScriptAnswer(core::Answer::Yes);
+        Named<QAction>(w, QStringLiteral("mnuPopupDeleteAuction"))->trigger();
+        QCOMPARE(m_ui->Titles().size(), 2);
+        QCOMPARE(m_ui->Titles().at(1), QStringLiteral("Delete Auction"));
+        // The timers and the selection step over it without a word.
+        w->Timer2_Timer();
+        w->RefreshTimeLeftSales();
+        SelectItem(Named<QTableView>(w, QStringLiteral("GrdBid")), QStringLiteral("3002"));
+        QCOMPARE(m_ui->Titles().size(), 2);
+    }
+
     void hugeAndBrokenDataShowsWithoutFailing() {
         {
             core::Database db = Db();
