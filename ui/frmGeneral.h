@@ -9,7 +9,6 @@
 
 class QLabel;
 class QLineEdit;
-class QStackedWidget;
 
 namespace lw::core {
 class Database;
