@@ -87,6 +87,26 @@ void WhenShown(const QString& objectName, std::function<void(QWidget*)> act) {
     poll->start();
 }
 
+// Counts the showings of windows by name, however briefly they stay.
+class ShowWatch : public QObject {
+public:
+    explicit ShowWatch(QString objectName) : m_name(std::move(objectName)) {
+        qApp->installEventFilter(this);
+    }
+    int shown = 0;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Show && watched->objectName() == m_name) {
+            ++shown;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QString m_name;
+};
+
 template <class T>
 T* Named(QWidget* window, const QString& name) {
     T* child = window->findChild<T*>(name);
@@ -165,6 +185,7 @@ private Q_SLOTS:
 
     void aNewUserFilledInWritesTheRowsAndOpensTheMainWindow() {
         LeaveRulesFor(*m_root, ClosedPort());
+        ShowWatch update(QStringLiteral("frmUpdate"));
         bool asked = false;
         WhenShown(QStringLiteral("frmNewUser"), [&](QWidget* window) {
             asked = true;
@@ -192,6 +213,7 @@ private Q_SLOTS:
                        QStringLiteral("Ann")),
                  1);
         // The site cannot be reached: the retrieval waits without a word.
+        QCOMPARE(update.shown, 0);
         QVERIFY(m_ui->Messages().isEmpty());
         QVERIFY(!QFile::exists(m_root->File(QStringLiteral("Configs/RunProt.dat"))));
         QCOMPARE(core::CurrentSession().CurrentUser, QStringLiteral("Ann"));
@@ -239,11 +261,10 @@ private Q_SLOTS:
             FillNewUser(window, QStringLiteral("Demo"), QStringLiteral("demo_seller"),
                         QStringLiteral("demo"));
         });
-        bool updateShown = false;
-        WhenShown(QStringLiteral("frmUpdate"), [&](QWidget*) { updateShown = true; });
+        ShowWatch update(QStringLiteral("frmUpdate"));
         ui::DesktopStart start = ui::StartDesktop(m_root->Path());
         QVERIFY(start.window != nullptr);
-        QVERIFY(updateShown);
+        QCOMPARE(update.shown, 1);
         QCOMPARE(m_ui->Titles(), QStringList{QStringLiteral("Retrieving eBay Data")});
 
         core::Database db = core::OpenStore();
