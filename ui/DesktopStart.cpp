@@ -82,6 +82,9 @@ DesktopStart StartDesktop(const QString& appRoot) {
     } catch (const core::StoreError& failure) {
         ui.Message(failure.Message(), kTitle, core::Icon::Critical);
         start.exitCode = 1;
+    } catch (const std::exception& failure) {
+        ui.Message(QString::fromLocal8Bit(failure.what()), kTitle, core::Icon::Critical);
+        start.exitCode = 1;
     }
     return start;
 }
