@@ -13,10 +13,12 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDirIterator>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLineEdit>
+#include <QMap>
 #include <QPushButton>
 #include <QTableView>
 #include <QTimer>
@@ -156,6 +158,18 @@ qint64 SiteCount(const QString& path, const QByteArray& sql, qint64 since) {
     return count;
 }
 
+// Every settings file under the root's settings folder, by name.
+QMap<QString, QByteArray> SettingsFiles(const test::TempRoot& root) {
+    QMap<QString, QByteArray> files;
+    QDirIterator it(root.File(QStringLiteral("settings")), QDir::Files,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        files.insert(path, test::ReadAll(path));
+    }
+    return files;
+}
+
 int GridRows(QWidget* window, const QString& grid) {
     return Named<QTableView>(window, grid)->model()->rowCount();
 }
@@ -217,6 +231,13 @@ private Q_SLOTS:
         QVERIFY(m_ui->Messages().isEmpty());
         QVERIFY(!QFile::exists(m_root->File(QStringLiteral("Configs/RunProt.dat"))));
         QCOMPARE(core::CurrentSession().CurrentUser, QStringLiteral("Ann"));
+
+        // File, Exit closes the window and saves nothing on the way out.
+        const QMap<QString, QByteArray> settingsBefore = SettingsFiles(*m_root);
+        QVERIFY(!settingsBefore.isEmpty());
+        start.window->mnuFileExit_Click();
+        QVERIFY(!start.window->isVisible());
+        QCOMPARE(SettingsFiles(*m_root), settingsBefore);
     }
 
     void cancellingTheNewUserWindowEndsTheStartWithTheMarker() {
