@@ -8,7 +8,6 @@
 #include <curl/curl.h>
 
 #include <QFile>
-#include <QSaveFile>
 #include <QUrl>
 #include <algorithm>
 #include <exception>
@@ -45,7 +44,7 @@ using Slist = std::unique_ptr<curl_slist, SlistDeleter>;
 // set: a GET streams to the file, a POST collects into the answer.
 struct Transfer {
     const NetProgress* progress = nullptr;
-    QSaveFile* file = nullptr;
+    QFile* file = nullptr;
     QByteArray* answer = nullptr;
     qint64 received = 0;
     bool cancelled = false;
@@ -186,35 +185,82 @@ NetResult NoHandle(const QString& url) {
 
 }  // namespace
 
+namespace {
+
+// A page is written beside its target and renamed onto it when complete, so
+// that no half page is ever read; a part that was not committed is removed.
+// Unlike QSaveFile it does not force the data to disk: the pages are scratch
+// files read back at once, and a disk flush per page made an update of two
+// thousand item pages wait on the disk for most of its time.
+class PartFile {
+public:
+    explicit PartFile(const QString& target)
+        : m_target(target), m_file(target + QStringLiteral(".part")) {}
+    ~PartFile() {
+        if (!m_committed) {
+            m_file.close();
+            QFile::remove(m_file.fileName());
+        }
+    }
+    PartFile(const PartFile&) = delete;
+    PartFile& operator=(const PartFile&) = delete;
+
+    bool Open() { return m_file.open(QIODevice::WriteOnly | QIODevice::Truncate); }
+    QFile& File() { return m_file; }
+    QString ErrorString() const { return m_error.isEmpty() ? m_file.errorString() : m_error; }
+    bool Commit() {
+        if (!m_file.flush()) {
+            return false;
+        }
+        m_file.close();
+        if (QFile::exists(m_target) && !QFile::remove(m_target)) {
+            m_error = QStringLiteral("cannot replace the earlier file");
+            return false;
+        }
+        if (!QFile::rename(m_file.fileName(), m_target)) {
+            m_error = QStringLiteral("cannot rename ") + m_file.fileName();
+            return false;
+        }
+        m_committed = true;
+        return true;
+    }
+
+private:
+    QString m_target;
+    QFile m_file;
+    QString m_error;
+    bool m_committed = false;
+};
+
+}  // namespace
+
 NetResult HttpGetToFile(const QString& url, const QString& filePath, const NetOptions& options,
                         const NetProgress& progress) {
     NetResult result;
     std::exception_ptr failure;
     {
-        // QSaveFile writes beside the target and renames onto it in commit();
-        // destroyed without a commit it removes what it wrote.
-        QSaveFile file(filePath);
+        PartFile file(filePath);
         Transfer transfer;
         transfer.progress = &progress;
-        transfer.file = &file;
+        transfer.file = &file.File();
         Easy easy = NewTransfer(url, options, transfer);
         if (!easy) {
             result = NoHandle(url);
-        } else if (!file.open(QIODevice::WriteOnly)) {
+        } else if (!file.Open()) {
             result.error = QStringLiteral("Cannot write ") + filePath + QStringLiteral(": ") +
-                           file.errorString() + QStringLiteral(" (") + url + QLatin1Char(')');
+                           file.ErrorString() + QStringLiteral(" (") + url + QLatin1Char(')');
         } else {
             curl_easy_setopt(easy.get(), CURLOPT_WRITEFUNCTION, WriteToFile);
             curl_easy_setopt(easy.get(), CURLOPT_WRITEDATA, &transfer);
             const CURLcode code = curl_easy_perform(easy.get());
             result = Outcome(easy.get(), code, url, transfer);
             if (transfer.writeFailed) {
-                result.error += QStringLiteral(" (") + file.errorString() + QLatin1Char(')');
+                result.error += QStringLiteral(" (") + file.ErrorString() + QLatin1Char(')');
             }
-            if (result.ok() && !file.commit()) {
+            if (result.ok() && !file.Commit()) {
                 result.status = NetStatus::Failed;
                 result.error = QStringLiteral("Cannot write ") + filePath + QStringLiteral(": ") +
-                               file.errorString() + QStringLiteral(" (") + url + QLatin1Char(')');
+                               file.ErrorString() + QStringLiteral(" (") + url + QLatin1Char(')');
             }
         }
         failure = transfer.failure;
