@@ -426,17 +426,26 @@ RecordWriter::FoundRows RecordWriter::Find(const QString& sql, const QString& pr
     if (tokens.empty() || !IsWord(sql, tokens.front(), u"select")) {
         throw QueryError(Refusal(protocolName, key, single));
     }
-    try {
-        const core::Statement check = m_db.PrepareSingle(sql);
-        if (!check.IsReadOnly()) {
-            throw QueryError(Refusal(protocolName, key, single));
+    QString shape;
+    for (const Token& token : tokens) {
+        shape += token.kind == Token::Kind::Literal ? QStringView(u"''") : TokenText(sql, token);
+        shape += u' ';
+    }
+    if (!m_checkedShapes.contains(shape)) {
+        try {
+            const core::Statement check = m_db.PrepareSingle(sql);
+            if (!check.IsReadOnly()) {
+                throw QueryError(Refusal(protocolName, key, single));
+            }
+        } catch (const StoreError& e) {
+            if (e.Code() == SQLITE_MISUSE) {
+                throw QueryError(Refusal(protocolName, key, single));
+            }
+            throw QueryError(QStringLiteral("The ") + key + QStringLiteral(" of protocol \"") +
+                             protocolName + QStringLiteral("\" could not be opened: ") +
+                             e.Message());
         }
-    } catch (const StoreError& e) {
-        if (e.Code() == SQLITE_MISUSE) {
-            throw QueryError(Refusal(protocolName, key, single));
-        }
-        throw QueryError(QStringLiteral("The ") + key + QStringLiteral(" of protocol \"") +
-                         protocolName + QStringLiteral("\" could not be opened: ") + e.Message());
+        m_checkedShapes.insert(shape);
     }
 
     // The first FROM outside brackets, and the table behind it.
@@ -471,16 +480,20 @@ RecordWriter::FoundRows RecordWriter::Find(const QString& sql, const QString& pr
         qualifier = TokenText(sql, tokens[alias]).toString();
     }
 
-    QString type;
-    {
+    // The schema does not change during an update.
+    auto known = m_tableTypes.constFind(table.toLower());
+    if (known == m_tableTypes.constEnd()) {
+        QString found;
         core::Statement schema = m_db.Prepare(QStringLiteral(
             "SELECT type FROM sqlite_schema WHERE name = ? COLLATE NOCASE AND type IN "
             "('table', 'view') ORDER BY type = 'table' DESC LIMIT 1"));
         schema.Bind(1, table);
         if (schema.Step()) {
-            type = schema.Text(0);
+            found = schema.Text(0);
         }
+        known = m_tableTypes.insert(table.toLower(), found);
     }
+    const QString type = *known;
     if (type != u"table") {
         throw QueryError(Refusal(protocolName, key,
                                  QStringLiteral("it reads \"") + table +
@@ -527,6 +540,16 @@ const RecordWriter::TableColumns& RecordWriter::ColumnsOf(const QString& table) 
     return *m_tables.insert(key, columns);
 }
 
+core::Statement& RecordWriter::Reused(const QString& sql) {
+    auto it = m_statements.find(sql);
+    if (it == m_statements.end()) {
+        it = m_statements.emplace(sql, std::make_unique<core::Statement>(m_db.Prepare(sql))).first;
+    } else {
+        it->second->Reset();
+    }
+    return *it->second;
+}
+
 void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
                          const Writes& writes) {
     const TableColumns& columns = ColumnsOf(table);
@@ -559,9 +582,9 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
             marks += i ? QStringLiteral(", ?") : QStringLiteral("?");
         }
         try {
-            core::Statement insert =
-                m_db.Prepare(QStringLiteral("INSERT INTO ") + quotedTable + QStringLiteral(" (") +
-                             names + QStringLiteral(") VALUES (") + marks + QStringLiteral(")"));
+            core::Statement& insert =
+                Reused(QStringLiteral("INSERT INTO ") + quotedTable + QStringLiteral(" (") + names +
+                       QStringLiteral(") VALUES (") + marks + QStringLiteral(")"));
             for (size_t i = 0; i < known.size(); ++i) {
                 insert.Bind(static_cast<int>(i + 1), known[i].second);
             }
@@ -572,8 +595,7 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         }
     }
     if (rowid < 0) {
-        m_db.Prepare(QStringLiteral("INSERT INTO ") + quotedTable +
-                     QStringLiteral(" DEFAULT VALUES"))
+        Reused(QStringLiteral("INSERT INTO ") + quotedTable + QStringLiteral(" DEFAULT VALUES"))
             .Run();
         rowid = m_db.LastInsertId();
     }
@@ -587,9 +609,9 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
                     QStringLiteral(" = ?");
         }
         try {
-            core::Statement update =
-                m_db.Prepare(QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") +
-                             sets + QStringLiteral(" WHERE rowid = ?"));
+            core::Statement& update =
+                Reused(QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") + sets +
+                       QStringLiteral(" WHERE rowid = ?"));
             int index = 1;
             for (const auto& write : known) {
                 update.Bind(index++, write.second);

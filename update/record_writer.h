@@ -10,6 +10,8 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
+#include <map>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -82,11 +84,22 @@ private:
 
     const TableColumns& ColumnsOf(const QString& table);
     void Apply(const QString& table, const std::vector<qint64>& found, const Writes& writes);
+    // A statement of a text the writer runs again and again (the insert and
+    // update of a table's fields), prepared once per writer and reset for
+    // each use: preparing a statement over a table with generated columns
+    // costs far more than running it.
+    core::Statement& Reused(const QString& sql);
 
     core::Database& m_db;
     QString m_userName;
     QHash<QString, TableColumns> m_tables;
     QSet<QString> m_told;
+    // Queries found to be one reading SELECT, by their text with every string
+    // literal emptied: macro values enter only as literals, so a protocol's
+    // query is checked once, not once per record.
+    QSet<QString> m_checkedShapes;
+    QHash<QString, QString> m_tableTypes;  // lower-cased name -> "table", "view" or ""
+    std::map<QString, std::unique_ptr<core::Statement>> m_statements;
 };
 
 }  // namespace lw::update
