@@ -162,16 +162,13 @@ QPixmap StarPicture(const QString& name) {
         {QStringLiteral("eBay1000-9999"), QColor(220, 20, 60)},
         {QStringLiteral("eBay10000"), QColor(34, 139, 34)},
     };
-    static QHash<QString, QPixmap> drawn;
     const auto colour = colours.constFind(name);
     if (colour == colours.constEnd()) {
         return {};
     }
-    auto found = drawn.find(name);
-    if (found == drawn.end()) {
-        found = drawn.insert(name, DrawStar(colour.value()));
-    }
-    return found.value();
+    // Drawn afresh each time: a picture kept in a static would outlive the
+    // application object that owns the paint system.
+    return DrawStar(colour.value());
 }
 
 // ------------------------------------------------------------------ sales
