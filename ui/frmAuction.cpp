@@ -83,7 +83,13 @@ frmAuction::frmAuction(QWidget* parent) : QMainWindow(parent) {
     resize(900, 680);
 }
 
-frmAuction::~frmAuction() = default;
+frmAuction::~frmAuction() {
+    m_Timer1->stop();
+    m_Timer2->stop();
+    // The grids show models and the analysis tab reads a connection that are
+    // members of this window: the widgets go first.
+    delete takeCentralWidget();
+}
 
 core::Database& frmAuction::Db() {
     if (!m_db) {
