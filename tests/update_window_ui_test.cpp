@@ -551,6 +551,20 @@ private Q_SLOTS:
         QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdCancel")), Qt::LeftButton);
         QVERIFY(w.Cancelled());
     }
+
+    void screenshot() {
+        ui::frmUpdate w;
+        w.Status(QStringLiteral("Processing My Sales"));
+        w.ConnectStatus(QStringLiteral("My Sales retrieved successfully."));
+        w.Progress(60);
+        w.LastUrl(QStringLiteral("http://127.0.0.1:8080/selling?skip=2"));
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdShowDetails")), Qt::LeftButton);
+        w.CurrentItem(QStringLiteral("ItemNumber"), QStringLiteral("103"));
+        const QString dir = qEnvironmentVariable("LW_SCREENSHOT_DIR", QStringLiteral("/tmp"));
+        QVERIFY(w.grab().save(dir + QStringLiteral("/frmUpdate.png")));
+    }
 };
 
 QTEST_MAIN(UpdateWindowTest)

@@ -5,6 +5,7 @@
 // views::AnalysisRefresh; the tab only shows it and never writes.
 #pragma once
 
+#include <QStringList>
 #include <QWidget>
 
 class QChartView;
