@@ -125,9 +125,31 @@ void SetProxy(CURL* easy, const NetOptions& options) {
 
 // Options every transfer shares. curl copies string options, so the byte
 // arrays made here may die when this returns.
-Easy NewTransfer(const QString& url, const NetOptions& options, Transfer& transfer) {
+// One handle is kept per thread between transfers, with libcurl's cache of
+// open connections: the next transfer to the same host reuses the
+// connection, so the thousands of pages of an update, asked for one after
+// another from one site, cost one connection and not one each. A transfer
+// that keeps cookies in a file hands its handle back to libcurl instead,
+// which writes the file as it lets the handle go.
+thread_local Easy t_spare;
+
+Easy TakeEasy() {
     EnsureCurl();
-    Easy easy(curl_easy_init());
+    if (t_spare) {
+        return std::move(t_spare);
+    }
+    return Easy(curl_easy_init());
+}
+
+void GiveBack(Easy easy, const NetOptions& options) {
+    if (easy && options.cookieFile.isEmpty()) {
+        curl_easy_reset(easy.get());
+        t_spare = std::move(easy);
+    }
+}
+
+Easy NewTransfer(const QString& url, const NetOptions& options, Transfer& transfer) {
+    Easy easy = TakeEasy();
     if (!easy) {
         return easy;
     }
@@ -263,6 +285,7 @@ NetResult HttpGetToFile(const QString& url, const QString& filePath, const NetOp
                                file.ErrorString() + QStringLiteral(" (") + url + QLatin1Char(')');
             }
         }
+        GiveBack(std::move(easy), options);
         failure = transfer.failure;
     }
     if (!result.ok()) {
@@ -301,7 +324,7 @@ NetResult HttpPostForm(const QString& url, const QByteArray& body, const NetOpti
     curl_easy_setopt(e, CURLOPT_WRITEDATA, &transfer);
     const CURLcode code = curl_easy_perform(e);
     NetResult result = Outcome(e, code, url, transfer);
-    easy.reset();
+    GiveBack(std::move(easy), options);
     if (transfer.failure) {
         std::rethrow_exception(transfer.failure);
     }
