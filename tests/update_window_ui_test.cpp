@@ -124,6 +124,9 @@ public:
         m_pages["0"] = Rows({{"101", "First"}, {"102", "Second"}});
         m_pages["2"] = Rows({{"103", "Third"}});
         m_pages["4"] = Rows({});
+        // One answer per connection: a connection the client keeps for its
+        // next page would hold the server's stop until its keep-alive ends.
+        m_server.set_keep_alive_max_count(1);
         m_port = m_server.bind_to_any_port("127.0.0.1");
         m_thread = std::thread([this] { m_server.listen_after_bind(); });
         while (m_port > 0 && !m_server.is_running()) {
