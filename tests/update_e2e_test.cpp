@@ -461,6 +461,7 @@ TEST_F(UpdateE2e, PagingStopsAfterTheLastPage) {
 TEST_F(UpdateE2e, ACancelKeepsEveryRecordWrittenBeforeIt) {
     StartSite(Seed(6));
     Database db = OpenHere();
+    const qint64 sync = db.ScalarInt(QStringLiteral("PRAGMA synchronous"));
     CancellingUi ui(QStringLiteral("Processing My Sales"), 25);
     lw::core::CurrentSession().ui = &ui;
     lw::update::UiUpdateView view;
@@ -472,6 +473,9 @@ TEST_F(UpdateE2e, ACancelKeepsEveryRecordWrittenBeforeIt) {
               QStringList{QStringLiteral(
                   "Update cancelled.  Some Auction/Bid information may be incomplete.")});
     EXPECT_EQ(ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
+    // The run's page commits skip the disk flush; the store's own setting is
+    // back once the run is over.
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("PRAGMA synchronous")), sync);
 
     // The rows written are the first records of the list, each whole.
     const Rows selling = List("MyEbaySelling", "SELLING");
