@@ -622,6 +622,24 @@ private Q_SLOTS:
         QCOMPARE(m_opened.size(), 3);
         QVERIFY(m_opened.at(2).contains(QStringLiteral("userid=pat_sells")));
         QVERIFY(!m_opened.at(2).contains(QStringLiteral("[PASSWORD]")));
+        Named<QAction>(w, QStringLiteral("mnuItemRelist"))->trigger();
+        QCOMPARE(m_opened.size(), 4);
+        QVERIFY(m_opened.at(3).endsWith(QStringLiteral("RelistItem&item=1001")));
+
+        // The bids: the seller of the selected bid, whose name needs escaping.
+        {
+            core::Database db = Db();
+            db.Exec(QStringLiteral(
+                "UPDATE Bids SET SellerName = 'sam & co' WHERE ItemNumber = '3001'"));
+        }
+        SelectItem(Named<QTableView>(w, QStringLiteral("GrdBid")), QStringLiteral("3001"));
+        Named<QAction>(w, QStringLiteral("mnuViewOtherAuctions"))->trigger();
+        Named<QAction>(w, QStringLiteral("mnuPopupSellerFeedback"))->trigger();
+        QCOMPARE(m_opened.size(), 6);
+        QVERIFY(m_opened.at(4).contains(QStringLiteral("ViewListedItems&userid=sam")));
+        QVERIFY(m_opened.at(5).contains(QStringLiteral("ViewFeedback&userid=sam")));
+        QVERIFY(!m_opened.at(5).contains(QStringLiteral("sam & co")));
+        QCOMPARE(m_ui->Titles().size(), 1);
     }
 
     void timer2RedrawsTimeLeftAfterItsTicks() {
