@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QUrl>
 #include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <memory>
 
@@ -235,11 +236,9 @@ public:
             return false;
         }
         m_file.close();
-        if (QFile::exists(m_target) && !QFile::remove(m_target)) {
-            m_error = QStringLiteral("cannot replace the earlier file");
-            return false;
-        }
-        if (!QFile::rename(m_file.fileName(), m_target)) {
+        // rename(2) replaces an earlier file in one step.
+        if (std::rename(QFile::encodeName(m_file.fileName()).constData(),
+                        QFile::encodeName(m_target).constData()) != 0) {
             m_error = QStringLiteral("cannot rename ") + m_file.fileName();
             return false;
         }
