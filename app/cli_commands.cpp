@@ -327,6 +327,7 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
     update::UiUpdateView view;
     update::UpdateRun run(db, view, update::DefaultUpdateHooks(db));
     const update::UpdateRun::Result result = run.Activate();
+    core::CurrentUi().Status(QString());
     if (command && Reconciles(*command)) {
         update::ReconcileCreatorRows(db);
     }

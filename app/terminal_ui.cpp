@@ -150,13 +150,21 @@ std::optional<QString> TerminalUi::Prompt(const QString& text, const QString& ti
 }
 
 void TerminalUi::Status(const QString& text) {
+    if (text.isEmpty()) {
+        // The long work is over: its line stays as it was last drawn, and
+        // whatever comes next starts on a line of its own.
+        EndLine();
+        m_status.clear();
+        m_percent = -1;
+        return;
+    }
     if (text == m_status) {
         return;
     }
     m_status = text;
     if (m_tty) {
         Redraw();
-    } else if (!text.isEmpty()) {
+    } else {
         Err(text + u'\n');
     }
 }

@@ -3,8 +3,8 @@
 // default (said aloud) otherwise, and Ctrl-C as the Cancel button. On a
 // terminal the status and the progress bar share one line that is redrawn in
 // place; elsewhere (a pipe, a log file) each status and each new percentage
-// is a plain line of its own. It never writes to standard output, which
-// belongs to the command's results.
+// is a plain line of its own; an empty status ends the redrawn line. It
+// never writes to standard output, which belongs to the command's results.
 #pragma once
 
 #include <QString>
