@@ -294,6 +294,13 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
     if (!update::InstallRuleStore(update::Rules(), db)) {
         return kExitFailure;
     }
+    for (const QString& name : given) {
+        if (update::Rules().LookupKey(name, QStringLiteral("Url"), update::kSiteStore) ==
+            update::RuleError()) {
+            err << "The rules hold no protocol [" << name << "] with a Url; nothing was updated.\n";
+            return kExitNotFound;
+        }
+    }
     if (command == update::UpdateCommand::UpdateDatabaseAndAccount) {
         const core::Answer answer = core::CurrentUi().Ask(
             QStringLiteral("WARNING: this update will take 3 to 45 minutes because it will "

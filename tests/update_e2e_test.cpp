@@ -711,3 +711,22 @@ TEST_F(UpdateE2e, AHostileValueChangesNothingButItsOwnField) {
     ExpectSalesAndBidsMatch(Truth());
     ExpectLedgerMatches(truth);
 }
+
+TEST_F(UpdateE2e, UnknownCommandsAndProtocolsAreRefusedBeforeAnyPage) {
+    StartSite(Seed(5));
+    const int logStart = static_cast<int>(SettledLog().size());
+    const CliRun word = Update(QStringLiteral("everything"));
+    EXPECT_EQ(word.code, 2);
+    EXPECT_TRUE(word.err.contains(QStringLiteral("everything"))) << word.err.toStdString();
+    EXPECT_EQ(Cli({QStringLiteral("update")}).code, 2);
+    EXPECT_EQ(Cli({QStringLiteral("update"), QStringLiteral("--list")}).code, 2);
+    const CliRun protocol =
+        Cli({QStringLiteral("update"), QStringLiteral("--list"),
+             QStringLiteral("Current Time eBay"), QStringLiteral("Current Lots eBay")});
+    EXPECT_EQ(protocol.code, 3);
+    EXPECT_TRUE(protocol.err.contains(QStringLiteral("[Current Lots eBay]")))
+        << protocol.err.toStdString();
+    EXPECT_EQ(SettledLog().size(), logStart) << "no page was asked for";
+    EXPECT_FALSE(QFile::exists(Home() + QStringLiteral("/Configs/RunProt.dat")));
+    EXPECT_EQ(LastUpdate(), "null");
+}
