@@ -193,11 +193,19 @@ QString DaysToAsk(const QString& lastUpdate, const QDate& today) {
 
 QString BuildUrl(Database& db, const QString& url, int siteNumber, const QStringList& fields,
                  const QStringList& values, qint64 pageOffset) {
-    const SiteRow row = ReadSiteRow(db, siteNumber);
+    // The site row is read only for an address that needs it: an item page's
+    // address, asked for once per record, names no user and no days.
+    std::optional<SiteRow> row;
+    const auto siteRow = [&]() -> const SiteRow& {
+        if (!row) {
+            row = ReadSiteRow(db, siteNumber);
+        }
+        return *row;
+    };
     QString address = url;
     const QString userMacro = QStringLiteral("[USERID]");
     if (address.contains(userMacro)) {
-        address = core::ReplaceFirst(address, userMacro, TrimBlanks(row.userId));
+        address = core::ReplaceFirst(address, userMacro, TrimBlanks(siteRow().userId));
     }
     // The encoded password may cost a sign-in post, so it is asked for only
     // when the address needs it.
@@ -205,9 +213,14 @@ QString BuildUrl(Database& db, const QString& url, int siteNumber, const QString
     if (address.contains(passwordMacro)) {
         address = core::ReplaceFirst(address, passwordMacro, GetEncodedPassword(db));
     }
-    const QString days = DaysToAsk(row.lastUpdate.isNull() ? QString() : row.lastUpdate.toString(),
-                                   QDate::currentDate());
-    address = core::ReplaceEvery(address, QStringLiteral("[DAYS]"), days);
+    const QString daysMacro = QStringLiteral("[DAYS]");
+    if (address.contains(daysMacro)) {
+        const QVariant& lastUpdate = siteRow().lastUpdate;
+        address =
+            core::ReplaceEvery(address, daysMacro,
+                               DaysToAsk(lastUpdate.isNull() ? QString() : lastUpdate.toString(),
+                                         QDate::currentDate()));
+    }
     // A field without a value (the lists out of step) was not scanned: its
     // macro stays in the address.
     const qsizetype pairs = std::min(fields.size(), values.size());

@@ -9,7 +9,10 @@
 #include "update/update_run.h"
 
 #include <QFile>
+#include <QHash>
 #include <exception>
+#include <memory>
+#include <optional>
 
 #include "core/session.h"
 #include "core/text.h"
@@ -88,8 +91,14 @@ private:
 UpdateHooks DefaultUpdateHooks(core::Database& db) {
     UpdateHooks hooks;
     hooks.checkRules = [&db] { return CheckRuleUpdate(Rules(), db, RuleFetcherForUser(db)); };
-    hooks.fetch = [&db](const QString& url, const QString& file) {
-        return FetchToFile(db, url, file);
+    // The user's proxy is read once, at the first page of the run, as the
+    // window sets its HTTP client up once when it opens.
+    auto options = std::make_shared<std::optional<core::NetOptions>>();
+    hooks.fetch = [&db, options](const QString& url, const QString& file) {
+        if (!*options) {
+            *options = NetOptionsForUser(db);
+        }
+        return FetchToFile(**options, url, file);
     };
     hooks.buildUrl = [&db](const QString& url, int siteNumber, const QStringList& fields,
                            const QStringList& values, qint64 pageOffset) {
@@ -265,8 +274,15 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     ScanHooks ancillaryScan;
     ancillaryScan.pumpEvents = [this] { Pump(); };
     AncillaryHooks ancillaryHooks;
-    ancillaryHooks.load = [this](const QString& section) {
-        return LoadAncillaryProtocol(m_rules, section);
+    // The rules cannot change once the run is under way: each ancillary
+    // protocol is read from them once.
+    QHash<QString, ProtocolRecord> ancillaryProtocols;
+    ancillaryHooks.load = [this, &ancillaryProtocols](const QString& section) {
+        auto it = ancillaryProtocols.constFind(section);
+        if (it == ancillaryProtocols.constEnd()) {
+            it = ancillaryProtocols.insert(section, LoadAncillaryProtocol(m_rules, section));
+        }
+        return *it;
     };
     ancillaryHooks.address = [this](const ProtocolRecord& protocol, const ScanLists& lists) {
         return m_hooks.buildUrl ? m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(),
