@@ -730,3 +730,32 @@ TEST_F(UpdateE2e, UnknownCommandsAndProtocolsAreRefusedBeforeAnyPage) {
     EXPECT_FALSE(QFile::exists(Home() + QStringLiteral("/Configs/RunProt.dat")));
     EXPECT_EQ(LastUpdate(), "null");
 }
+
+// The full re-retrieval asks first (with no terminal to ask, its default
+// Yes is taken and said) and then asks the site for 30 days whenever the
+// last update was.
+TEST_F(UpdateE2e, TheMaximumUpdateAsksAndThenAsksTheSiteForThirtyDays) {
+    StartSite(Seed(5));
+    ASSERT_EQ(Update(QStringLiteral("time")).code, 0);
+    ASSERT_NE(LastUpdate(), "null");
+    const int logStart = static_cast<int>(SettledLog().size());
+    const CliRun run = Update(QStringLiteral("maximum"));
+    ASSERT_EQ(run.code, 0) << run.err.toStdString();
+    EXPECT_TRUE(run.err.contains(
+        QStringLiteral("Complete Update: WARNING: this update will take 3 to 45 minutes")))
+        << run.err.toStdString();
+    EXPECT_TRUE(run.err.contains(QStringLiteral("(no terminal to ask: answering Yes)")));
+    int lists = 0;
+    const QStringList log = SettledLog();
+    for (int i = logStart; i < log.size(); ++i) {
+        if (log[i].contains(QLatin1String("?MyEbay"))) {
+            EXPECT_TRUE(log[i].contains(QLatin1String("&days=30&"))) << log[i].toStdString();
+            ++lists;
+        }
+    }
+    EXPECT_GT(lists, 0);
+    const SiteTruth truth = Truth();
+    ExpectSalesAndBidsMatch(truth);
+    ExpectLedgerMatches(truth);
+    EXPECT_NE(LastUpdate(), "null");
+}
