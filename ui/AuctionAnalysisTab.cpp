@@ -87,6 +87,13 @@ AuctionAnalysisTab::AuctionAnalysisTab(QWidget* parent) : QWidget(parent) {
     m_chtMyChart->setObjectName(QStringLiteral("chtMyChart"));
     m_chtMyChart->setRenderHint(QPainter::Antialiasing);
     m_chtMyChart->setMinimumSize(320, 240);
+    QChart* chart = m_chtMyChart->chart();
+    m_yearAxis = new QBarCategoryAxis(chart);
+    chart->addAxis(m_yearAxis, Qt::AlignBottom);
+    m_amountAxis = new QValueAxis(chart);
+    m_amountAxis->setLabelFormat(QStringLiteral("$%.0f"));
+    chart->addAxis(m_amountAxis, Qt::AlignLeft);
+    chart->legend()->setAlignment(Qt::AlignBottom);
 
     auto* grids = new QVBoxLayout;
     grids->addWidget(m_fmeMyAuctions);
@@ -144,10 +151,6 @@ void AuctionAnalysisTab::ShowPage(const views::AnalysisPage& page) {
 void AuctionAnalysisTab::ShowChart(const views::AnalysisPage& page) {
     QChart* chart = m_chtMyChart->chart();
     chart->removeAllSeries();
-    for (QAbstractAxis* axis : chart->axes()) {
-        chart->removeAxis(axis);
-        delete axis;
-    }
     m_years.clear();
 
     auto* sales = new QBarSet(QStringLiteral("Sales"));
@@ -168,17 +171,13 @@ void AuctionAnalysisTab::ShowChart(const views::AnalysisPage& page) {
     series->append(spent);
     chart->addSeries(series);
 
-    auto* years = new QBarCategoryAxis;
-    years->append(m_years);
-    chart->addAxis(years, Qt::AlignBottom);
-    series->attachAxis(years);
-    auto* amounts = new QValueAxis;
-    amounts->setRange(0, top > 0 ? top * 1.1 : 1.0);
-    amounts->applyNiceNumbers();
-    amounts->setLabelFormat(QStringLiteral("$%.0f"));
-    chart->addAxis(amounts, Qt::AlignLeft);
-    series->attachAxis(amounts);
-    chart->legend()->setAlignment(Qt::AlignBottom);
+    // The two axes live as long as the chart: an axis taken off a chart that
+    // was never shown leaves its labels painted under the new one.
+    m_yearAxis->setCategories(m_years);
+    m_amountAxis->setRange(0, top > 0 ? top * 1.1 : 1.0);
+    m_amountAxis->applyNiceNumbers();
+    series->attachAxis(m_yearAxis);
+    series->attachAxis(m_amountAxis);
 }
 
 }  // namespace lw::ui

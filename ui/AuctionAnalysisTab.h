@@ -8,10 +8,12 @@
 #include <QStringList>
 #include <QWidget>
 
+class QBarCategoryAxis;
 class QChartView;
 class QComboBox;
 class QGroupBox;
 class QTableWidget;
+class QValueAxis;
 
 namespace lw::core {
 class Database;
@@ -52,6 +54,8 @@ private:
     QTableWidget* m_mfgMyBids = nullptr;
     QChartView* m_chtMyChart = nullptr;
     QStringList m_years;
+    QBarCategoryAxis* m_yearAxis = nullptr;
+    QValueAxis* m_amountAxis = nullptr;
 };
 
 }  // namespace lw::ui

@@ -41,7 +41,11 @@ ListingGrid::ListingGrid(const QString& name, views::ListingModel& model, QWidge
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
     verticalHeader()->hide();
     horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
-    horizontalHeader()->setStretchLastSection(true);
+    // The title takes the room the window gives; the end column keeps the
+    // width of its longest text ("mm/dd/yy, hh:mm:ss PST" or a time left).
+    horizontalHeader()->setSectionResizeMode(views::ListingModel::kDescription,
+                                             QHeaderView::Stretch);
+    horizontalHeader()->setStretchLastSection(false);
     horizontalHeader()->setSectionsClickable(true);
     horizontalHeader()->setDefaultAlignment(Qt::AlignCenter);
     ApplyWidths();
@@ -69,6 +73,8 @@ void ListingGrid::ApplyWidths() {
          ++column) {
         setColumnWidth(column, views::ListingModel::ColumnWidthTwips(column) / kTwipsPerPixel);
     }
+    setColumnWidth(views::ListingModel::kEnd,
+                   fontMetrics().horizontalAdvance(QStringLiteral("00/00/00, 00:00:00 PST")) + 16);
 }
 
 int ListingGrid::CurrentRow() const {

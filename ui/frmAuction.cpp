@@ -20,6 +20,7 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QUrl>
+#include <array>
 
 #include "core/text.h"
 #include "ui/AuctionAnalysisTab.h"
@@ -235,12 +236,18 @@ void frmAuction::BuildToolBar() {
 }
 
 void frmAuction::BuildStatusBar() {
+    // Each figure has its word in front of it, so the bar reads without tips.
+    const std::array<QString, 4> captions{QStringLiteral("Site time:"), QStringLiteral("Balance:"),
+                                          QStringLiteral("Sales:"), QStringLiteral("Bids:")};
     for (int i = 0; i < 4; ++i) {
+        auto* caption = new QLabel(captions[static_cast<size_t>(i)], this);
+        caption->setEnabled(false);
+        statusBar()->addPermanentWidget(caption);
         auto* label = new QLabel(this);
         label->setObjectName(QStringLiteral("lblInfo%1").arg(i));
         label->setProperty("index", i);
-        label->setMinimumWidth(110);
-        label->setAlignment(Qt::AlignCenter);
+        label->setMinimumWidth(90);
+        label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
         statusBar()->addPermanentWidget(label);
         m_lblInfo[static_cast<size_t>(i)] = label;
     }

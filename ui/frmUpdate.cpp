@@ -13,6 +13,8 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QResizeEvent>
 #include <QTime>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -111,8 +113,9 @@ frmUpdate::frmUpdate(QWidget* parent) : QDialog(parent) {
     m_bar1->setValue(0);
     m_lblConnectStatus = NamedLabel(QStringLiteral("lblConnectStatus"), this);
     m_lblLastUrl = NamedLabel(QStringLiteral("lblLastUrl"), this);
-    m_lblLastUrl->setWordWrap(true);
-    m_lblLastUrl->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    // One line, cut in the middle to the window's width; the whole address
+    // is the label's tip. A long address never widens the window.
+    m_lblLastUrl->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 
     m_fraDetails = new QFrame(this);
     m_fraDetails->setObjectName(QStringLiteral("fraDetails"));
@@ -214,7 +217,29 @@ void frmUpdate::Progress(int percent) {
 }
 
 void frmUpdate::LastUrl(const QString& url) {
-    m_lblLastUrl->setText(url);
+    m_lastUrl = AddressForShow(url);
+    m_lblLastUrl->setToolTip(m_lastUrl);
+    ShowLastUrl();
+}
+
+void frmUpdate::ShowLastUrl() {
+    const int width = std::max(m_lblLastUrl->width(), minimumWidth() - 24);
+    m_lblLastUrl->setText(
+        m_lblLastUrl->fontMetrics().elidedText(m_lastUrl, Qt::ElideMiddle, width));
+}
+
+void frmUpdate::resizeEvent(QResizeEvent* event) {
+    QDialog::resizeEvent(event);
+    ShowLastUrl();
+}
+
+QString frmUpdate::AddressForShow(const QString& url) {
+    // Page addresses carry the encoded password; the screen never shows it.
+    static const QRegularExpression password(QStringLiteral("([?&][^=&]*pass[^=&]*=)[^&]*"),
+                                             QRegularExpression::CaseInsensitiveOption);
+    QString shown = url;
+    shown.replace(password, QStringLiteral("\\1****"));
+    return shown;
 }
 
 void frmUpdate::CurrentItem(const QString& field, const QString& value) {

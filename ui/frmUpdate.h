@@ -16,6 +16,7 @@
 
 class QLabel;
 class QProgressBar;
+class QResizeEvent;
 class QPushButton;
 class QTimer;
 class QWidget;
@@ -63,10 +64,18 @@ public Q_SLOTS:
     // Escape and the close box ask the run to stop rather than leave it.
     void reject() override;
 
+    // An address as the window shows it: the value of a password field is
+    // replaced by stars.
+    static QString AddressForShow(const QString& url);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void ShowLastUrl();
+
+    QString m_lastUrl;
     QLabel* m_lblStatus = nullptr;
     QLabel* m_lblConnectStatus = nullptr;
     QLabel* m_lblLastUrl = nullptr;
