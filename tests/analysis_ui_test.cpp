@@ -20,23 +20,17 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "tests/support/test_support.h"
+#include "tests/support/window_test.h"
 #include "ui/AuctionAnalysisTab.h"
 #include "views/analysis.h"
 
 using namespace lw;
 
+using lw::test::Named;
+
 namespace {
 
 const QString kUser = QStringLiteral("Mc'Gee");
-
-template <class T>
-T* Named(QWidget* window, const QString& name) {
-    T* child = window->findChild<T*>(name);
-    if (child == nullptr) {
-        qFatal("no control named %s", qPrintable(name));
-    }
-    return child;
-}
 
 int ThisYear() {
     return QDate::currentDate().year();
@@ -136,11 +130,8 @@ private Q_SLOTS:
     void init() {
         m_root = std::make_unique<test::TempRoot>();
         m_ui = std::make_unique<test::ScriptedUi>();
-        core::ResetSession(m_ui.get());
-        QString error;
-        QVERIFY2(core::SetupDirectories(m_root->Path(), &error), qPrintable(error));
-        core::CurrentSession().ShippedDir = test::SourceDir();
-        core::SetSettingsFolder(m_root->File(QStringLiteral("settings")));
+        const QString error = test::StartWindowRoot(*m_root, *m_ui);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
         m_db.emplace(core::OpenStore());
         core::AddUser(*m_db, {kUser, QStringLiteral("mcgee"), QStringLiteral("pw"), QString()});
         core::SetCurrentUser(kUser);

@@ -33,6 +33,7 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "tests/support/test_support.h"
+#include "tests/support/window_test.h"
 #include "ui/frmAuction.h"
 #include "ui/frmGeneral.h"
 #include "update/rules.h"
@@ -41,20 +42,13 @@
 
 using namespace lw;
 
+using lw::test::Named;
+
 namespace {
 
 const QString kUser = QStringLiteral("Pat O'Brien");
 const QString kSiteId = QStringLiteral("pat_sells");
 const QString kSiteHost = QStringLiteral("127.0.0.1:8750");
-
-template <class T>
-T* Named(QWidget* window, const QString& name) {
-    T* child = window->findChild<T*>(name);
-    if (child == nullptr) {
-        qFatal("no control named %s", qPrintable(name));
-    }
-    return child;
-}
 
 QString EndIn(int days) {
     return QDateTime::currentDateTime().addDays(days).toString(
@@ -270,11 +264,8 @@ private Q_SLOTS:
         m_ui = std::make_unique<test::ScriptedUi>();
         m_opened.clear();
         m_siteHost = kSiteHost;
-        core::ResetSession(m_ui.get());
-        QString error;
-        QVERIFY2(core::SetupDirectories(m_root->Path(), &error), qPrintable(error));
-        core::CurrentSession().ShippedDir = test::SourceDir();
-        core::SetSettingsFolder(m_root->File(QStringLiteral("settings")));
+        const QString error = test::StartWindowRoot(*m_root, *m_ui);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
         core::Database db = Db();
         QVERIFY(update::DecryptProtocols(update::Rules(), db));
         core::AddUser(db, {kUser, kSiteId, QStringLiteral("secret"), QStringLiteral("p@x.org")});

@@ -12,20 +12,14 @@
 #include "core/session.h"
 #include "core/store.h"
 #include "tests/support/test_support.h"
+#include "tests/support/window_test.h"
 #include "ui/frmNewUser.h"
 
 using namespace lw;
 
-namespace {
+using lw::test::Named;
 
-template <class T>
-T* Named(QWidget* window, const QString& name) {
-    T* child = window->findChild<T*>(name);
-    if (child == nullptr) {
-        qFatal("no control named %s", qPrintable(name));
-    }
-    return child;
-}
+namespace {
 
 struct Entry {
     QString name, id, password, repeat, email;
@@ -68,10 +62,8 @@ private Q_SLOTS:
     void init() {
         m_root = std::make_unique<test::TempRoot>();
         m_ui = std::make_unique<test::ScriptedUi>();
-        core::ResetSession(m_ui.get());
-        QString error;
-        QVERIFY2(core::SetupDirectories(m_root->Path(), &error), qPrintable(error));
-        core::CurrentSession().ShippedDir = test::SourceDir();
+        const QString error = test::StartWindowRoot(*m_root, *m_ui, false);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
         core::OpenStore();  // the prepared database, with no user yet
     }
     void cleanup() {

@@ -23,24 +23,18 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "tests/support/test_support.h"
+#include "tests/support/window_test.h"
 #include "ui/frmUserPreferences.h"
 #include "ui/qt_ui.h"
 #include "update/rules.h"
 
 using namespace lw;
 
+using lw::test::Named;
+
 namespace {
 
 const QString kUser = QStringLiteral("Pat O'Brien");
-
-template <class T>
-T* Named(QWidget* window, const QString& name) {
-    T* child = window->findChild<T*>(name);
-    if (child == nullptr) {
-        qFatal("no control named %s", qPrintable(name));
-    }
-    return child;
-}
 
 QString Option(const QString& key) {
     return core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"), key,
@@ -126,11 +120,8 @@ private Q_SLOTS:
     void init() {
         m_root = std::make_unique<test::TempRoot>();
         m_ui = std::make_unique<test::ScriptedUi>();
-        core::ResetSession(m_ui.get());
-        QString error;
-        QVERIFY2(core::SetupDirectories(m_root->Path(), &error), qPrintable(error));
-        core::CurrentSession().ShippedDir = test::SourceDir();
-        core::SetSettingsFolder(m_root->File(QStringLiteral("settings")));
+        const QString error = test::StartWindowRoot(*m_root, *m_ui);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
         core::Database db = core::OpenStore();
         QVERIFY(update::DecryptProtocols(update::Rules(), db));
         core::AddUser(db, {kUser, QStringLiteral("pat_sells"), QStringLiteral("secret"),

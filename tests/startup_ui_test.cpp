@@ -32,10 +32,13 @@
 #include "core/store.h"
 #include "tests/support/site_process.h"
 #include "tests/support/test_support.h"
+#include "tests/support/window_test.h"
 #include "ui/DesktopStart.h"
 #include "ui/frmAuction.h"
 
 using namespace lw;
+
+using lw::test::Named;
 
 namespace {
 
@@ -108,15 +111,6 @@ protected:
 private:
     QString m_name;
 };
-
-template <class T>
-T* Named(QWidget* window, const QString& name) {
-    T* child = window->findChild<T*>(name);
-    if (child == nullptr) {
-        qFatal("no control named %s", qPrintable(name));
-    }
-    return child;
-}
 
 void FillNewUser(QWidget* window, const QString& name, const QString& id, const QString& password) {
     QTest::keyClicks(Named<QLineEdit>(window, QStringLiteral("txtUserName")), name);

@@ -11,20 +11,14 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "tests/support/test_support.h"
+#include "tests/support/window_test.h"
 #include "ui/frmTip.h"
 
 using namespace lw;
 
-namespace {
+using lw::test::Named;
 
-template <class T>
-T* Named(QWidget* window, const QString& name) {
-    T* child = window->findChild<T*>(name);
-    if (child == nullptr) {
-        qFatal("no control named %s", qPrintable(name));
-    }
-    return child;
-}
+namespace {
 
 QString TipsSetting() {
     return core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),

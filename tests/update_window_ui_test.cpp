@@ -29,6 +29,7 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "tests/support/test_support.h"
+#include "tests/support/window_test.h"
 #include "ui/frmUpdate.h"
 #include "ui/qt_ui.h"
 #include "update/rules.h"
@@ -39,18 +40,11 @@
 using namespace lw;
 using update::UpdateRun;
 
+using lw::test::Named;
+
 namespace {
 
 const QString kUser = QStringLiteral("seller1");
-
-template <class T>
-T* Named(QWidget* window, const QString& name) {
-    T* child = window->findChild<T*>(name);
-    if (child == nullptr) {
-        qFatal("no control named %s", qPrintable(name));
-    }
-    return child;
-}
 
 QString LabelText(QWidget* window, const char* name) {
     return Named<QLabel>(window, QString::fromLatin1(name))->text();
@@ -318,11 +312,8 @@ private Q_SLOTS:
     void init() {
         m_root = std::make_unique<test::TempRoot>();
         m_ui = std::make_unique<test::ScriptedUi>();
-        core::ResetSession(m_ui.get());
-        QString error;
-        QVERIFY2(core::SetupDirectories(m_root->Path(), &error), qPrintable(error));
-        core::CurrentSession().ShippedDir = test::SourceDir();
-        core::SetSettingsFolder(m_root->File(QStringLiteral("settings")));
+        const QString error = test::StartWindowRoot(*m_root, *m_ui);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
         m_db.emplace(core::OpenStore());
         core::AddUser(*m_db, {kUser, QStringLiteral("s1"), QStringLiteral("secret"),
                               QStringLiteral("s1@example.com")});
