@@ -5,6 +5,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <QRegularExpression>
 #include <QTextStream>
 #include <algorithm>
 #include <atomic>
@@ -156,6 +157,7 @@ void TerminalUi::Status(const QString& text) {
         EndLine();
         m_status.clear();
         m_percent = -1;
+        m_written.clear();
         return;
     }
     if (text == m_status) {
@@ -165,7 +167,14 @@ void TerminalUi::Status(const QString& text) {
     if (m_tty) {
         Redraw();
     } else {
-        Err(text + u'\n');
+        // "Transferring Page: 2198 bytes" and "...: 2201 bytes" are one line.
+        static const QRegularExpression figures(QStringLiteral("[0-9]+"));
+        QString key = text;
+        key.replace(figures, QStringLiteral("#"));
+        if (!m_written.contains(key)) {
+            m_written.insert(key);
+            Err(text + u'\n');
+        }
     }
 }
 
@@ -178,6 +187,7 @@ void TerminalUi::Progress(qint64 value, qint64 maximum) {
         return;
     }
     m_percent = percent;
+    m_written.clear();
     if (m_tty) {
         Redraw();
     } else {

@@ -2,11 +2,15 @@
 // questions answered from standard input when it is a terminal and by their
 // default (said aloud) otherwise, and Ctrl-C as the Cancel button. On a
 // terminal the status and the progress bar share one line that is redrawn in
-// place; elsewhere (a pipe, a log file) each status and each new percentage
-// is a plain line of its own; an empty status ends the redrawn line. It
+// place; elsewhere (a pipe, a log file) each new percentage is a plain line
+// of its own, and so is each status not yet written at that percentage
+// (statuses that differ only in their figures count as one), so that the
+// log of a run of thousands of pages stays readable; an empty status ends
+// the redrawn line. It
 // never writes to standard output, which belongs to the command's results.
 #pragma once
 
+#include <QSet>
 #include <QString>
 
 #include "core/ui_port.h"
@@ -37,7 +41,8 @@ private:
     bool m_tty = false;          // standard error is a terminal
     bool m_lineShown = false;    // the redrawn line stands unfinished
     QString m_status;
-    int m_percent = -1;  // -1: no progress shown yet
+    int m_percent = -1;       // -1: no progress shown yet
+    QSet<QString> m_written;  // statuses written as lines at this percentage, figures folded
 };
 
 }  // namespace lw::app
