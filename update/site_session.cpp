@@ -257,7 +257,9 @@ FetchResult FetchToFile(const core::NetOptions& options, const QString& url, con
         *httpCode = 0;
     }
     core::Ui& ui = CurrentUi();
-    QFile::remove(file);
+    // The earlier page stays until the new one replaces it in one rename, or
+    // is removed below when this fetch brings none: never is a page of an
+    // earlier fetch left for this one.
     ui.Status(QStringLiteral("Connecting to Server"));
     FetchResult result = FetchResult::Failed;
     try {
