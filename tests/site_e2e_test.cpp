@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/site_process.h"
 #include "tests/support/test_support.h"
 #include "update/protocol.h"
 #include "update/rules.h"
@@ -32,83 +33,13 @@ namespace {
 
 constexpr const char* kCgi = "/aw-cgi/eBayISAPI.dll";
 
-// One running lotwright-site, stopped when the object goes.
-class Site {
+// One running lotwright-site, stopped when the object goes, with the member
+// pages and the admin routes as this suite asks for them.
+class Site : public lw::test::SiteProcess {
 public:
-    explicit Site(QStringList args) {
-        const QString program = BinDir() + QStringLiteral("/lotwright-site");
-        if (!QFile::exists(program)) {
-            m_error = "lotwright-site was not built at " + program.toStdString() +
-                      " (the test target must depend on it)";
-            return;
-        }
-        args << QStringLiteral("--port") << QStringLiteral("0") << QStringLiteral("--quiet");
-        m_process.setProgram(program);
-        m_process.setArguments(args);
-        m_process.setProcessChannelMode(QProcess::SeparateChannels);
-        m_process.start();
-        if (!m_process.waitForStarted(10000)) {
-            m_error = "lotwright-site did not start";
-            return;
-        }
-        // The first line on stdout names the port.
-        QByteArray first;
-        while (!first.contains('\n')) {
-            if (!m_process.waitForReadyRead(30000)) {
-                m_error =
-                    "no address line; stderr: " + m_process.readAllStandardError().toStdString();
-                return;
-            }
-            first += m_process.readAllStandardOutput();
-        }
-        const std::string line = first.left(first.indexOf('\n')).toStdString();
-        const std::string prefix = "listening on http://127.0.0.1:";
-        if (line.rfind(prefix, 0) != 0) {
-            m_error = "unexpected first line: " + line;
-            return;
-        }
-        m_port = std::stoi(line.substr(prefix.size()));
-        m_client = std::make_unique<httplib::Client>("127.0.0.1", m_port);
-        m_client->set_connection_timeout(10);
-        m_client->set_read_timeout(30);
-    }
+    explicit Site(QStringList args) : SiteProcess(std::move(args)) {}
 
-    ~Site() {
-        m_client.reset();
-        if (m_process.state() != QProcess::NotRunning) {
-            m_process.terminate();
-            if (!m_process.waitForFinished(10000)) {
-                m_process.kill();
-                m_process.waitForFinished(5000);
-            }
-        }
-    }
-
-    bool Ok() const { return m_error.empty(); }
-    const std::string& Error() const { return m_error; }
-    int Port() const { return m_port; }
-    std::string Base() const { return "http://127.0.0.1:" + std::to_string(m_port); }
-
-    struct Answer {
-        int status = 0;
-        std::string body;
-    };
-
-    Answer Get(const std::string& target) {
-        const auto result = m_client->Get(target);
-        if (!result) {
-            return {};
-        }
-        return {result->status, result->body};
-    }
-
-    Answer Post(const std::string& target, const std::string& form) {
-        const auto result = m_client->Post(target, form, "application/x-www-form-urlencoded");
-        if (!result) {
-            return {};
-        }
-        return {result->status, result->body};
-    }
+    std::string Base() const { return SiteProcess::Base().toStdString(); }
 
     // The encoded password as the program takes it from the sign-in answer:
     // the text behind "&pass=" up to the next "&", less its last character.
@@ -136,31 +67,10 @@ public:
             .body;
     }
 
+    // Admin routes asked by address, their parameters in the query.
     std::string Admin(const std::string& action, const std::string& query = {}) {
         return Get("/admin/" + action + (query.empty() ? "" : "?" + query)).body;
     }
-
-    static std::string Encode(const std::string& text) {
-        std::string out;
-        static constexpr char kHex[] = "0123456789ABCDEF";
-        for (const char c : text) {
-            const auto u = static_cast<unsigned char>(c);
-            if (std::isalnum(u) || c == '-' || c == '_' || c == '.') {
-                out += c;
-            } else {
-                out += '%';
-                out += kHex[u >> 4];
-                out += kHex[u & 15];
-            }
-        }
-        return out;
-    }
-
-private:
-    QProcess m_process;
-    std::unique_ptr<httplib::Client> m_client;
-    std::string m_error;
-    int m_port = 0;
 };
 
 #define ASSERT_SITE(site) ASSERT_TRUE((site).Ok()) << (site).Error()
