@@ -77,6 +77,29 @@ std::optional<Years> YearsFrom(const Beginning& first) {
     return Years{year, thisYear};
 }
 
+// A frame's start: the title from the user's first record ("... No Beginning
+// Date" when there is none) and the years its figures run over; nullopt when
+// no year can be counted.
+struct Frame {
+    Beginning first;
+    Years years;
+};
+
+std::optional<Frame> OpenFrame(Database& db, const QString& sql, QChar delimiter,
+                               const QString& who, QString& title) {
+    const auto first = FirstRecord(db, sql, delimiter);
+    if (!first) {
+        title = who + QStringLiteral(": No Beginning Date");
+        return std::nullopt;
+    }
+    title = FromTitle(who, *first);
+    const auto years = YearsFrom(*first);
+    if (!years) {
+        return std::nullopt;
+    }
+    return Frame{*first, *years};
+}
+
 ChartRow* ChartYear(AnalysisPage& page, int year) {
     for (ChartRow& row : page.chart) {
         if (row.year == year) {
@@ -201,21 +224,16 @@ void AnalysisChartSetup(AnalysisPage& page, int thisYear) {
 }
 
 void AnalysisAccountData(Database& db, AnalysisPage& page) {
-    const auto first =
-        FirstRecord(db,
-                    QStringLiteral("SELECT AccountDate FROM AccountInfo WHERE UserName = ?"
-                                   " ORDER BY AccountDay IS NULL, AccountDay, rowid LIMIT 1"),
-                    u' ');
-    if (!first) {
-        page.salesTitle = QStringLiteral("My Sales: No Beginning Date");
+    const auto frame =
+        OpenFrame(db,
+                  QStringLiteral("SELECT AccountDate FROM AccountInfo WHERE UserName = ?"
+                                 " ORDER BY AccountDay IS NULL, AccountDay, rowid LIMIT 1"),
+                  u' ', QStringLiteral("My Sales"), page.salesTitle);
+    if (!frame) {
         return;
     }
-    page.salesTitle = FromTitle(QStringLiteral("My Sales"), *first);
-    const auto years = YearsFrom(*first);
-    if (!years) {
-        return;
-    }
-    AccountFigures(db, page, *years, true, QString());
+    const Years& years = frame->years;
+    AccountFigures(db, page, years, true, QString());
     const auto [successful, attempted] = Counts(
         db, QStringLiteral("SELECT COUNT(CASE WHEN AccountType = 'Final Auction Value fee'"
                            " THEN 1 END), COUNT(CASE WHEN AccountType = 'Insertion fee' THEN 1 END)"
@@ -225,34 +243,28 @@ void AnalysisAccountData(Database& db, AnalysisPage& page) {
 }
 
 void AnalysisTimeComparativeData(Database& db, AnalysisPage& page) {
-    const auto first =
-        FirstRecord(db,
-                    QStringLiteral("SELECT EndDate FROM Auctions WHERE UserName = ?"
-                                   " ORDER BY EndDay IS NULL, EndDay, rowid LIMIT 1"),
-                    u',');
-    if (!first) {
-        page.salesTitle = QStringLiteral("My Sales: No Beginning Date");
+    const auto frame = OpenFrame(db,
+                                 QStringLiteral("SELECT EndDate FROM Auctions WHERE UserName = ?"
+                                                " ORDER BY EndDay IS NULL, EndDay, rowid LIMIT 1"),
+                                 u',', QStringLiteral("My Sales"), page.salesTitle);
+    if (!frame) {
         return;
     }
-    page.salesTitle = FromTitle(QStringLiteral("My Sales"), *first);
-    const auto years = YearsFrom(*first);
-    if (!years) {
-        return;
-    }
+    const Years& years = frame->years;
     // Plain sales that met their reserve, and each winner of a multi-winner
     // sale at price times quantity.
     const auto plain =
         YearlySums(db,
                    QStringLiteral("SELECT Year, SUM(HighBidNum) FROM \"Auctions Query\""
                                   " WHERE UserName = ?1 AND Year BETWEEN ?2 AND ?3 GROUP BY Year"),
-                   *years);
+                   years);
     const auto dutch =
         YearlySums(db,
                    QStringLiteral("SELECT Year, SUM(HighBidTotal) FROM \"Dutch Query\""
                                   " WHERE UserName = ?1 AND Year BETWEEN ?2 AND ?3 GROUP BY Year"),
-                   *years);
+                   years);
     double sales = 0;
-    for (int year = years->first; year <= years->last; ++year) {
+    for (int year = years.first; year <= years.last; ++year) {
         const double yearly = plain.value(year, {0.0})[0] + dutch.value(year, {0.0})[0];
         sales += yearly;
         if (ChartRow* chart = ChartYear(page, year)) {
@@ -261,7 +273,7 @@ void AnalysisTimeComparativeData(Database& db, AnalysisPage& page) {
     }
     page.sales[kTotalSales].value = Currency(sales);
 
-    AccountFigures(db, page, *years, false, first->date->toString(Qt::ISODate));
+    AccountFigures(db, page, years, false, frame->first.date->toString(Qt::ISODate));
 
     const auto [successful, attempted] = Counts(
         db, QStringLiteral("SELECT COUNT(CASE WHEN HighBidNum >= ReserveBidNum AND HighBidNum > 0"
@@ -272,28 +284,22 @@ void AnalysisTimeComparativeData(Database& db, AnalysisPage& page) {
 }
 
 void AnalysisBidData(Database& db, AnalysisPage& page) {
-    const auto first =
-        FirstRecord(db,
-                    QStringLiteral("SELECT EndDate FROM Bids WHERE UserName = ?"
-                                   " ORDER BY EndDay IS NULL, EndDay, rowid LIMIT 1"),
-                    u',');
-    if (!first) {
-        page.bidsTitle = QStringLiteral("My Bids: No Beginning Date");
+    const auto frame = OpenFrame(db,
+                                 QStringLiteral("SELECT EndDate FROM Bids WHERE UserName = ?"
+                                                " ORDER BY EndDay IS NULL, EndDay, rowid LIMIT 1"),
+                                 u',', QStringLiteral("My Bids"), page.bidsTitle);
+    if (!frame) {
         return;
     }
-    page.bidsTitle = FromTitle(QStringLiteral("My Bids"), *first);
-    const auto years = YearsFrom(*first);
-    if (!years) {
-        return;
-    }
+    const Years& years = frame->years;
     const auto won =
         YearlySums(db,
                    QStringLiteral("SELECT Year, SUM(HighBidNum) FROM \"Bids Query\""
                                   " WHERE UserName = ?1 AND Winning <> 0 AND Year BETWEEN ?2 AND ?3"
                                   " GROUP BY Year"),
-                   *years);
+                   years);
     double spent = 0;
-    for (int year = years->first; year <= years->last; ++year) {
+    for (int year = years.first; year <= years.last; ++year) {
         const double yearly = won.value(year, {0.0})[0];
         spent += yearly;
         if (ChartRow* chart = ChartYear(page, year)) {
