@@ -22,6 +22,7 @@
 #include <QUrl>
 #include <array>
 
+#include "admin/startup.h"
 #include "core/text.h"
 #include "ui/AuctionAnalysisTab.h"
 #include "ui/ItemPanels.h"
@@ -271,7 +272,7 @@ void frmAuction::BuildStatusBar() {
 void frmAuction::Form_Load() {
     const QString& user = core::CurrentSession().CurrentUser;
     if (!user.isEmpty()) {
-        setWindowTitle(kProgramTitle + QStringLiteral(": Welcome ") + user + u'!');
+        setWindowTitle(admin::WelcomeCaption(user));
     }
     Guard(kProgramTitle, [this] { core::LoadSiteCorrection(Db()); });
     m_lstAuctionGroup->setCurrentIndex(0);
