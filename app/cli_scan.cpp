@@ -189,7 +189,6 @@ int RunScan(const QString& rulesFile, const QString& protocol, const QString& pa
         return kExitFailure;
     }
 
-    QTemporaryDir scratch;
     const QHash<QString, QString> index = ReadIndex(pagesDir);
     QuietView view;
     update::AncillaryHooks hooks;
@@ -197,13 +196,15 @@ int RunScan(const QString& rulesFile, const QString& protocol, const QString& pa
         return update::LoadAncillaryProtocol(rules, section);
     };
     hooks.address = AncillaryAddress;
-    hooks.fetch = [&](const QString& address, const QString& scratchFile) {
+    hooks.fetch = [&](const QString& address, QByteArray& page) {
         const QString saved = SavedPage(pagesDir, index, address);
-        if (saved.isEmpty() || !QFile::copy(saved, scratchFile)) {
+        QFile file(saved);
+        if (saved.isEmpty() || !file.open(QIODevice::ReadOnly)) {
             err << "No saved page for " << address << ": its ancillary record is passed over."
                 << Qt::endl;
             return update::FetchResult::Failed;
         }
+        page = file.readAll();
         return update::FetchResult::Ok;
     };
     hooks.write = [&out](const ProtocolRecord& ancillary, const ScanLists& lists) {
@@ -219,8 +220,7 @@ int RunScan(const QString& rulesFile, const QString& protocol, const QString& pa
         err << "[" << ancillary.section << "]: " << what << Qt::endl;
     };
     hooks.cancelled = [] {};
-    update::AncillaryRunner ancillary(view, hooks,
-                                      scratch.filePath(QStringLiteral("ancillary.txt")));
+    update::AncillaryRunner ancillary(view, hooks);
 
     update::ScanHooks ancillaryScan;
     ancillaryScan.pumpEvents = [] {};

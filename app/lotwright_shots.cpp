@@ -160,14 +160,14 @@ int main(int argc, char** argv) {
         int fetches = 0;
         bool taken = false;
         auto fetch = hooks.fetch;
-        hooks.fetch = [&](const QString& url, const QString& file) {
+        hooks.fetch = [&](const QString& url, QByteArray& page) {
             if (++fetches == 2 && !taken) {
                 if (QWidget* update = VisibleTopLevel(QStringLiteral("frmUpdate"))) {
                     shots.Take(update, QStringLiteral("frmUpdate"));
                     taken = true;
                 }
             }
-            return fetch(url, file);
+            return fetch(url, page);
         };
         lw::ui::ShowUpdateWindow(db, window, std::move(hooks));
         if (!taken) {

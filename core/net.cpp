@@ -1,8 +1,9 @@
-// HTTP over libcurl: the page GET that streams into a file, the form POST with
-// its capped answer, and the connection test. It never lets a half-written or
-// stale page stand at the target path, never keeps more of an answer than the
-// answer buffer holds, and never picks up a proxy from the environment: the
-// caller's options are the only source of proxy and time-outs.
+// HTTP over libcurl: the page GET into memory or into a file, the form POST
+// with its capped answer, and the connection test. It never lets a
+// half-written or stale page stand at a target path, never keeps more of an
+// answer than the answer buffer holds, and never picks up a proxy from the
+// environment: the caller's options are the only source of proxy and
+// time-outs.
 #include "core/net.h"
 
 #include <curl/curl.h>
@@ -41,40 +42,33 @@ struct SlistDeleter {
 };
 using Slist = std::unique_ptr<curl_slist, SlistDeleter>;
 
-// What the callbacks of one transfer share. Exactly one of file and answer is
-// set: a GET streams to the file, a POST collects into the answer.
+// What the callbacks of one transfer share. The body is collected into
+// `body`: a page up to kPageLimit bytes (a longer one fails the transfer), a
+// post's answer up to kPostAnswerLimit (the rest is read and dropped).
 struct Transfer {
     const NetProgress* progress = nullptr;
-    QFile* file = nullptr;
-    QByteArray* answer = nullptr;
+    QByteArray* body = nullptr;
+    qint64 limit = kPageLimit;
+    bool failOverLimit = true;
     qint64 received = 0;
     bool cancelled = false;
-    bool writeFailed = false;
+    bool tooLong = false;
     // An exception thrown by the caller's progress callback must not unwind
     // through libcurl's C frames; it is held here and thrown again once the
     // transfer has been torn down.
     std::exception_ptr failure;
 };
 
-size_t WriteToFile(char* data, size_t size, size_t count, void* user) {
+size_t WriteToBody(char* data, size_t size, size_t count, void* user) {
     auto* transfer = static_cast<Transfer*>(user);
     const qint64 length = static_cast<qint64>(size * count);
-    if (transfer->file->write(data, length) != length) {
-        transfer->writeFailed = true;
+    const qint64 room = transfer->limit - transfer->body->size();
+    if (length > room && transfer->failOverLimit) {
+        transfer->tooLong = true;
         return 0;  // anything short of length makes curl stop with a write error
     }
-    transfer->received += length;
-    return size * count;
-}
-
-// Keeps the first kPostAnswerLimit bytes and reads the rest without keeping
-// it, so the server sees a complete exchange either way.
-size_t WriteToAnswer(char* data, size_t size, size_t count, void* user) {
-    auto* transfer = static_cast<Transfer*>(user);
-    const qint64 length = static_cast<qint64>(size * count);
-    const qint64 room = kPostAnswerLimit - transfer->answer->size();
     if (room > 0) {
-        transfer->answer->append(data, std::min(room, length));
+        transfer->body->append(data, std::min(room, length));
     }
     transfer->received += length;
     return size * count;
@@ -169,6 +163,8 @@ Easy NewTransfer(const QString& url, const NetOptions& options, Transfer& transf
         curl_easy_setopt(e, CURLOPT_COOKIEFILE, options.cookieFile.constData());
         curl_easy_setopt(e, CURLOPT_COOKIEJAR, options.cookieFile.constData());
     }
+    curl_easy_setopt(e, CURLOPT_WRITEFUNCTION, WriteToBody);
+    curl_easy_setopt(e, CURLOPT_WRITEDATA, &transfer);
     if (transfer.progress && *transfer.progress) {
         curl_easy_setopt(e, CURLOPT_NOPROGRESS, 0L);
         curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, OnProgress);
@@ -210,89 +206,99 @@ NetResult NoHandle(const QString& url) {
 
 namespace {
 
-// A page is written beside its target and renamed onto it when complete, so
-// that no half page is ever read; a part that was not committed is removed.
-// Unlike QSaveFile it does not force the data to disk: the pages are scratch
-// files read back at once, and a disk flush per page made an update of two
-// thousand item pages wait on the disk for most of its time.
-class PartFile {
-public:
-    explicit PartFile(const QString& target)
-        : m_target(target), m_file(target + QStringLiteral(".part")) {}
-    ~PartFile() {
-        if (!m_committed) {
-            m_file.close();
-            QFile::remove(m_file.fileName());
-        }
+// Runs a prepared transfer and hands its handle back; a callback's exception
+// is thrown again here, outside libcurl.
+NetResult Perform(Easy easy, const QString& url, const NetOptions& options, Transfer& transfer) {
+    const CURLcode code = curl_easy_perform(easy.get());
+    NetResult result = Outcome(easy.get(), code, url, transfer);
+    if (transfer.tooLong) {
+        result.error =
+            QStringLiteral("The page is longer than %1 bytes: ").arg(transfer.limit) + url;
     }
-    PartFile(const PartFile&) = delete;
-    PartFile& operator=(const PartFile&) = delete;
-
-    bool Open() { return m_file.open(QIODevice::WriteOnly | QIODevice::Truncate); }
-    QFile& File() { return m_file; }
-    QString ErrorString() const { return m_error.isEmpty() ? m_file.errorString() : m_error; }
-    bool Commit() {
-        if (!m_file.flush()) {
-            return false;
-        }
-        m_file.close();
-        // rename(2) replaces an earlier file in one step.
-        if (std::rename(QFile::encodeName(m_file.fileName()).constData(),
-                        QFile::encodeName(m_target).constData()) != 0) {
-            m_error = QStringLiteral("cannot rename ") + m_file.fileName();
-            return false;
-        }
-        m_committed = true;
-        return true;
+    GiveBack(std::move(easy), options);
+    if (transfer.failure) {
+        std::rethrow_exception(transfer.failure);
     }
-
-private:
-    QString m_target;
-    QFile m_file;
-    QString m_error;
-    bool m_committed = false;
-};
+    return result;
+}
 
 }  // namespace
 
+NetResult HttpGet(const QString& url, const NetOptions& options, const NetProgress& progress) {
+    QByteArray page;
+    Transfer transfer;
+    transfer.progress = &progress;
+    transfer.body = &page;
+    Easy easy = NewTransfer(url, options, transfer);
+    if (!easy) {
+        return NoHandle(url);
+    }
+    NetResult result = Perform(std::move(easy), url, options, transfer);
+    if (result.ok()) {
+        result.body = std::move(page);
+    }
+    return result;
+}
+
+bool ReplaceFile(const QString& path, const QByteArray& bytes, QString* error) {
+    // Written beside the target and renamed onto it, so that no half file is
+    // ever read. Unlike QSaveFile it does not force the data to disk: these
+    // are pages and rule downloads that the next run fetches again.
+    const QString partial = path + QStringLiteral(".part");
+    QFile file(partial);
+    bool written = file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+                   file.write(bytes) == bytes.size() && file.flush();
+    if (!written && error != nullptr) {
+        *error = file.errorString();
+    }
+    file.close();
+    // rename(2) replaces an earlier file in one step.
+    if (written && std::rename(QFile::encodeName(partial).constData(),
+                               QFile::encodeName(path).constData()) != 0) {
+        written = false;
+        if (error != nullptr) {
+            *error = QStringLiteral("cannot rename ") + partial;
+        }
+    }
+    if (!written) {
+        QFile::remove(partial);
+    }
+    return written;
+}
+
 NetResult HttpGetToFile(const QString& url, const QString& filePath, const NetOptions& options,
                         const NetProgress& progress) {
+    const auto cannotWrite = [&](const QString& why) -> QString {
+        return QStringLiteral("Cannot write ") + filePath + QStringLiteral(": ") + why +
+               QStringLiteral(" (") + url + QLatin1Char(')');
+    };
     NetResult result;
-    std::exception_ptr failure;
     {
-        PartFile file(filePath);
-        Transfer transfer;
-        transfer.progress = &progress;
-        transfer.file = &file.File();
-        Easy easy = NewTransfer(url, options, transfer);
-        if (!easy) {
-            result = NoHandle(url);
-        } else if (!file.Open()) {
-            result.error = QStringLiteral("Cannot write ") + filePath + QStringLiteral(": ") +
-                           file.ErrorString() + QStringLiteral(" (") + url + QLatin1Char(')');
-        } else {
-            curl_easy_setopt(easy.get(), CURLOPT_WRITEFUNCTION, WriteToFile);
-            curl_easy_setopt(easy.get(), CURLOPT_WRITEDATA, &transfer);
-            const CURLcode code = curl_easy_perform(easy.get());
-            result = Outcome(easy.get(), code, url, transfer);
-            if (transfer.writeFailed) {
-                result.error += QStringLiteral(" (") + file.ErrorString() + QLatin1Char(')');
-            }
-            if (result.ok() && !file.Commit()) {
-                result.status = NetStatus::Failed;
-                result.error = QStringLiteral("Cannot write ") + filePath + QStringLiteral(": ") +
-                               file.ErrorString() + QStringLiteral(" (") + url + QLatin1Char(')');
-            }
+        // Nothing is fetched that could not be kept.
+        QFile probe(filePath + QStringLiteral(".part"));
+        if (!probe.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+            result.error = cannotWrite(probe.errorString());
         }
-        GiveBack(std::move(easy), options);
-        failure = transfer.failure;
+    }
+    if (result.error.isEmpty()) {
+        try {
+            result = HttpGet(url, options, progress);
+        } catch (...) {
+            QFile::remove(filePath + QStringLiteral(".part"));
+            QFile::remove(filePath);
+            throw;
+        }
+        QString error;
+        if (result.ok() && !ReplaceFile(filePath, result.body, &error)) {
+            result.status = NetStatus::Failed;
+            result.error = cannotWrite(error);
+        }
+        result.body.clear();
     }
     if (!result.ok()) {
-        // The page from an earlier run must not pass for this one.
+        // Neither a part nor the page from an earlier run may pass for this one.
+        QFile::remove(filePath + QStringLiteral(".part"));
         QFile::remove(filePath);
-    }
-    if (failure) {
-        std::rethrow_exception(failure);
     }
     return result;
 }
@@ -302,7 +308,9 @@ NetResult HttpPostForm(const QString& url, const QByteArray& body, const NetOpti
     QByteArray answer;
     Transfer transfer;
     transfer.progress = &progress;
-    transfer.answer = &answer;
+    transfer.body = &answer;
+    transfer.limit = kPostAnswerLimit;
+    transfer.failOverLimit = false;
     Easy easy = NewTransfer(url, options, transfer);
     if (!easy) {
         return NoHandle(url);
@@ -319,14 +327,7 @@ NetResult HttpPostForm(const QString& url, const QByteArray& body, const NetOpti
     curl_easy_setopt(e, CURLOPT_POST, 1L);
     curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
     curl_easy_setopt(e, CURLOPT_POSTFIELDS, body.constData());
-    curl_easy_setopt(e, CURLOPT_WRITEFUNCTION, WriteToAnswer);
-    curl_easy_setopt(e, CURLOPT_WRITEDATA, &transfer);
-    const CURLcode code = curl_easy_perform(e);
-    NetResult result = Outcome(e, code, url, transfer);
-    GiveBack(std::move(easy), options);
-    if (transfer.failure) {
-        std::rethrow_exception(transfer.failure);
-    }
+    NetResult result = Perform(std::move(easy), url, options, transfer);
     result.body = std::move(answer);
     return result;
 }

@@ -1,5 +1,5 @@
-// HTTP for the whole program, over libcurl: a GET that streams a page to a file
-// with progress and abort, a form POST whose answer is kept up to the size of
+// HTTP for the whole program, over libcurl: a GET of a page into memory or a
+// file with progress and abort, a form POST whose answer is kept up to the size of
 // the answer buffer, and the short connection test. Proxy and time-outs come
 // from the caller. It knows no site and no rule file.
 #pragma once
@@ -26,7 +26,7 @@ struct NetResult {
     long httpCode = 0;  // 0 when no answer came
     QString error;      // for the log and the message; empty on Ok
     qint64 bytes = 0;   // bytes received
-    QByteArray body;    // POST only: the answer, at most kPostAnswerLimit bytes
+    QByteArray body;    // the page of HttpGet; the answer of a POST, capped
     bool ok() const { return status == NetStatus::Ok; }
 };
 
@@ -34,8 +34,19 @@ struct NetResult {
 // dropped, as the site's answer buffer always has been.
 inline constexpr qint64 kPostAnswerLimit = 75000;
 
+// A page of more bytes than this fails rather than fill the memory.
+inline constexpr qint64 kPageLimit = qint64{256} * 1024 * 1024;
+
 // Called while data arrives; return false to abort (the result is Cancelled).
 using NetProgress = std::function<bool(qint64 received, qint64 total)>;
+
+// GET url into memory: the body whatever the HTTP status (a 404 page is a page
+// the caller may look at); on a failure or a cancel the body is empty.
+NetResult HttpGet(const QString& url, const NetOptions& options, const NetProgress& progress = {});
+
+// Writes bytes to path through a file beside it renamed onto it, so no half
+// file ever stands at path. False, with the reason in error, when it cannot.
+bool ReplaceFile(const QString& path, const QByteArray& bytes, QString* error = nullptr);
 
 // GET url into filePath. The body is written whatever the HTTP status (a 404
 // page is a page the caller may look at); on a transport failure or a cancel

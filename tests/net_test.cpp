@@ -25,6 +25,7 @@
 #include "tests/support/test_support.h"
 
 using lw::core::CanReach;
+using lw::core::HttpGet;
 using lw::core::HttpGetToFile;
 using lw::core::HttpPostForm;
 using lw::core::kPostAnswerLimit;
@@ -151,6 +152,12 @@ TEST(NetGet, WritesTheBodyByteForByteWithProgressAndUserAgent) {
         ASSERT_EQ(written.size(), static_cast<qsizetype>(expected->size()));
         EXPECT_TRUE(written == QByteArray(expected->data(), expected->size()));
         EXPECT_EQ(Entries(root.Path()), QStringList{QStringLiteral("page.htm")});
+
+        // The same page into memory, as an update scans it.
+        const NetResult held = HttpGet(server.Url(path), options);
+        ASSERT_EQ(held.status, NetStatus::Ok) << held.error.toStdString();
+        EXPECT_EQ(held.bytes, static_cast<qint64>(expected->size()));
+        EXPECT_TRUE(held.body == QByteArray(expected->data(), expected->size()));
     }
     const std::lock_guard lock(mutex);
     EXPECT_EQ(userAgent, "LotwrightTest/9");
@@ -257,6 +264,12 @@ TEST(NetGet, CancelMidTransferLeavesNoFile) {
     EXPECT_EQ(result.status, NetStatus::Cancelled) << result.error.toStdString();
     EXPECT_FALSE(result.error.isEmpty());
     EXPECT_GE(receivedAtCancel, 2048);
+
+    // Into memory: a cancelled page hands back nothing of what had come.
+    const NetResult held = HttpGet(server.Url("/slow"), FastOptions(),
+                                   [](qint64 received, qint64) { return received < 2048; });
+    EXPECT_EQ(held.status, NetStatus::Cancelled);
+    EXPECT_TRUE(held.body.isEmpty());
     EXPECT_LT(receivedAtCancel, 64 * 1024);
     EXPECT_FALSE(targetSeenMidway);
     EXPECT_FALSE(QFile::exists(file));

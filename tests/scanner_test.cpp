@@ -475,7 +475,7 @@ class AncillaryTest : public ::testing::Test {
 protected:
     void SetUp() override {
         lw::core::ResetSession(&m_ui);
-        m_scratch = m_root.File(QStringLiteral("ancillary.txt"));
+        m_keptPage = m_root.File(QStringLiteral("ancillary.txt"));
     }
 
     // The session must not keep speaking through this fixture's Ui.
@@ -505,12 +505,10 @@ protected:
         hooks.address = [](const ProtocolRecord& p, const ScanLists& lists) -> QString {
             return p.url + QStringLiteral("?") + lists.items.join(u',');
         };
-        hooks.fetch = [&, page, result](const QString& url, const QString& file) {
+        hooks.fetch = [&, page, result](const QString& url, QByteArray& fetched) {
             m_urls << url;
             if (result == FetchResult::Ok) {
-                QFile out(file);
-                EXPECT_TRUE(out.open(QIODevice::WriteOnly));
-                out.write(page);
+                fetched = page;
             }
             return result;
         };
@@ -524,7 +522,7 @@ protected:
         hooks.failed = [&](const ProtocolRecord& p, const QString& what, bool) {
             m_failures << p.section + QStringLiteral(": ") + what;
         };
-        AncillaryRunner runner(m_view, hooks, m_scratch);
+        AncillaryRunner runner(m_view, hooks, m_keptPage);
         m_view.ShowStatus(QStringLiteral("Processing Sales"));
         ItemRule item;
         item.ancillaryProtocol = QStringLiteral("Details");
@@ -538,7 +536,7 @@ protected:
 
     ScriptedUi m_ui;
     TempRoot m_root;
-    QString m_scratch;
+    QString m_keptPage;
     View m_view;
     QStringList m_urls;
     int m_deletes = 0;
@@ -576,8 +574,16 @@ TEST_F(AncillaryTest, ACancelledFetchTellsTheCancel) {
     EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
 }
 
-TEST_F(AncillaryTest, AMissingMarkerWritesNothing) {
-    EXPECT_TRUE(RunOver(kDetails, "<!-- I --><s>bob<!-- /I -->").empty());
+TEST_F(AncillaryTest, AMissingMarkerWritesNothingAndKeepsThePageForTheRuleWriter) {
+    // A page that was read leaves no file; the page that could not be read
+    // is kept whole, and a later good page does not remove it.
+    EXPECT_EQ(RunOver(kDetails, "<!-- I --><s>bob<e>06/07/00<!-- /I -->").size(), 1u);
+    EXPECT_FALSE(QFile::exists(m_keptPage));
+    const QByteArray unread("<!-- I --><s>bob\0tail<!-- /I -->", 31);
+    EXPECT_EQ(RunOver(kDetails, unread).size(), 1u);  // nothing more written
+    QFile kept(m_keptPage);
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), unread);
 }
 
 TEST_F(AncillaryTest, MissingGendLeavesNothingToScan) {

@@ -160,18 +160,16 @@ protected:
             ++m_checks;
             return m_checkPasses;
         };
-        hooks.fetch = [this](const QString& url, const QString& file) {
+        hooks.fetch = [this](const QString& url, QByteArray& page) {
             m_fetched << url;
-            EXPECT_FALSE(QFile::exists(file));
+            EXPECT_TRUE(page.isEmpty());
             if (m_results.count(url) != 0) {
                 return m_results[url];
             }
             if (m_pages.count(url) == 0) {
                 return FetchResult::Failed;
             }
-            QFile out(file);
-            EXPECT_TRUE(out.open(QIODevice::WriteOnly));
-            out.write(m_pages[url]);
+            page = m_pages[url];
             return FetchResult::Ok;
         };
         hooks.buildUrl = [this](const QString& url, int, const QStringList& fields,
@@ -266,6 +264,8 @@ TEST_F(RunTest, PagesAreFetchedScannedAndWrittenWithTheWindowsWords) {
     EXPECT_TRUE(m_ui.Messages().isEmpty()) << m_ui.Messages().join(u'|').toStdString();
     EXPECT_EQ(m_checks, 1);
     EXPECT_EQ(m_reports, 1);
+    // Pages that were read leave no file behind.
+    EXPECT_FALSE(QFile::exists(UpdateRun::UpdatePagePath()));
     ExpectEndOfRun();
 }
 
@@ -335,6 +335,10 @@ TEST_F(RunTest, AfterTheOneRefreshAProtocolWithoutMarkersIsPassedOver) {
     EXPECT_TRUE(m_view.statuses.contains(QStringLiteral("Update complete.")));
     // Steps of 16: a protocol that failed adds one, one that ran adds two.
     EXPECT_EQ(m_view.progress, (QList<int>{0, 16, 32, 48, 64}));
+    // The last page the rules could not read is kept for whoever mends them.
+    QFile kept(UpdateRun::UpdatePagePath());
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), QByteArray("<html>also changed</html>"));
 }
 
 TEST_F(RunTest, ARefusedQueryStringIsToldByProtocolAndTheRestGoesOn) {

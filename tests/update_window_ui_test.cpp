@@ -241,14 +241,14 @@ private:
         hooks.refreshPassword = [] { return false; };
         hooks.prepareUsageReport = nullptr;
         hooks.now = [] { return QDateTime(QDate(2026, 5, 23), QTime(14, 5, 9)); };
-        hooks.fetch = [this](const QString& url, const QString& file) {
+        hooks.fetch = [this, fetch = hooks.fetch](const QString& url, QByteArray& page) {
             ui::frmUpdate* window = OpenUpdateWindow();
             m_fetched << url;
             m_beforeFetch.push_back(Look(window));
             if (m_onFetch) {
                 m_onFetch(window, url);
             }
-            const auto result = update::FetchToFile(*m_db, url, file);
+            const auto result = fetch(url, page);
             m_afterFetch.push_back(Look(window));
             return result;
         };

@@ -597,30 +597,20 @@ bool InstallRuleFiles(const QString& sitePro, const QString& infoPro, QString* e
 
 RuleFetcher DefaultRuleFetcher() {
     return [](const QString& url, const QString& filePath) {
-        // Fetched beside the target and moved over it only when complete, so
-        // a failed or refused download leaves the earlier file as it was.
-        const QString partial = filePath + QStringLiteral(".part");
-        QFile::remove(partial);
-        const core::NetResult result =
-            core::HttpGetToFile(url, partial, core::NetOptions{}, [](qint64, qint64) {
-                core::Ui& ui = CurrentUi();
-                ui.PumpEvents();
-                return !ui.CancelRequested();
-            });
+        // A rule file is replaced only by a complete answer with a success
+        // status, so a failed or refused download leaves the earlier file.
+        const core::NetResult result = core::HttpGet(url, core::NetOptions{}, [](qint64, qint64) {
+            core::Ui& ui = CurrentUi();
+            ui.PumpEvents();
+            return !ui.CancelRequested();
+        });
         if (result.status == core::NetStatus::Cancelled) {
-            QFile::remove(partial);
             return FetchOutcome::Cancelled;
         }
         if (!result.ok() || result.httpCode >= 400) {
-            QFile::remove(partial);
             return FetchOutcome::Failed;
         }
-        QFile::remove(filePath);
-        if (!QFile::rename(partial, filePath)) {
-            QFile::remove(partial);
-            return FetchOutcome::Failed;
-        }
-        return FetchOutcome::Ok;
+        return core::ReplaceFile(filePath, result.body) ? FetchOutcome::Ok : FetchOutcome::Failed;
     };
 }
 

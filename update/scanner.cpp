@@ -528,8 +528,8 @@ bool PageScanner::ScanAncillaryRecord(ScanLists& lists, const ScanHooks& hooks) 
 
 // ------------------------------------------------------------------ ancillary
 
-AncillaryRunner::AncillaryRunner(UpdateView& view, AncillaryHooks hooks, QString scratchFile)
-    : m_view(view), m_hooks(std::move(hooks)), m_scratchFile(std::move(scratchFile)) {}
+AncillaryRunner::AncillaryRunner(UpdateView& view, AncillaryHooks hooks, QString keptPageFile)
+    : m_view(view), m_hooks(std::move(hooks)), m_keptPageFile(std::move(keptPageFile)) {}
 
 void AncillaryRunner::Run(const ItemRule& item, ScanLists& lists, const ScanHooks& scanHooks) {
     const QString keptStatus = m_view.StatusCaption();
@@ -560,10 +560,9 @@ void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
     m_view.ShowStatus(QStringLiteral("Fetching ") + protocol.runCaption);
     m_view.ConnectStatus(protocol.runCaption + QStringLiteral(" retrieved successfully."));
 
-    QFile::remove(m_scratchFile);
     const QString address = m_hooks.address ? m_hooks.address(protocol, lists) : protocol.url;
-    const FetchResult fetched =
-        m_hooks.fetch ? m_hooks.fetch(address, m_scratchFile) : FetchResult::Failed;
+    QByteArray bytes;
+    const FetchResult fetched = m_hooks.fetch ? m_hooks.fetch(address, bytes) : FetchResult::Failed;
     if (fetched == FetchResult::Cancelled || core::CurrentUi().CancelRequested()) {
         if (m_hooks.cancelled) {
             m_hooks.cancelled();
@@ -575,12 +574,7 @@ void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
     if (fetched != FetchResult::Ok) {
         return;
     }
-    QFile file(m_scratchFile);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return;
-    }
-    m_page.Load(file.readAll());
-    file.close();
+    m_page.Load(bytes);
 
     if (protocol.deleteBeforeWrite == kTrue && m_hooks.deleteRows) {
         m_hooks.deleteRows(protocol, lists);
@@ -590,7 +584,13 @@ void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
     scanner.SetUpAncillary(m_page);
     ScanHooks hooks;
     hooks.pumpEvents = scanHooks.pumpEvents;
-    if (scanner.ScanAncillaryRecord(lists, hooks) && m_hooks.write) {
+    if (!scanner.ScanAncillaryRecord(lists, hooks)) {
+        if (!m_keptPageFile.isEmpty()) {
+            core::ReplaceFile(m_keptPageFile, bytes);
+        }
+        return;
+    }
+    if (m_hooks.write) {
         m_hooks.write(protocol, lists);
     }
 }

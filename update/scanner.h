@@ -209,7 +209,7 @@ QString CancelMessageTitle();
 struct AncillaryHooks {
     // The page address: BuildUrl with the main record's values so far.
     std::function<QString(const ProtocolRecord& ancillary, const ScanLists& lists)> address;
-    std::function<FetchResult(const QString& url, const QString& file)> fetch;
+    PageFetcher fetch;
     // DeleteBeforeWrite: the rows that DeleteQuery finds are deleted.
     std::function<void(const ProtocolRecord& ancillary, const ScanLists& lists)> deleteRows;
     // Writes the record (lists.ancillaryItems filled).
@@ -224,12 +224,13 @@ struct AncillaryHooks {
     std::function<void()> cancelled;
 };
 
-// RunAncillary: fetches the page of an item's ancillary protocol to the
-// scratch file, scans its one record and writes it. Any failure ends the
-// ancillary run quietly and the main scan goes on.
+// RunAncillary: fetches the page of an item's ancillary protocol, scans its
+// one record and writes it. Any failure ends the ancillary run quietly and the
+// main scan goes on; a page whose record could not be read is kept in the
+// file given (empty: none), for whoever mends the rules.
 class AncillaryRunner {
 public:
-    AncillaryRunner(UpdateView& view, AncillaryHooks hooks, QString scratchFile);
+    AncillaryRunner(UpdateView& view, AncillaryHooks hooks, QString keptPageFile = {});
     void Run(const ItemRule& item, ScanLists& lists, const ScanHooks& scanHooks);
 
 private:
@@ -237,7 +238,7 @@ private:
 
     UpdateView& m_view;
     AncillaryHooks m_hooks;
-    QString m_scratchFile;
+    QString m_keptPageFile;
     PageText m_page;  // txtAncillary
 };
 

@@ -251,22 +251,20 @@ core::NetOptions NetOptionsForUser(Database& db) {
     return options;
 }
 
-FetchResult FetchToFile(const core::NetOptions& options, const QString& url, const QString& file,
-                        long* httpCode) {
+FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByteArray& page,
+                      long* httpCode) {
+    page.clear();
     if (httpCode) {
         *httpCode = 0;
     }
     core::Ui& ui = CurrentUi();
-    // The earlier page stays until the new one replaces it in one rename, or
-    // is removed below when this fetch brings none: never is a page of an
-    // earlier fetch left for this one.
     ui.Status(QStringLiteral("Connecting to Server"));
     FetchResult result = FetchResult::Failed;
     try {
         bool started = false;
         qint64 shown = 0;
-        const core::NetResult got = core::HttpGetToFile(
-            url, file, options, [&ui, &started, &shown](qint64 received, qint64) {
+        core::NetResult got =
+            core::HttpGet(url, options, [&ui, &started, &shown](qint64 received, qint64) {
                 if (!started) {
                     started = true;
                     ui.Status(QStringLiteral("Transferring Page: 0 bytes"));
@@ -286,16 +284,28 @@ FetchResult FetchToFile(const core::NetOptions& options, const QString& url, con
             result = FetchResult::Cancelled;
         } else if (got.ok() && (got.httpCode < 400 || got.httpCode == 404)) {
             result = FetchResult::Ok;
+            page = std::move(got.body);
         }
     } catch (const std::exception&) {
         result = FetchResult::Failed;
     }
+    ui.Status(QStringLiteral("Disconnected from Server."));
+    return result;
+}
+
+FetchResult FetchToFile(const core::NetOptions& options, const QString& url, const QString& file,
+                        long* httpCode) {
+    // The earlier page stays until the new one replaces it in one rename, or
+    // is removed when this fetch brings none: never is a page of an earlier
+    // fetch left for this one.
+    QByteArray page;
+    FetchResult result = FetchPage(options, url, page, httpCode);
+    if (result == FetchResult::Ok && !core::ReplaceFile(file, page)) {
+        result = FetchResult::Failed;
+    }
     if (result != FetchResult::Ok) {
-        // The update run reads this file after a fetch; only a page it may
-        // scan is left there.
         QFile::remove(file);
     }
-    ui.Status(QStringLiteral("Disconnected from Server."));
     return result;
 }
 
@@ -317,21 +327,15 @@ FetchResult FetchToFile(const QString& url, const QString& file) {
 RuleFetcher RuleFetcherForUser(Database& db) {
     const core::NetOptions options = NetOptionsForUser(db);
     return [options](const QString& url, const QString& filePath) {
-        // Fetched beside the target and moved over it only when complete, so
-        // a failed or refused download leaves the earlier file as it was.
-        const QString partial = filePath + QStringLiteral(".part");
+        // Replaced only by a complete answer with a success status, so a
+        // failed or refused download leaves the earlier file as it was.
+        QByteArray page;
         long httpCode = 0;
-        const FetchResult result = FetchToFile(options, url, partial, &httpCode);
+        const FetchResult result = FetchPage(options, url, page, &httpCode);
         if (result != FetchResult::Ok || httpCode >= 400) {
-            QFile::remove(partial);
             return result == FetchResult::Cancelled ? FetchResult::Cancelled : FetchResult::Failed;
         }
-        QFile::remove(filePath);
-        if (!QFile::rename(partial, filePath)) {
-            QFile::remove(partial);
-            return FetchResult::Failed;
-        }
-        return FetchResult::Ok;
+        return core::ReplaceFile(filePath, page) ? FetchResult::Ok : FetchResult::Failed;
     };
 }
 

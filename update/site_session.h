@@ -8,6 +8,7 @@
 #include <QDate>
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 #include "core/net.h"
 #include "core/store.h"
@@ -30,10 +31,20 @@ QString DaysToAsk(const QString& lastUpdate, const QDate& today);
 // Network options of the current user: the proxy for connection types 3 and 4.
 core::NetOptions NetOptionsForUser(core::Database& db);
 
-// GET url into file (deleting the file first), reporting the transfer on the
-// status line and letting events run; Cancelled when the user cancels.
-// A 404 answer is a page like any other (the rules then find their markers
-// missing); every other error status is a failed fetch and leaves no file.
+// GET url into page, reporting the transfer on the status line and letting
+// events run; Cancelled when the user cancels. A 404 answer is a page like
+// any other (the rules then find their markers missing); every other error
+// status is a failed fetch and leaves page empty. httpCode, when given,
+// receives the status of the answer (0 when none came).
+FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByteArray& page,
+                      long* httpCode = nullptr);
+
+// How an update asks for a page: the fetch of the real run is FetchPage
+// through the user's proxy; tests and the scan command put their own.
+using PageFetcher = std::function<FetchResult(const QString& url, QByteArray& page)>;
+
+// The same into file, replacing it in one rename; a fetch that brings no page
+// leaves no file. Without options, the current user's proxy is used.
 FetchResult FetchToFile(const QString& url, const QString& file);
 FetchResult FetchToFile(core::Database& db, const QString& url, const QString& file);
 // The same with the options given; httpCode, when given, receives the status

@@ -94,11 +94,11 @@ UpdateHooks DefaultUpdateHooks(core::Database& db) {
     // The user's proxy is read once, at the first page of the run, as the
     // window sets its HTTP client up once when it opens.
     auto options = std::make_shared<std::optional<core::NetOptions>>();
-    hooks.fetch = [&db, options](const QString& url, const QString& file) {
+    hooks.fetch = [&db, options](const QString& url, QByteArray& page) {
         if (!*options) {
             *options = NetOptionsForUser(db);
         }
-        return FetchToFile(**options, url, file);
+        return FetchPage(**options, url, page);
     };
     hooks.buildUrl = [&db](const QString& url, int siteNumber, const QStringList& fields,
                            const QStringList& values, qint64 pageOffset) {
@@ -289,8 +289,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                                                    lists.fields, lists.items, m_pageOffset)
                                 : protocol.url;
     };
-    ancillaryHooks.fetch = [this](const QString& url, const QString& file) {
-        return m_hooks.fetch ? m_hooks.fetch(url, file) : FetchResult::Failed;
+    ancillaryHooks.fetch = [this](const QString& url, QByteArray& page) {
+        return m_hooks.fetch ? m_hooks.fetch(url, page) : FetchResult::Failed;
     };
     ancillaryHooks.deleteRows = [&writer](const ProtocolRecord& protocol, const ScanLists& lists) {
         writer.DeleteFoundRows(protocol, lists);
@@ -371,21 +371,11 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
     if (address != m_lastUrl) {
         m_lastUrl = address;
         m_view.LastUrl(address);
-        const QString file = UpdatePagePath();
         FetchResult fetched = FetchResult::Failed;
         QByteArray bytes;
         try {
-            QFile::remove(file);
-            fetched = m_hooks.fetch ? m_hooks.fetch(address, file) : FetchResult::Failed;
+            fetched = m_hooks.fetch ? m_hooks.fetch(address, bytes) : FetchResult::Failed;
             Pump();
-            if (fetched == FetchResult::Ok) {
-                QFile page(file);
-                if (page.open(QIODevice::ReadOnly)) {
-                    bytes = page.readAll();
-                } else {
-                    fetched = FetchResult::Failed;
-                }
-            }
         } catch (const std::exception&) {
             fetched = FetchResult::Failed;
         }
@@ -414,6 +404,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
     m_view.ConnectStatus(protocol.runCaption + QStringLiteral(" retrieved successfully."));
 
     if (!scanner.SetUp(m_page)) {
+        core::ReplaceFile(UpdatePagePath(), m_page.Bytes());
         if (!retried) {
             m_view.ShowStatus(QStringLiteral("Updating Configuration"));
             bool refreshed = false;

@@ -27,8 +27,8 @@ struct UpdateHooks {
     // CheckRuleUpdate: false ends the update before any page unless the
     // rules were checked earlier in this run.
     std::function<bool()> checkRules;
-    // FetchToFile through the user's proxy.
-    std::function<FetchResult(const QString& url, const QString& file)> fetch;
+    // FetchPage through the user's proxy.
+    PageFetcher fetch;
     // BuildUrl.
     std::function<QString(const QString& url, int siteNumber, const QStringList& fields,
                           const QStringList& values, qint64 pageOffset)>
@@ -76,7 +76,7 @@ public:
     static int ProgressStep(qsizetype protocolCount);
     int Progress() const { return m_bar; }
 
-    // The scratch pages in ConfigsDir.
+    // Where a page that the rules could not read is kept, in ConfigsDir.
     static QString UpdatePagePath();
     static QString AncillaryPagePath();
 

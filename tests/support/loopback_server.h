@@ -37,6 +37,9 @@ public:
 
     // Call after the routes are set.
     void Start() {
+        // A worker keeps an idle connection open this long, and the server's
+        // stop waits for it: a short wait keeps the suites quick.
+        m_server.set_keep_alive_timeout(1);
         m_port = m_server.bind_to_any_port("127.0.0.1");
         ASSERT_GT(m_port, 0);
         m_thread = std::thread([this] { m_server.listen_after_bind(); });
