@@ -322,46 +322,110 @@ QString SourceValue(const QString& source, const QStringList& items,
 
 // ------------------------------------------------------------------ queries
 
-QString BuildQuery(const QString& queryString, const QStringList& items,
-                   const QStringList& ancillaryItems) {
-    const Translated query = TranslateJet(queryString);
+namespace {
 
-    // Where each macro goes, found in the query's own text only.
-    struct Fill {
-        qsizetype pos;
-        qsizetype length;
-        QString text;
-    };
+// Where each macro of a translated query goes, found in the query's own text
+// only, in the order of the text: [i] for i up to itemCount, [Ai] for i up to
+// ancillaryCount, each at its first occurrence.
+struct Fill {
+    qsizetype pos;
+    qsizetype length;
+    bool ancillary;
+    qsizetype index;  // zero-based in its list
+};
+
+std::vector<Fill> MacroFills(const QString& text, qsizetype itemCount, qsizetype ancillaryCount) {
     std::vector<Fill> fills;
-    auto place = [&](const QString& macro, const QString& value) {
-        const qsizetype pos = query.text.indexOf(macro);
-        if (pos < 0) {
-            return;
+    const auto place = [&](const QString& macro, bool ancillary, qsizetype index) {
+        const qsizetype pos = text.indexOf(macro);
+        if (pos >= 0) {
+            fills.push_back({pos, macro.size(), ancillary, index});
         }
-        const QString doubled = TrimBlanks(value).replace(u'\'', QStringLiteral("''"));
-        fills.push_back({pos, macro.size(),
-                         query.literal[static_cast<size_t>(pos)]
-                             ? doubled
-                             : QString(QStringLiteral("'") + doubled + QStringLiteral("'"))});
     };
-    for (qsizetype i = 0; i < items.size(); ++i) {
-        place(QStringLiteral("[") + QString::number(i + 1) + QStringLiteral("]"), items[i]);
+    for (qsizetype i = 0; i < itemCount; ++i) {
+        place(QStringLiteral("[") + QString::number(i + 1) + QStringLiteral("]"), false, i);
     }
-    for (qsizetype i = 0; i < ancillaryItems.size(); ++i) {
-        place(QStringLiteral("[A") + QString::number(i + 1) + QStringLiteral("]"),
-              ancillaryItems[i]);
+    for (qsizetype i = 0; i < ancillaryCount; ++i) {
+        place(QStringLiteral("[A") + QString::number(i + 1) + QStringLiteral("]"), true, i);
     }
     std::sort(fills.begin(), fills.end(),
               [](const Fill& a, const Fill& b) { return a.pos < b.pos; });
+    return fills;
+}
+
+// The value a macro stands for: item `index` of its list, trimmed of blanks.
+// An empty value is the empty text, as the literal '' is: never Null.
+QString MacroValue(bool ancillary, qsizetype index, const QStringList& items,
+                   const QStringList& ancillaryItems) {
+    QString value = TrimBlanks((ancillary ? ancillaryItems : items)[index]);
+    return value.isNull() ? QStringLiteral("") : value;
+}
+
+}  // namespace
+
+QString BuildQuery(const QString& queryString, const QStringList& items,
+                   const QStringList& ancillaryItems) {
+    const Translated query = TranslateJet(queryString);
     QString built;
     qsizetype at = 0;
-    for (const Fill& fill : fills) {
+    for (const Fill& fill : MacroFills(query.text, items.size(), ancillaryItems.size())) {
+        const QString doubled = MacroValue(fill.ancillary, fill.index, items, ancillaryItems)
+                                    .replace(u'\'', QStringLiteral("''"));
         built += QStringView(query.text).mid(at, fill.pos - at);
-        built += fill.text;
+        built += query.literal[static_cast<size_t>(fill.pos)]
+                     ? doubled
+                     : QString(QStringLiteral("'") + doubled + QStringLiteral("'"));
         at = fill.pos + fill.length;
     }
     built += QStringView(query.text).mid(at);
     return built;
+}
+
+ParameterQuery MakeParameterQuery(const QString& queryString, qsizetype itemCount,
+                                  qsizetype ancillaryCount) {
+    const Translated query = TranslateJet(queryString);
+    const std::vector<Fill> fills = MacroFills(query.text, itemCount, ancillaryCount);
+    const auto inLiteral = [&query](qsizetype i) {
+        return i >= 0 && i < query.text.size() && query.literal[static_cast<size_t>(i)];
+    };
+    // A literal that holds a macro becomes a concatenation in brackets:
+    // 'a[1]b' is ('a' || ? || 'b'). These are its quotes.
+    QSet<qsizetype> opens;
+    QSet<qsizetype> closes;
+    for (const Fill& fill : fills) {
+        if (inLiteral(fill.pos)) {
+            qsizetype first = fill.pos;
+            while (inLiteral(first - 1)) {
+                --first;
+            }
+            qsizetype last = fill.pos;
+            while (inLiteral(last)) {
+                ++last;
+            }
+            opens.insert(first - 1);
+            closes.insert(last);
+        }
+    }
+    ParameterQuery out;
+    size_t next = 0;
+    for (qsizetype i = 0; i < query.text.size();) {
+        if (next < fills.size() && fills[next].pos == i) {
+            const Fill& fill = fills[next++];
+            out.sql += inLiteral(i) ? QStringLiteral("' || ? || '") : QStringLiteral("?");
+            out.sources.emplace_back(fill.ancillary, fill.index);
+            i += fill.length;
+            continue;
+        }
+        if (opens.contains(i)) {
+            out.sql += u'(';
+        }
+        out.sql += query.text[i];
+        if (closes.contains(i)) {
+            out.sql += u')';
+        }
+        ++i;
+    }
+    return out;
 }
 
 QString BuildQuery(const ProtocolRecord& protocol, const ScanLists& lists) {
@@ -419,8 +483,8 @@ bool RecordWriter::FirstErrorOf(const QString& protocolName) {
     return true;
 }
 
-RecordWriter::FoundRows RecordWriter::Find(const QString& sql, const QString& protocolName,
-                                           const QString& key, int limit) {
+RecordWriter::Target RecordWriter::Analyse(const QString& sql, const QString& protocolName,
+                                           const QString& key) {
     const QString single = QStringLiteral("only one SELECT statement may choose the row to write.");
     const std::vector<Token> tokens = Tokens(sql);
     if (tokens.empty() || !IsWord(sql, tokens.front(), u"select")) {
@@ -441,9 +505,7 @@ RecordWriter::FoundRows RecordWriter::Find(const QString& sql, const QString& pr
             if (e.Code() == SQLITE_MISUSE) {
                 throw QueryError(Refusal(protocolName, key, single));
             }
-            throw QueryError(QStringLiteral("The ") + key + QStringLiteral(" of protocol \"") +
-                             protocolName + QStringLiteral("\" could not be opened: ") +
-                             e.Message());
+            throw;
         }
         m_checkedShapes.insert(shape);
     }
@@ -493,30 +555,89 @@ RecordWriter::FoundRows RecordWriter::Find(const QString& sql, const QString& pr
         }
         known = m_tableTypes.insert(table.toLower(), found);
     }
-    const QString type = *known;
-    if (type != u"table") {
+    if (*known != u"table") {
         throw QueryError(Refusal(protocolName, key,
                                  QStringLiteral("it reads \"") + table +
                                      QStringLiteral("\", which is not a table of the database.")));
     }
+    return {table, QStringLiteral("SELECT ") + qualifier + QStringLiteral(".rowid ") +
+                       QStringView(sql).mid(tokens[from].start)};
+}
 
-    FoundRows found;
-    found.table = table;
-    const QString rowSql = QStringLiteral("SELECT ") + qualifier + QStringLiteral(".rowid ") +
-                           QStringView(sql).mid(tokens[from].start);
-    try {
-        core::Statement rows = m_db.PrepareSingle(rowSql);
-        while (rows.Step()) {
-            found.rowids.push_back(rows.Value(0).toLongLong());
-            if (limit > 0 && static_cast<int>(found.rowids.size()) >= limit) {
-                break;
-            }
+namespace {
+
+QueryError OpenFailure(const QString& protocolName, const QString& key, const StoreError& e) {
+    return QueryError(QStringLiteral("The ") + key + QStringLiteral(" of protocol \"") +
+                      protocolName + QStringLiteral("\" could not be opened: ") + e.Message());
+}
+
+std::vector<qint64> Rowids(core::Statement& rows, int limit) {
+    std::vector<qint64> rowids;
+    while (rows.Step()) {
+        rowids.push_back(rows.Value(0).toLongLong());
+        if (limit > 0 && static_cast<int>(rowids.size()) >= limit) {
+            break;
         }
-    } catch (const StoreError& e) {
-        throw QueryError(QStringLiteral("The ") + key + QStringLiteral(" of protocol \"") +
-                         protocolName + QStringLiteral("\" could not be opened: ") + e.Message());
     }
-    return found;
+    return rowids;
+}
+
+}  // namespace
+
+RecordWriter::FoundRows RecordWriter::Find(const QString& sql, const QString& protocolName,
+                                           const QString& key, int limit) {
+    try {
+        const Target target = Analyse(sql, protocolName, key);
+        core::Statement rows = m_db.PrepareSingle(target.rowSql);
+        return {target.table, Rowids(rows, limit)};
+    } catch (const StoreError& e) {
+        throw OpenFailure(protocolName, key, e);
+    }
+}
+
+RecordWriter::Plan& RecordWriter::PlanFor(const QString& query, const ScanLists& lists,
+                                          const QString& protocolName, const QString& key) {
+    const QString id = QString::number(lists.items.size()) + u' ' +
+                       QString::number(lists.ancillaryItems.size()) + u' ' + query;
+    auto it = m_plans.find(id);
+    if (it != m_plans.end()) {
+        return it->second;
+    }
+    Plan plan;
+    plan.query = MakeParameterQuery(query, lists.items.size(), lists.ancillaryItems.size());
+    try {
+        const Target target = Analyse(plan.query.sql, protocolName, key);
+        plan.table = target.table;
+        plan.rows = std::make_unique<core::Statement>(m_db.PrepareSingle(target.rowSql));
+    } catch (const StoreError&) {
+        // A macro where SQLite takes no parameter (a name written as a
+        // literal): the values go into the text.
+        plan.literal = true;
+    }
+    return m_plans.emplace(id, std::move(plan)).first->second;
+}
+
+RecordWriter::FoundRows RecordWriter::FindFor(const QString& query, const ScanLists& lists,
+                                              const QString& protocolName, const QString& key,
+                                              int limit) {
+    Plan& plan = PlanFor(query, lists, protocolName, key);
+    if (plan.literal) {
+        return Find(BuildQuery(query, lists.items, lists.ancillaryItems), protocolName, key, limit);
+    }
+    core::Statement& rows = *plan.rows;
+    try {
+        rows.Reset();
+        int index = 1;
+        for (const auto& [ancillary, at] : plan.query.sources) {
+            rows.Bind(index++, MacroValue(ancillary, at, lists.items, lists.ancillaryItems));
+        }
+        FoundRows found{plan.table, Rowids(rows, limit)};
+        rows.Reset();
+        return found;
+    } catch (const StoreError& e) {
+        rows.Reset();
+        throw OpenFailure(protocolName, key, e);
+    }
 }
 
 const RecordWriter::TableColumns& RecordWriter::ColumnsOf(const QString& table) {
@@ -638,7 +759,7 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
 
 RecordWriter::Outcome RecordWriter::WriteMain(const ProtocolRecord& protocol, ScanLists& lists) {
     const FoundRows found =
-        Find(BuildQuery(protocol, lists), protocol.section, QStringLiteral("QueryString"), 1);
+        FindFor(protocol.queryString, lists, protocol.section, QStringLiteral("QueryString"), 1);
 
     if (protocol.section == kCurrentTime) {
         const QString first = lists.items.isEmpty() ? QString() : lists.items.front();
@@ -677,8 +798,8 @@ RecordWriter::Outcome RecordWriter::WriteMain(const ProtocolRecord& protocol, Sc
 }
 
 void RecordWriter::WriteAncillary(const ProtocolRecord& protocol, const ScanLists& lists) {
-    const FoundRows found = Find(BuildAncillaryQuery(protocol.queryString, lists), protocol.section,
-                                 QStringLiteral("QueryString"), 1);
+    const FoundRows found =
+        FindFor(protocol.queryString, lists, protocol.section, QStringLiteral("QueryString"), 1);
 
     QStringList items = lists.ancillaryItems;
     Writes writes;
@@ -709,8 +830,8 @@ void RecordWriter::WriteAncillary(const ProtocolRecord& protocol, const ScanList
 }
 
 void RecordWriter::DeleteFoundRows(const ProtocolRecord& protocol, const ScanLists& lists) {
-    const FoundRows found = Find(BuildAncillaryQuery(protocol.deleteQuery, lists), protocol.section,
-                                 QStringLiteral("DeleteQuery"), 0);
+    const FoundRows found =
+        FindFor(protocol.deleteQuery, lists, protocol.section, QStringLiteral("DeleteQuery"), 0);
     if (found.rowids.empty()) {
         return;
     }

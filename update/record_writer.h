@@ -33,6 +33,19 @@ namespace lw::update {
 // macro becomes a single-quoted one.
 QString BuildQuery(const QString& queryString, const QStringList& items,
                    const QStringList& ancillaryItems);
+// The same query with each macro that BuildQuery fills made a parameter, so
+// one prepared statement serves every record: sql holds a "?" for each, and
+// sources says from where each takes its value (ancillary list or not, and
+// the zero-based index). A macro inside a literal splits it: 'a[1]b' becomes
+// ('a' || ? || 'b'). Bound with the trimmed values, it finds the rows that
+// BuildQuery's text finds.
+struct ParameterQuery {
+    QString sql;
+    std::vector<std::pair<bool, qsizetype>> sources;
+};
+ParameterQuery MakeParameterQuery(const QString& queryString, qsizetype itemCount,
+                                  qsizetype ancillaryCount);
+
 // QueryString of the main record with its macros replaced.
 QString BuildQuery(const ProtocolRecord& protocol, const ScanLists& lists);
 // The same for a given text (an ancillary QueryString or DeleteQuery).
@@ -71,11 +84,35 @@ public:
         std::vector<qint64> rowids;
     };
     FoundRows Find(const QString& sql, const QString& protocolName, const QString& key, int limit);
+    // The rows the query finds with the macros of the record's lists: the
+    // same rows as Find over BuildQuery's text, from a statement prepared
+    // once per query and bound per record.
+    FoundRows FindFor(const QString& query, const ScanLists& lists, const QString& protocolName,
+                      const QString& key, int limit);
 
     // True once per protocol: whether its QueryError is still to be told.
     bool FirstErrorOf(const QString& protocolName);
 
 private:
+    // What a built query reads: the table written and the same query giving
+    // that table's rowids.
+    struct Target {
+        QString table;
+        QString rowSql;
+    };
+    Target Analyse(const QString& sql, const QString& protocolName, const QString& key);
+    // A query of the rule files as one statement with parameters; literal:
+    // the parameters could not stand where its macros are, so its values go
+    // into the text as literals, record by record.
+    struct Plan {
+        ParameterQuery query;
+        QString table;
+        std::unique_ptr<core::Statement> rows;
+        bool literal = false;
+    };
+    Plan& PlanFor(const QString& query, const ScanLists& lists, const QString& protocolName,
+                  const QString& key);
+
     struct TableColumns {
         QString table;                    // as the schema spells it
         QHash<QString, QString> byLower;  // writable columns: lower-cased name -> name
@@ -100,6 +137,7 @@ private:
     QSet<QString> m_checkedShapes;
     QHash<QString, QString> m_tableTypes;  // lower-cased name -> "table", "view" or ""
     std::map<QString, std::unique_ptr<core::Statement>> m_statements;
+    std::map<QString, Plan> m_plans;  // by query text and list lengths
 };
 
 }  // namespace lw::update
