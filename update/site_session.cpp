@@ -251,6 +251,45 @@ core::NetOptions NetOptionsForUser(Database& db) {
     return options;
 }
 
+namespace {
+
+// A 404 answer is a page like any other; every other error status fails.
+FetchResult PageOf(core::NetResult& got, QByteArray& page) {
+    if (got.status == core::NetStatus::Cancelled) {
+        return FetchResult::Cancelled;
+    }
+    if (got.ok() && (got.httpCode < 400 || got.httpCode == 404)) {
+        page = std::move(got.body);
+        return FetchResult::Ok;
+    }
+    return FetchResult::Failed;
+}
+
+const QString kConnecting = QStringLiteral("Connecting to Server");
+const QString kDisconnected = QStringLiteral("Disconnected from Server.");
+
+QString Transferring(qint64 bytes) {
+    return QStringLiteral("Transferring Page: ") + QString::number(bytes) +
+           QStringLiteral(" bytes");
+}
+
+}  // namespace
+
+FetchResult FetchPageAhead(const core::NetOptions& options, const QString& url, QByteArray& page,
+                           const std::atomic<bool>& stop) {
+    page.clear();
+    core::NetResult got =
+        core::HttpGet(url, options, [&stop](qint64, qint64) { return !stop.load(); });
+    return PageOf(got, page);
+}
+
+void TellPageTaken(qint64 bytes) {
+    core::Ui& ui = CurrentUi();
+    ui.Status(kConnecting);
+    ui.Status(Transferring(bytes));
+    ui.Status(kDisconnected);
+}
+
 FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByteArray& page,
                       long* httpCode) {
     page.clear();
@@ -258,7 +297,7 @@ FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByte
         *httpCode = 0;
     }
     core::Ui& ui = CurrentUi();
-    ui.Status(QStringLiteral("Connecting to Server"));
+    ui.Status(kConnecting);
     FetchResult result = FetchResult::Failed;
     try {
         bool started = false;
@@ -267,12 +306,11 @@ FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByte
             core::HttpGet(url, options, [&ui, &started, &shown](qint64 received, qint64) {
                 if (!started) {
                     started = true;
-                    ui.Status(QStringLiteral("Transferring Page: 0 bytes"));
+                    ui.Status(Transferring(0));
                 }
                 if (received != shown) {
                     shown = received;
-                    ui.Status(QStringLiteral("Transferring Page: ") + QString::number(received) +
-                              QStringLiteral(" bytes"));
+                    ui.Status(Transferring(received));
                 }
                 ui.PumpEvents();
                 return !ui.CancelRequested();
@@ -280,16 +318,11 @@ FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByte
         if (httpCode) {
             *httpCode = got.httpCode;
         }
-        if (got.status == core::NetStatus::Cancelled) {
-            result = FetchResult::Cancelled;
-        } else if (got.ok() && (got.httpCode < 400 || got.httpCode == 404)) {
-            result = FetchResult::Ok;
-            page = std::move(got.body);
-        }
+        result = PageOf(got, page);
     } catch (const std::exception&) {
         result = FetchResult::Failed;
     }
-    ui.Status(QStringLiteral("Disconnected from Server."));
+    ui.Status(kDisconnected);
     return result;
 }
 

@@ -8,6 +8,7 @@
 #include <QDate>
 #include <QString>
 #include <QStringList>
+#include <atomic>
 #include <functional>
 
 #include "core/net.h"
@@ -38,6 +39,13 @@ core::NetOptions NetOptionsForUser(core::Database& db);
 // receives the status of the answer (0 when none came).
 FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByteArray& page,
                       long* httpCode = nullptr);
+
+// FetchPage for a thread that fetches pages ahead of the update: it neither
+// reports nor lets events run, and gives up when stop turns true.
+FetchResult FetchPageAhead(const core::NetOptions& options, const QString& url, QByteArray& page,
+                           const std::atomic<bool>& stop);
+// The status words of a fetch, told when a page fetched ahead is taken.
+void TellPageTaken(qint64 bytes);
 
 // How an update asks for a page: the fetch of the real run is FetchPage
 // through the user's proxy; tests and the scan command put their own.

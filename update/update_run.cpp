@@ -31,6 +31,9 @@ using core::CurrentUi;
 namespace {
 
 const QString kCurrentBids = QStringLiteral("Current Bids eBay");
+// Item pages fetched and not yet taken, at most: enough to keep the site
+// busy while records are written, few enough to waste little on a cancel.
+constexpr int kPagesAhead = 16;
 
 // Commits the page's writes when the page ends, however it ends.
 class PageCommit {
@@ -99,6 +102,15 @@ UpdateHooks DefaultUpdateHooks(core::Database& db) {
             *options = NetOptionsForUser(db);
         }
         return FetchPage(**options, url, page);
+    };
+    hooks.fetchAhead = [&db, options]() -> AheadFetch {
+        if (!*options) {
+            *options = NetOptionsForUser(db);
+        }
+        return [copy = **options](const QString& url, QByteArray& page,
+                                  const std::atomic<bool>& stop) {
+            return FetchPageAhead(copy, url, page, stop);
+        };
     };
     hooks.buildUrl = [&db](const QString& url, int siteNumber, const QStringList& fields,
                            const QStringList& values, qint64 pageOffset) {
@@ -273,6 +285,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
 
     ScanHooks ancillaryScan;
     ancillaryScan.pumpEvents = [this] { Pump(); };
+    // Item pages fetched ahead, once a list page shows which are needed.
+    std::unique_ptr<PagePrefetcher> ahead;
     AncillaryHooks ancillaryHooks;
     // The rules cannot change once the run is under way: each ancillary
     // protocol is read from them once.
@@ -289,7 +303,19 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                                                    lists.fields, lists.items, m_pageOffset)
                                 : protocol.url;
     };
-    ancillaryHooks.fetch = [this](const QString& url, QByteArray& page) {
+    ancillaryHooks.fetch = [this, &ahead](const QString& url, QByteArray& page) {
+        if (ahead) {
+            const std::optional<FetchResult> taken = ahead->Take(url, page, [this] {
+                Pump();
+                return !CurrentUi().CancelRequested();
+            });
+            if (taken) {
+                if (*taken != FetchResult::Cancelled) {
+                    TellPageTaken(page.size());
+                }
+                return *taken;
+            }
+        }
         return m_hooks.fetch ? m_hooks.fetch(url, page) : FetchResult::Failed;
     };
     ancillaryHooks.deleteRows = [&writer](const ProtocolRecord& protocol, const ScanLists& lists) {
@@ -306,6 +332,46 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     };
     ancillaryHooks.cancelled = [this] { TellCancel(); };
     AncillaryRunner ancillary(m_view, ancillaryHooks, AncillaryPagePath());
+
+    // The addresses of a page's item pages, from a scan of the page that
+    // only collects them: the same records, fields and values as the run's
+    // own scan, so the same addresses in the same order.
+    const auto askAhead = [&](const PageScanner& scanner) {
+        if (!m_hooks.fetchAhead) {
+            return;
+        }
+        const std::vector<ItemRule>& items = scanner.Protocol().items;
+        if (std::none_of(items.begin(), items.end(),
+                         [](const ItemRule& item) { return !item.ancillaryProtocol.isEmpty(); })) {
+            return;
+        }
+        QStringList urls;
+        try {
+            PageScanner dry = scanner;
+            ScanState state = m_state;
+            ScanLists lists = m_lists;
+            ScanHooks collect;
+            collect.pumpEvents = [] {};
+            collect.runAncillary = [&](const ItemRule& item, ScanLists& record) {
+                urls << ancillaryHooks.address(ancillaryHooks.load(item.ancillaryProtocol), record);
+            };
+            while (dry.ScanRecord(state, lists, collect) == PageScanner::RecordEnd::Complete) {
+                lists.ClearRecord();
+            }
+        } catch (const std::exception&) {
+            urls.clear();  // each page is fetched when it is needed
+        }
+        if (ahead) {
+            ahead->Drop();
+        }
+        if (urls.isEmpty()) {
+            return;
+        }
+        if (!ahead) {
+            ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead);
+        }
+        ahead->Ask(urls);
+    };
 
     ScanHooks scan;
     scan.view = &m_view;
@@ -329,7 +395,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
             bool firstPage = true;
             PageOutcome outcome = PageOutcome::NextPage;
             while (outcome == PageOutcome::NextPage) {
-                outcome = RunPage(line, protocol, scanner, writer, scan, firstPage, retried);
+                outcome =
+                    RunPage(line, protocol, scanner, writer, scan, askAhead, firstPage, retried);
                 firstPage = false;
             }
             switch (outcome) {
@@ -358,7 +425,9 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
 
 UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRecord& protocol,
                                           PageScanner& scanner, RecordWriter& writer,
-                                          const ScanHooks& scan, bool firstPage, bool& retried) {
+                                          const ScanHooks& scan,
+                                          const std::function<void(const PageScanner&)>& askAhead,
+                                          bool firstPage, bool& retried) {
     QString address;
     try {
         address = m_hooks.buildUrl ? m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {},
@@ -424,6 +493,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
         AddProgress();
     }
     m_view.ShowStatus(QStringLiteral("Processing ") + protocol.runCaption);
+    askAhead(scanner);
 
     int recordCount = 0;  // RecordCountOnPage
     bool failed = false;

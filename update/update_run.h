@@ -14,6 +14,7 @@
 #include <optional>
 
 #include "core/store.h"
+#include "update/page_prefetcher.h"
 #include "update/protocol.h"
 #include "update/scanner.h"
 #include "update/site_session.h"
@@ -29,6 +30,10 @@ struct UpdateHooks {
     std::function<bool()> checkRules;
     // FetchPage through the user's proxy.
     PageFetcher fetch;
+    // The fetch of the thread that fetches item pages ahead, made on the
+    // run's thread once a list page has come. Null: each page is fetched
+    // when the run needs it.
+    std::function<AheadFetch()> fetchAhead;
     // BuildUrl.
     std::function<QString(const QString& url, int siteNumber, const QStringList& fields,
                           const QStringList& values, qint64 pageOffset)>
@@ -85,8 +90,11 @@ private:
 
     Result Activate(const std::optional<QStringList>& given);
     Result RunProtocols(const QStringList& runList);
+    // askAhead: told of each page set up, before its records are scanned.
     PageOutcome RunPage(const QString& line, const ProtocolRecord& protocol, PageScanner& scanner,
-                        RecordWriter& writer, const ScanHooks& scan, bool firstPage, bool& retried);
+                        RecordWriter& writer, const ScanHooks& scan,
+                        const std::function<void(const PageScanner&)>& askAhead, bool firstPage,
+                        bool& retried);
     void AddProgress();
     void TellCancel();
     void ProtocolFailed(const QString& line, const ProtocolRecord& protocol);

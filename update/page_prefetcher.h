@@ -1,0 +1,82 @@
+// Pages fetched ahead of an update, on a thread of their own. Once a list
+// page is read, the addresses of its item pages are known (a scan that only
+// collects them), so each item page is on its way while the records before it
+// are written. The update takes the pages in the order it asked for them; an
+// address it did not ask for ahead is fetched as ever.
+//
+// The fetching thread never touches the session, the Ui or the database: it
+// only runs the fetch it was given, which must be safe on another thread.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include "update/site_session.h"
+
+namespace lw::update {
+
+// A fetch for the fetching thread: stop turns true when the transfer under
+// way is to be given up.
+using AheadFetch =
+    std::function<FetchResult(const QString& url, QByteArray& page, const std::atomic<bool>& stop)>;
+
+class PagePrefetcher {
+public:
+    // depth: how many pages may be fetched and not yet taken.
+    PagePrefetcher(AheadFetch fetch, int depth);
+    // Stops the transfer under way and drops every page not taken.
+    ~PagePrefetcher();
+    PagePrefetcher(const PagePrefetcher&) = delete;
+    PagePrefetcher& operator=(const PagePrefetcher&) = delete;
+
+    // Adds addresses, in the order in which they will be taken.
+    void Ask(const QStringList& urls);
+    // Drops every address asked for and not yet taken.
+    void Drop();
+
+    // The page of url when it was asked for: the first such address still
+    // waiting, with the addresses asked for before it dropped (the update
+    // went another way). Until it has come, keepWaiting is called every few
+    // milliseconds; when it returns false, everything asked for is dropped
+    // and the answer is Cancelled. Nothing (no value) when url was not asked
+    // for: the caller fetches it itself.
+    std::optional<FetchResult> Take(const QString& url, QByteArray& page,
+                                    const std::function<bool()>& keepWaiting);
+
+    // Pages asked for and not yet taken or dropped.
+    int Waiting() const;
+
+private:
+    struct Entry {
+        quint64 id = 0;
+        QString url;
+        bool started = false;
+        bool done = false;
+        FetchResult result = FetchResult::Failed;
+        QByteArray page;
+    };
+
+    void Work();
+    void DropLocked();
+
+    AheadFetch m_fetch;
+    const size_t m_depth;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_wake;   // the fetching thread: work or stop
+    std::condition_variable m_ready;  // the taker: a page came
+    std::deque<Entry> m_entries;
+    quint64 m_nextId = 0;
+    bool m_stopping = false;
+    std::atomic<bool> m_dropCurrent{false};  // the transfer under way is no longer wanted
+    std::thread m_thread;
+};
+
+}  // namespace lw::update
