@@ -241,6 +241,9 @@ private:
         hooks.refreshPassword = [] { return false; };
         hooks.prepareUsageReport = nullptr;
         hooks.now = [] { return QDateTime(QDate(2026, 5, 23), QTime(14, 5, 9)); };
+        // Every page through the hook below, where the suite watches the
+        // window: none is fetched ahead.
+        hooks.fetchAhead = nullptr;
         hooks.fetch = [this, fetch = hooks.fetch](const QString& url, QByteArray& page) {
             ui::frmUpdate* window = OpenUpdateWindow();
             m_fetched << url;

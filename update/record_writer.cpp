@@ -724,18 +724,53 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         return;
     }
     if (!found.empty()) {
+        // Only the fields whose stored value the write would change: an
+        // update that writes a value as it stands still rewrites every index
+        // over its column. "IS" compares as the column stores, so "5" is the
+        // same as a stored 5 in a number column and not in a text one.
+        std::vector<size_t> changed;
+        try {
+            QString same;
+            for (size_t i = 0; i < known.size(); ++i) {
+                same += (i ? QStringLiteral(", ") : QString()) + QuoteIdentifier(known[i].first) +
+                        QStringLiteral(" IS ?");
+            }
+            core::Statement& compare =
+                Reused(QStringLiteral("SELECT ") + same + QStringLiteral(" FROM ") + quotedTable +
+                       QStringLiteral(" WHERE rowid = ?"));
+            int index = 1;
+            for (const auto& write : known) {
+                compare.Bind(index++, write.second);
+            }
+            compare.Bind(index, rowid);
+            const bool stands = compare.Step();
+            for (size_t i = 0; i < known.size(); ++i) {
+                if (!stands || compare.Value(static_cast<int>(i)).toLongLong() == 0) {
+                    changed.push_back(i);
+                }
+            }
+            compare.Reset();
+        } catch (const StoreError&) {
+            changed.clear();
+            for (size_t i = 0; i < known.size(); ++i) {
+                changed.push_back(i);
+            }
+        }
+        if (changed.empty()) {
+            return;
+        }
         QString sets;
-        for (size_t i = 0; i < known.size(); ++i) {
-            sets += (i ? QStringLiteral(", ") : QString()) + QuoteIdentifier(known[i].first) +
-                    QStringLiteral(" = ?");
+        for (size_t i = 0; i < changed.size(); ++i) {
+            sets += (i ? QStringLiteral(", ") : QString()) +
+                    QuoteIdentifier(known[changed[i]].first) + QStringLiteral(" = ?");
         }
         try {
             core::Statement& update =
                 Reused(QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") + sets +
                        QStringLiteral(" WHERE rowid = ?"));
             int index = 1;
-            for (const auto& write : known) {
-                update.Bind(index++, write.second);
+            for (const size_t i : changed) {
+                update.Bind(index++, known[i].second);
             }
             update.Bind(index, rowid);
             update.Run();

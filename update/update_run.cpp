@@ -142,6 +142,22 @@ QString UpdateRun::AncillaryPagePath() {
     return CurrentSession().ConfigsDir + QStringLiteral("ancillary.txt");
 }
 
+FetchResult UpdateRun::Fetch(const QString& url, QByteArray& page) {
+    if (m_ahead) {
+        const std::optional<FetchResult> taken = m_ahead->Take(url, page, [this] {
+            Pump();
+            return !CurrentUi().CancelRequested();
+        });
+        if (taken) {
+            if (*taken != FetchResult::Cancelled) {
+                TellPageTaken(page.size());
+            }
+            return *taken;
+        }
+    }
+    return m_hooks.fetch ? m_hooks.fetch(url, page) : FetchResult::Failed;
+}
+
 void UpdateRun::Pump() {
     CurrentUi().PumpEvents();
 }
@@ -285,8 +301,12 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
 
     ScanHooks ancillaryScan;
     ancillaryScan.pumpEvents = [this] { Pump(); };
-    // Item pages fetched ahead, once a list page shows which are needed.
-    std::unique_ptr<PagePrefetcher> ahead;
+    // Pages fetched ahead, once a list page shows which are needed; given up
+    // when the run ends, however it ends.
+    struct AheadEnd {
+        std::unique_ptr<PagePrefetcher>& ahead;
+        ~AheadEnd() { ahead.reset(); }
+    } aheadEnd{m_ahead};
     AncillaryHooks ancillaryHooks;
     // The rules cannot change once the run is under way: each ancillary
     // protocol is read from them once.
@@ -303,20 +323,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                                                    lists.fields, lists.items, m_pageOffset)
                                 : protocol.url;
     };
-    ancillaryHooks.fetch = [this, &ahead](const QString& url, QByteArray& page) {
-        if (ahead) {
-            const std::optional<FetchResult> taken = ahead->Take(url, page, [this] {
-                Pump();
-                return !CurrentUi().CancelRequested();
-            });
-            if (taken) {
-                if (*taken != FetchResult::Cancelled) {
-                    TellPageTaken(page.size());
-                }
-                return *taken;
-            }
-        }
-        return m_hooks.fetch ? m_hooks.fetch(url, page) : FetchResult::Failed;
+    ancillaryHooks.fetch = [this](const QString& url, QByteArray& page) {
+        return Fetch(url, page);
     };
     ancillaryHooks.deleteRows = [&writer](const ProtocolRecord& protocol, const ScanLists& lists) {
         writer.DeleteFoundRows(protocol, lists);
@@ -333,16 +341,22 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     ancillaryHooks.cancelled = [this] { TellCancel(); };
     AncillaryRunner ancillary(m_view, ancillaryHooks, AncillaryPagePath());
 
-    // The addresses of a page's item pages, from a scan of the page that
-    // only collects them: the same records, fields and values as the run's
-    // own scan, so the same addresses in the same order.
-    const auto askAhead = [&](const PageScanner& scanner) {
+    // The pages that follow a list page, from a scan of the page that only
+    // collects addresses: its item pages (the same records, fields and values
+    // as the run's own scan, so the same addresses in the same order), then
+    // the next list page when this one holds records.
+    const auto askAhead = [&](const ProtocolRecord& protocol, const PageScanner& scanner) {
         if (!m_hooks.fetchAhead) {
             return;
         }
-        const std::vector<ItemRule>& items = scanner.Protocol().items;
-        if (std::none_of(items.begin(), items.end(),
-                         [](const ItemRule& item) { return !item.ancillaryProtocol.isEmpty(); })) {
+        if (m_ahead) {
+            m_ahead->Drop();  // what the last page left
+        }
+        const std::vector<ItemRule>& items = protocol.items;
+        const bool ancillaryPages =
+            std::any_of(items.begin(), items.end(),
+                        [](const ItemRule& item) { return !item.ancillaryProtocol.isEmpty(); });
+        if (!ancillaryPages && !protocol.Iterates()) {
             return;
         }
         QStringList urls;
@@ -355,22 +369,29 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
             collect.runAncillary = [&](const ItemRule& item, ScanLists& record) {
                 urls << ancillaryHooks.address(ancillaryHooks.load(item.ancillaryProtocol), record);
             };
+            int records = 0;
             while (dry.ScanRecord(state, lists, collect) == PageScanner::RecordEnd::Complete) {
                 lists.ClearRecord();
+                ++records;
+            }
+            if (protocol.Iterates() && records > 0 && m_hooks.buildUrl) {
+                const QString next =
+                    m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {}, {},
+                                     m_pageOffset + protocol.IterateSkipValue());
+                if (next != m_lastUrl) {
+                    urls << next;
+                }
             }
         } catch (const std::exception&) {
             urls.clear();  // each page is fetched when it is needed
         }
-        if (ahead) {
-            ahead->Drop();
-        }
         if (urls.isEmpty()) {
             return;
         }
-        if (!ahead) {
-            ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead);
+        if (!m_ahead) {
+            m_ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead);
         }
-        ahead->Ask(urls);
+        m_ahead->Ask(urls);
     };
 
     ScanHooks scan;
@@ -425,8 +446,7 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
 
 UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRecord& protocol,
                                           PageScanner& scanner, RecordWriter& writer,
-                                          const ScanHooks& scan,
-                                          const std::function<void(const PageScanner&)>& askAhead,
+                                          const ScanHooks& scan, const AskAhead& askAhead,
                                           bool firstPage, bool& retried) {
     QString address;
     try {
@@ -443,7 +463,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
         FetchResult fetched = FetchResult::Failed;
         QByteArray bytes;
         try {
-            fetched = m_hooks.fetch ? m_hooks.fetch(address, bytes) : FetchResult::Failed;
+            fetched = Fetch(address, bytes);
             Pump();
         } catch (const std::exception&) {
             fetched = FetchResult::Failed;
@@ -493,7 +513,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
         AddProgress();
     }
     m_view.ShowStatus(QStringLiteral("Processing ") + protocol.runCaption);
-    askAhead(scanner);
+    askAhead(protocol, scanner);
 
     int recordCount = 0;  // RecordCountOnPage
     bool failed = false;

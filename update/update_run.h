@@ -11,6 +11,7 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <memory>
 #include <optional>
 
 #include "core/store.h"
@@ -91,10 +92,13 @@ private:
     Result Activate(const std::optional<QStringList>& given);
     Result RunProtocols(const QStringList& runList);
     // askAhead: told of each page set up, before its records are scanned.
+    using AskAhead = std::function<void(const ProtocolRecord&, const PageScanner&)>;
     PageOutcome RunPage(const QString& line, const ProtocolRecord& protocol, PageScanner& scanner,
-                        RecordWriter& writer, const ScanHooks& scan,
-                        const std::function<void(const PageScanner&)>& askAhead, bool firstPage,
-                        bool& retried);
+                        RecordWriter& writer, const ScanHooks& scan, const AskAhead& askAhead,
+                        bool firstPage, bool& retried);
+    // A page: the one fetched ahead when it was asked for, else through the
+    // fetch hook.
+    FetchResult Fetch(const QString& url, QByteArray& page);
     void AddProgress();
     void TellCancel();
     void ProtocolFailed(const QString& line, const ProtocolRecord& protocol);
@@ -115,6 +119,7 @@ private:
     int m_step = 0;
     int m_bar = 0;
     bool m_cancelTold = false;
+    std::unique_ptr<PagePrefetcher> m_ahead;  // during a run
 };
 
 }  // namespace lw::update
