@@ -387,6 +387,59 @@ TEST_F(WriterTest, HostileValuesChangeNothingButTheirOwnField) {
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 5);
 }
 
+TEST_F(WriterTest, ARowFoundAgainIsRewrittenOnlyWhereItsStoredValueChanges) {
+    // Each rewrite of a column, counted by a trigger per column.
+    m_db->Exec(QStringLiteral(
+        "CREATE TEMP TABLE Rewrites (Name TEXT);"
+        "CREATE TEMP TRIGGER TitleRewritten AFTER UPDATE OF ItemTitle ON Auctions "
+        "BEGIN INSERT INTO Rewrites VALUES ('ItemTitle'); END;"
+        "CREATE TEMP TRIGGER BidRewritten AFTER UPDATE OF HighBid ON Auctions "
+        "BEGIN INSERT INTO Rewrites VALUES ('HighBid'); END;"
+        "CREATE TEMP TRIGGER ClearedRewritten AFTER UPDATE OF OrderPaymentCleared ON Auctions "
+        "BEGIN INSERT INTO Rewrites VALUES ('OrderPaymentCleared'); END;"
+        "CREATE TEMP TRIGGER UserRewritten AFTER UPDATE OF UserName ON Auctions "
+        "BEGIN INSERT INTO Rewrites VALUES ('UserName'); END;"));
+    const auto rewrites = [this] {
+        QStringList names;
+        lw::core::Statement s = m_db->Prepare(QStringLiteral("SELECT Name FROM Rewrites"));
+        while (s.Step()) {
+            names << s.Text(0);
+        }
+        m_db->Exec(QStringLiteral("DELETE FROM Rewrites"));
+        return names;
+    };
+    const ProtocolRecord protocol = Protocol(
+        "Sitenumber=0\nQueryString=SELECT * FROM Auctions WHERE ItemNumber = '[1]'\n"
+        "Items=4\nItem1=ItemNumber\nItem2=ItemTitle\nItem3=HighBid\n"
+        "Item4=OrderPaymentCleared");
+    const auto write = [&](std::initializer_list<const char*> items) {
+        ScanLists lists;
+        lists.items = L(items);
+        m_writer->WriteMain(protocol, lists);
+    };
+    write({"7", "Lamp", "$5.00", "2"});
+    EXPECT_TRUE(rewrites().isEmpty());  // added, not updated
+
+    // The same record again rewrites nothing; in a number column "2.0" is
+    // the stored 2.
+    write({"7", "Lamp ", "$5.00", "2.0"});
+    EXPECT_TRUE(rewrites().isEmpty());
+    // A changed title is the one field rewritten; so is a change of case in
+    // a column that compares without case.
+    write({"7", "Brass lamp", "$5.00", "2"});
+    EXPECT_EQ(rewrites(), QStringList{QStringLiteral("ItemTitle")});
+    write({"7", "Brass Lamp", "$5.00", "2"});
+    EXPECT_EQ(rewrites(), QStringList{QStringLiteral("ItemTitle")});
+    EXPECT_EQ(Column(QStringLiteral("ItemTitle"), QStringLiteral("7")), L({"Brass Lamp"}));
+    // Text compares as text: "$5.0" is not "$5.00".
+    write({"7", "Brass Lamp", "$5.0", "3"});
+    EXPECT_EQ(rewrites(),
+              (QStringList{QStringLiteral("HighBid"), QStringLiteral("OrderPaymentCleared")}));
+    EXPECT_EQ(Column(QStringLiteral("HighBid"), QStringLiteral("7")), L({"$5.0"}));
+    EXPECT_EQ(Column(QStringLiteral("OrderPaymentCleared"), QStringLiteral("7")), L({"3"}));
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 1);
+}
+
 TEST_F(WriterTest, ARefusedQueryWritesNothing) {
     ScanLists lists;
     lists.items = L({"1", "t", "$1"});

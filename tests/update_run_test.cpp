@@ -9,9 +9,13 @@
 #include <QDateTime>
 #include <QFile>
 #include <QLocale>
+#include <atomic>
+#include <chrono>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <ostream>
+#include <thread>
 
 #include "core/session.h"
 #include "core/store.h"
@@ -191,7 +195,37 @@ protected:
         hooks.repairNulls = [this] { ++m_repairs; };
         hooks.redraw = [this] { ++m_redraws; };
         hooks.now = [] { return QDateTime(QDate(2026, 5, 23), QTime(14, 5, 9)); };
+        if (m_fetchAhead) {
+            // The same pages from the fetching thread; the map is not
+            // changed while a run is under way.
+            hooks.fetchAhead = [this]() -> AheadFetch {
+                return [this](const QString& url, QByteArray& page, const std::atomic<bool>& stop) {
+                    {
+                        const std::lock_guard lock(m_aheadMutex);
+                        m_fetchedAhead << url;
+                    }
+                    while (url == m_holdAhead && !stop) {
+                        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                    }
+                    if (stop) {
+                        m_aheadStopped = true;
+                        return FetchResult::Cancelled;
+                    }
+                    const auto it = m_pages.find(url);
+                    if (it == m_pages.end()) {
+                        return FetchResult::Failed;
+                    }
+                    page = it->second;
+                    return FetchResult::Ok;
+                };
+            };
+        }
         return hooks;
+    }
+
+    QStringList FetchedAhead() {
+        const std::lock_guard lock(m_aheadMutex);
+        return m_fetchedAhead;
     }
 
     UpdateRun::Result Activate(const QStringList& list) {
@@ -224,6 +258,11 @@ protected:
     std::map<QString, QByteArray> m_pages;
     std::map<QString, FetchResult> m_results;
     QStringList m_fetched;
+    bool m_fetchAhead = false;
+    QString m_holdAhead;  // this page is held until the fetch is told to stop
+    std::mutex m_aheadMutex;
+    QStringList m_fetchedAhead;
+    std::atomic<bool> m_aheadStopped{false};
     QString m_password = QStringLiteral("good");
     QString m_refreshTo = QStringLiteral("good");
     bool m_refreshWorks = true;
@@ -421,6 +460,62 @@ TEST_F(RunTest, AncillaryPagesAreFetchedWithTheRecordsValuesAndWritten) {
     EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Update complete."));
     EXPECT_EQ(m_view.statuses[m_view.statuses.size() - 2],
               QStringLiteral("Processing Sale Details"));
+}
+
+// ------------------------------------------------------------ pages fetched ahead
+
+TEST_F(RunTest, PagesFetchedAheadGiveTheSameRowsInTheOrderTheRunNeedsThem) {
+    m_fetchAhead = true;
+    m_pages[QStringLiteral("http://site/time")] =
+        QByteArray("<!-- CLOCK -->The time is: ") + SiteClock().toUtf8() +
+        "<!-- /CLOCK --><!-- ITEMS --><td class=n>101<td class=n>102<td class=n>103<!-- /ITEMS "
+        "-->";
+    for (const char* number : {"102", "103"}) {
+        m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
+            QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
+    }
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Auction Details eBay"),
+                  QStringLiteral("Current Time eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Complete);
+    // The run fetched each list's first page itself; the rest came ahead,
+    // in order, and the empty page asked for no page after it.
+    EXPECT_EQ(m_fetched, (QStringList{QStringLiteral("http://site/selling?pass=good&skip=0"),
+                                      QStringLiteral("http://site/time")}));
+    EXPECT_EQ(FetchedAhead(), (QStringList{QStringLiteral("http://site/selling?pass=good&skip=2"),
+                                           QStringLiteral("http://site/selling?pass=good&skip=4"),
+                                           QStringLiteral("http://site/item?no=101"),
+                                           QStringLiteral("http://site/item?no=102"),
+                                           QStringLiteral("http://site/item?no=103")}));
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
+    EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='101'")),
+              QStringLiteral("Toys"));
+    EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='103'")),
+              QStringLiteral("Books 103"));
+    // A page taken from ahead is told as a fetch is; the fake fetch of the
+    // run's own pages tells nothing.
+    const QStringList statuses = m_ui.Statuses();
+    EXPECT_EQ(statuses.count(QStringLiteral("Connecting to Server")), 5);
+    EXPECT_TRUE(
+        statuses.contains(QStringLiteral("Transferring Page: %1 bytes")
+                              .arg(m_pages[QStringLiteral("http://site/item?no=103")].size())))
+        << statuses.join(u'|').toStdString();
+    EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Update complete."));
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+    ExpectEndOfRun();
+}
+
+TEST_F(RunTest, ACancelWhileAPageFetchedAheadIsAwaitedStopsItsTransfer) {
+    m_fetchAhead = true;
+    m_holdAhead = QStringLiteral("http://site/item?no=101");
+    m_view.cancelOn = QStringLiteral("Fetching Item Page");
+    const auto result = Activate({QStringLiteral("Auction Details eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Cancelled);
+    EXPECT_TRUE(m_aheadStopped);
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions WHERE ItemCategory IS NOT NULL")),
+              0);
+    ExpectEndOfRun();
 }
 
 // ------------------------------------------------------------ run lists

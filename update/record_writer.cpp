@@ -727,13 +727,14 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         // Only the fields whose stored value the write would change: an
         // update that writes a value as it stands still rewrites every index
         // over its column. "IS" compares as the column stores, so "5" is the
-        // same as a stored 5 in a number column and not in a text one.
+        // same as a stored 5 in a number column and not in a text one; byte
+        // by byte, so a change of case is a change.
         std::vector<size_t> changed;
         try {
             QString same;
             for (size_t i = 0; i < known.size(); ++i) {
                 same += (i ? QStringLiteral(", ") : QString()) + QuoteIdentifier(known[i].first) +
-                        QStringLiteral(" IS ?");
+                        QStringLiteral(" IS ? COLLATE BINARY");
             }
             core::Statement& compare =
                 Reused(QStringLiteral("SELECT ") + same + QStringLiteral(" FROM ") + quotedTable +

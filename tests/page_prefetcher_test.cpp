@@ -1,0 +1,201 @@
+// The page prefetcher against a fetch of its own: pages come in the order
+// asked, never more than the depth ahead of the taker, each fetched once;
+// what is not taken as asked is dropped; a taker that gives up gets Cancelled
+// and the transfer under way is told to stop.
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "update/page_prefetcher.h"
+
+using lw::update::AheadFetch;
+using lw::update::FetchResult;
+using lw::update::PagePrefetcher;
+
+namespace {
+
+// A fetch that answers "page of URL", fails for addresses that start with
+// "bad", and can be held until released. It counts what it was asked, and
+// the most pages fetched and not yet taken at any one time.
+class FakeSite {
+public:
+    AheadFetch Fetch() {
+        return [this](const QString& url, QByteArray& page, const std::atomic<bool>& stop) {
+            std::unique_lock lock(m_mutex);
+            m_asked << url;
+            m_started.notify_all();
+            m_maxAhead = std::max(m_maxAhead, m_asked.size() - m_taken);
+            while (m_holding && !stop) {
+                m_release.wait_for(lock, std::chrono::milliseconds(2));
+            }
+            if (stop) {
+                ++m_stopped;
+                return FetchResult::Cancelled;
+            }
+            if (url.startsWith(QStringLiteral("bad"))) {
+                return FetchResult::Failed;
+            }
+            page = "page of " + url.toUtf8();
+            return FetchResult::Ok;
+        };
+    }
+    void Hold() {
+        const std::lock_guard lock(m_mutex);
+        m_holding = true;
+    }
+    void Release() {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_holding = false;
+        }
+        m_release.notify_all();
+    }
+    void Taken() {
+        const std::lock_guard lock(m_mutex);
+        ++m_taken;
+    }
+    // Waits until n addresses have been asked for.
+    bool WaitForAsked(qsizetype n) {
+        std::unique_lock lock(m_mutex);
+        return m_started.wait_for(lock, std::chrono::seconds(10),
+                                  [&] { return m_asked.size() >= n; });
+    }
+    QStringList Asked() {
+        const std::lock_guard lock(m_mutex);
+        return m_asked;
+    }
+    qsizetype MaxAhead() {
+        const std::lock_guard lock(m_mutex);
+        return m_maxAhead;
+    }
+    int Stopped() {
+        const std::lock_guard lock(m_mutex);
+        return m_stopped;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_started;
+    std::condition_variable m_release;
+    QStringList m_asked;
+    qsizetype m_taken = 0;
+    qsizetype m_maxAhead = 0;
+    bool m_holding = false;
+    int m_stopped = 0;
+};
+
+QStringList Addresses(int n, const char* prefix = "item") {
+    QStringList urls;
+    for (int i = 0; i < n; ++i) {
+        urls << QString::fromLatin1(prefix) + QString::number(i);
+    }
+    return urls;
+}
+
+}  // namespace
+
+TEST(PagePrefetcher, PagesComeInOrderEachFetchedOnceAndNeverBeyondTheDepth) {
+    FakeSite site;
+    PagePrefetcher ahead(site.Fetch(), 3);
+    const QStringList urls = Addresses(20) << QStringLiteral("bad0");
+    ahead.Ask(urls);
+    for (const QString& url : urls) {
+        QByteArray page;
+        const auto result = ahead.Take(url, page, {});
+        site.Taken();
+        ASSERT_TRUE(result.has_value()) << url.toStdString();
+        if (url.startsWith(QStringLiteral("bad"))) {
+            EXPECT_EQ(*result, FetchResult::Failed);
+            EXPECT_TRUE(page.isEmpty());
+        } else {
+            EXPECT_EQ(*result, FetchResult::Ok);
+            EXPECT_EQ(page, "page of " + url.toUtf8());
+        }
+    }
+    EXPECT_EQ(site.Asked(), urls);
+    // Three fetched ahead at most, and the one the taker is waiting for.
+    EXPECT_LE(site.MaxAhead(), 4);
+    EXPECT_EQ(ahead.Waiting(), 0);
+}
+
+TEST(PagePrefetcher, AnAddressNotAskedForIsLeftToTheCallerAndTheRestStays) {
+    FakeSite site;
+    PagePrefetcher ahead(site.Fetch(), 4);
+    ahead.Ask(Addresses(3));
+    QByteArray page;
+    EXPECT_FALSE(ahead.Take(QStringLiteral("elsewhere"), page, {}).has_value());
+    EXPECT_EQ(ahead.Waiting(), 3);
+    EXPECT_EQ(ahead.Take(QStringLiteral("item0"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(page, QByteArray("page of item0"));
+}
+
+TEST(PagePrefetcher, TakingALaterAddressDropsTheOnesBeforeItAndTheSameAddressComesTwice) {
+    FakeSite site;
+    PagePrefetcher ahead(site.Fetch(), 8);
+    // One item page asked for twice in a row, as two protocols of one
+    // record read it.
+    ahead.Ask({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("c"),
+               QStringLiteral("d")});
+    QByteArray page;
+    EXPECT_EQ(ahead.Take(QStringLiteral("c"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(ahead.Waiting(), 2);
+    EXPECT_EQ(ahead.Take(QStringLiteral("c"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(page, QByteArray("page of c"));
+    // "a" and "b" are gone: taking them now is the caller's own fetch.
+    EXPECT_FALSE(ahead.Take(QStringLiteral("a"), page, {}).has_value());
+    EXPECT_EQ(ahead.Take(QStringLiteral("d"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(ahead.Waiting(), 0);
+}
+
+TEST(PagePrefetcher, ATakerThatGivesUpGetsCancelledAndTheTransferIsStopped) {
+    FakeSite site;
+    site.Hold();
+    PagePrefetcher ahead(site.Fetch(), 2);
+    ahead.Ask(Addresses(5));
+    ASSERT_TRUE(site.WaitForAsked(1));
+    int looks = 0;
+    QByteArray page = "stale";
+    const auto result = ahead.Take(QStringLiteral("item0"), page, [&looks] { return ++looks < 3; });
+    EXPECT_EQ(result, FetchResult::Cancelled);
+    EXPECT_EQ(looks, 3);
+    EXPECT_TRUE(page.isEmpty());
+    EXPECT_EQ(ahead.Waiting(), 0);
+    // The transfer that was held sees its stop.
+    for (int i = 0; i < 1000 && site.Stopped() == 0; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_EQ(site.Stopped(), 1);
+}
+
+TEST(PagePrefetcher, DropForgetsWhatWasAskedAndANewPageIsAskedAfresh) {
+    FakeSite site;
+    PagePrefetcher ahead(site.Fetch(), 2);
+    ahead.Ask(Addresses(4, "first"));
+    ahead.Drop();
+    EXPECT_EQ(ahead.Waiting(), 0);
+    ahead.Ask(Addresses(2, "second"));
+    QByteArray page;
+    EXPECT_EQ(ahead.Take(QStringLiteral("second1"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(page, QByteArray("page of second1"));
+    // Of the first page's addresses, at most the window was fetched.
+    EXPECT_LE(site.Asked().filter(QStringLiteral("first")).size(), 2);
+}
+
+TEST(PagePrefetcher, GoingAwayStopsAHeldTransfer) {
+    FakeSite site;
+    site.Hold();
+    {
+        PagePrefetcher ahead(site.Fetch(), 2);
+        ahead.Ask(Addresses(3));
+        ASSERT_TRUE(site.WaitForAsked(1));
+    }  // must not wait for the held page
+    EXPECT_EQ(site.Stopped(), 1);
+    EXPECT_EQ(site.Asked().size(), 1);
+}
