@@ -206,7 +206,7 @@ std::optional<QDateTime> ParseDateTime(QStringView text) {
     if (!date.isValid()) {
         return std::nullopt;
     }
-    return QDateTime(date, time.value_or(QTime(0, 0)));
+    return WallClock(date, time.value_or(QTime(0, 0)));
 }
 
 std::optional<QDate> CDate(QStringView text) {
@@ -224,6 +224,10 @@ std::optional<QDate> CDate(QStringView text) {
     return std::nullopt;
 }
 
+QDateTime WallClock(const QDate& date, const QTime& time) {
+    return QDateTime(date, time, Qt::UTC);
+}
+
 double DateToSerial(const QDateTime& value) {
     const qint64 days = kSerialBase.daysTo(value.date());
     const double fraction = value.time().msecsSinceStartOfDay() / 86400000.0;
@@ -237,9 +241,9 @@ QDateTime SerialToDate(double serial) {
     const qint64 msecs = std::llround(std::fabs(serial - whole) * 86400000.0 / 1000.0) * 1000;
     QDate date = kSerialBase.addDays(static_cast<qint64>(whole));
     if (msecs >= 86400000) {
-        return QDateTime(date.addDays(1), QTime(0, 0));
+        return WallClock(date.addDays(1), QTime(0, 0));
     }
-    return QDateTime(date, QTime::fromMSecsSinceStartOfDay(static_cast<int>(msecs)));
+    return WallClock(date, QTime::fromMSecsSinceStartOfDay(static_cast<int>(msecs)));
 }
 
 std::optional<qint64> DateDiff(QStringView interval, const QDateTime& from, const QDateTime& to) {

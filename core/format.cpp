@@ -75,11 +75,11 @@ Value Classify(const QVariant& variant) {
             break;
         case QMetaType::QDate:
             value.kind = Value::Kind::Date;
-            value.date = QDateTime(variant.toDate(), QTime(0, 0));
+            value.date = WallClock(variant.toDate(), QTime(0, 0));
             break;
         case QMetaType::QTime:
             value.kind = Value::Kind::Date;
-            value.date = QDateTime(kSerialBase, variant.toTime());
+            value.date = WallClock(kSerialBase, variant.toTime());
             break;
         case QMetaType::QDateTime:
             value.kind = Value::Kind::Date;

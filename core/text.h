@@ -76,6 +76,11 @@ QString EndDaySql(const QString& columnSql);
 // whole text must be such a number; nullopt otherwise.
 std::optional<double> TextToNumber(QStringView text);
 
+// A date and time as the program keeps them: wall-clock values of no zone
+// (held as UTC, so no local summer-time gap can move them and no local zone
+// look-up is paid). Only their date() and time() are read.
+QDateTime WallClock(const QDate& date, const QTime& time);
+
 // Date serials: days since 30 December 1899, the time of day as the fraction.
 double DateToSerial(const QDateTime& value);
 QDateTime SerialToDate(double serial);

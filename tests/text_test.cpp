@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <cmath>
+#include <ctime>
 #include <random>
 #include <vector>
 
@@ -23,7 +24,7 @@ namespace lw::core {
 namespace {
 
 QDateTime At(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
-    return QDateTime(QDate(y, mo, d), QTime(h, mi, s));
+    return lw::core::WallClock(QDate(y, mo, d), QTime(h, mi, s));
 }
 
 // ------------------------------------------------------------ replacing
@@ -653,6 +654,30 @@ TEST(Dates, SerialsCountDaysFrom1899) {
     EXPECT_EQ(SerialToDate(0), At(1899, 12, 30));
     const QDateTime odd = At(1997, 12, 31, 23, 59, 59);
     EXPECT_EQ(SerialToDate(DateToSerial(odd)), odd);
+}
+
+TEST(Dates, AWallClockTimeInALocalSummerTimeGapStaysAsWritten) {
+    // 8 March 2026, 02:30 does not exist on the US Pacific clock: a local
+    // time would move it to 03:30. The zone is a POSIX rule, so no zone
+    // files are needed.
+    const QByteArray kept = qgetenv("TZ");
+    const bool hadZone = qEnvironmentVariableIsSet("TZ");
+    qputenv("TZ", "PST8PDT,M3.2.0,M11.1.0");
+    tzset();
+    const QString formatted =
+        Format(QStringLiteral("03/08/26 02:30:00"), QStringLiteral("mm/dd/yy, hh:mm:ss"));
+    const auto parsed = ParseDateTime(u"03/08/26 02:30:00");
+    const double serial = DateToSerial(*parsed);
+    if (hadZone) {
+        qputenv("TZ", kept);
+    } else {
+        qunsetenv("TZ");
+    }
+    tzset();
+    EXPECT_EQ(formatted, QStringLiteral("03/08/26, 02:30:00"));
+    ASSERT_TRUE(parsed.has_value());
+    EXPECT_EQ(parsed->time(), QTime(2, 30));
+    EXPECT_EQ(SerialToDate(serial).time(), QTime(2, 30));
 }
 
 TEST(Dates, DateDiffCountsBoundaries) {
