@@ -233,7 +233,9 @@ int main(int argc, char** argv) {
         lw::site::MarketSite site(store, clock, settings);
 
         httplib::Server server;
-        server.new_task_queue = [] { return new httplib::ThreadPool(4); };
+        // Each open connection holds a worker while it is kept alive: room
+        // for a few programs at once, each fetching over a few connections.
+        server.new_task_queue = [] { return new httplib::ThreadPool(16); };
         server.set_keep_alive_max_count(100000);
         // Headers and body go out in separate writes; without this each page
         // would wait for the client's delayed acknowledgement.

@@ -39,6 +39,11 @@ public:
                 ++m_stopped;
                 return FetchResult::Cancelled;
             }
+            if (url.startsWith(QStringLiteral("slow"))) {
+                lock.unlock();
+                std::this_thread::sleep_for(std::chrono::milliseconds(30));
+                lock.lock();
+            }
             if (url.startsWith(QStringLiteral("bad"))) {
                 return FetchResult::Failed;
             }
@@ -123,6 +128,47 @@ TEST(PagePrefetcher, PagesComeInOrderEachFetchedOnceAndNeverBeyondTheDepth) {
     // Three fetched ahead at most, and the one the taker is waiting for.
     EXPECT_LE(site.MaxAhead(), 4);
     EXPECT_EQ(ahead.Waiting(), 0);
+}
+
+TEST(PagePrefetcher, OverTwoConnectionsAPageThatComesLateIsStillTakenInItsPlace) {
+    FakeSite site;
+    PagePrefetcher ahead(site.Fetch(), 4, 2);
+    QStringList urls;
+    for (int i = 0; i < 12; ++i) {
+        urls << (i % 4 == 0 ? QStringLiteral("slow") : QStringLiteral("item")) + QString::number(i);
+    }
+    ahead.Ask(urls);
+    for (const QString& url : urls) {
+        QByteArray page;
+        EXPECT_EQ(ahead.Take(url, page, {}), FetchResult::Ok);
+        site.Taken();
+        EXPECT_EQ(page, "page of " + url.toUtf8());
+    }
+    QStringList asked = site.Asked();
+    EXPECT_EQ(asked.size(), urls.size());  // each once, whichever connection took it
+    asked.sort();
+    QStringList expected = urls;
+    expected.sort();
+    EXPECT_EQ(asked, expected);
+}
+
+TEST(PagePrefetcher, DroppingStopsTheTransfersOfEveryConnection) {
+    FakeSite site;
+    site.Hold();
+    PagePrefetcher ahead(site.Fetch(), 4, 2);
+    ahead.Ask(Addresses(4));
+    ASSERT_TRUE(site.WaitForAsked(2));
+    ahead.Drop();
+    for (int i = 0; i < 1000 && site.Stopped() < 2; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_EQ(site.Stopped(), 2);
+    // Nothing dropped is fetched afterwards; a new address still is.
+    site.Release();
+    ahead.Ask({QStringLiteral("after")});
+    QByteArray page;
+    EXPECT_EQ(ahead.Take(QStringLiteral("after"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(site.Asked().size(), 3);
 }
 
 TEST(PagePrefetcher, AnAddressNotAskedForIsLeftToTheCallerAndTheRestStays) {

@@ -1,5 +1,5 @@
-// The page prefetcher: one thread that fetches the asked addresses in order,
-// at most `depth` ahead of the taker, and a taker that waits for the page it
+// The page prefetcher: threads that fetch the asked addresses in order, at
+// most `depth` ahead of the taker, and a taker that waits for the page it
 // needs while its own events go on.
 #include "update/page_prefetcher.h"
 
@@ -9,19 +9,24 @@
 
 namespace lw::update {
 
-PagePrefetcher::PagePrefetcher(AheadFetch fetch, int depth)
+PagePrefetcher::PagePrefetcher(AheadFetch fetch, int depth, int connections)
     : m_fetch(std::move(fetch)), m_depth(static_cast<size_t>(std::max(depth, 1))) {
-    m_thread = std::thread([this] { Work(); });
+    for (int i = 0; i < std::max(connections, 1); ++i) {
+        Worker& worker = m_workers.emplace_back();
+        worker.thread = std::thread([this, &worker] { Work(worker); });
+    }
 }
 
 PagePrefetcher::~PagePrefetcher() {
     {
         const std::lock_guard lock(m_mutex);
         m_stopping = true;
-        DropLocked();
+        DropLocked(m_entries.size());
     }
     m_wake.notify_all();
-    m_thread.join();
+    for (Worker& worker : m_workers) {
+        worker.thread.join();
+    }
 }
 
 void PagePrefetcher::Ask(const QStringList& urls) {
@@ -42,16 +47,17 @@ void PagePrefetcher::Ask(const QStringList& urls) {
 
 void PagePrefetcher::Drop() {
     const std::lock_guard lock(m_mutex);
-    DropLocked();
+    DropLocked(m_entries.size());
 }
 
-void PagePrefetcher::DropLocked() {
-    for (const Entry& entry : m_entries) {
+void PagePrefetcher::DropLocked(size_t end) {
+    for (size_t i = 0; i < end; ++i) {
+        const Entry& entry = m_entries[i];
         if (entry.started && !entry.done) {
-            m_dropCurrent = true;
+            entry.fetcher->stop = true;
         }
     }
-    m_entries.clear();
+    m_entries.erase(m_entries.begin(), m_entries.begin() + static_cast<std::ptrdiff_t>(end));
 }
 
 int PagePrefetcher::Waiting() const {
@@ -59,7 +65,7 @@ int PagePrefetcher::Waiting() const {
     return static_cast<int>(m_entries.size());
 }
 
-void PagePrefetcher::Work() {
+void PagePrefetcher::Work(Worker& worker) {
     std::unique_lock lock(m_mutex);
     for (;;) {
         // The first address not yet started, within the depth.
@@ -81,15 +87,16 @@ void PagePrefetcher::Work() {
             return;
         }
         next->started = true;
+        next->fetcher = &worker;
         const quint64 id = next->id;
         const QString url = next->url;
-        m_dropCurrent = false;
+        worker.stop = false;
         lock.unlock();
 
         QByteArray page;
         FetchResult result = FetchResult::Failed;
         try {
-            result = m_fetch(url, page, m_dropCurrent);
+            result = m_fetch(url, page, worker.stop);
         } catch (const std::exception&) {
             result = FetchResult::Failed;  // the taker sees a failed fetch
         }
@@ -117,12 +124,7 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
     const quint64 id = found->id;
     if (found != m_entries.begin()) {
         // The update did not take these as asked: they are not wanted.
-        for (auto it = m_entries.begin(); it != found; ++it) {
-            if (it->started && !it->done) {
-                m_dropCurrent = true;
-            }
-        }
-        m_entries.erase(m_entries.begin(), found);
+        DropLocked(static_cast<size_t>(found - m_entries.begin()));
         m_wake.notify_all();
     }
     while (!m_entries.empty() && m_entries.front().id == id && !m_entries.front().done) {
@@ -134,7 +136,7 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
         const bool waitOn = !keepWaiting || keepWaiting();
         lock.lock();
         if (!waitOn) {
-            DropLocked();
+            DropLocked(m_entries.size());
             m_wake.notify_all();
             page.clear();
             return FetchResult::Cancelled;

@@ -30,8 +30,10 @@ using AheadFetch =
 
 class PagePrefetcher {
 public:
-    // depth: how many pages may be fetched and not yet taken.
-    PagePrefetcher(AheadFetch fetch, int depth);
+    // depth: how many pages may be fetched and not yet taken; connections:
+    // how many are fetched at once, each on a thread and a connection of its
+    // own, so that one page's round trip does not wait for another's.
+    PagePrefetcher(AheadFetch fetch, int depth, int connections = 1);
     // Stops the transfer under way and drops every page not taken.
     ~PagePrefetcher();
     PagePrefetcher(const PagePrefetcher&) = delete;
@@ -55,17 +57,24 @@ public:
     int Waiting() const;
 
 private:
+    // A fetching thread, and the flag that tells its transfer to stop.
+    struct Worker {
+        std::thread thread;
+        std::atomic<bool> stop{false};
+    };
     struct Entry {
         quint64 id = 0;
         QString url;
+        Worker* fetcher = nullptr;  // set when started
         bool started = false;
         bool done = false;
         FetchResult result = FetchResult::Failed;
         QByteArray page;
     };
 
-    void Work();
-    void DropLocked();
+    void Work(Worker& worker);
+    // Drops entries [0, end) of the queue, stopping the transfers under way.
+    void DropLocked(size_t end);
 
     AheadFetch m_fetch;
     const size_t m_depth;
@@ -75,8 +84,7 @@ private:
     std::deque<Entry> m_entries;
     quint64 m_nextId = 0;
     bool m_stopping = false;
-    std::atomic<bool> m_dropCurrent{false};  // the transfer under way is no longer wanted
-    std::thread m_thread;
+    std::deque<Worker> m_workers;
 };
 
 }  // namespace lw::update

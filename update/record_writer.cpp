@@ -640,9 +640,8 @@ RecordWriter::FoundRows RecordWriter::FindFor(const QString& query, const ScanLi
     }
 }
 
-const RecordWriter::TableColumns& RecordWriter::ColumnsOf(const QString& table) {
-    const QString key = table.toLower();
-    auto it = m_tables.find(key);
+RecordWriter::TableColumns& RecordWriter::ColumnsOf(const QString& table) {
+    auto it = m_tables.find(table);
     if (it != m_tables.end()) {
         return *it;
     }
@@ -658,7 +657,7 @@ const RecordWriter::TableColumns& RecordWriter::ColumnsOf(const QString& table) 
             columns.byLower.insert(column.toLower(), column);
         }
     }
-    return *m_tables.insert(key, columns);
+    return *m_tables.insert(table, columns);
 }
 
 core::Statement& RecordWriter::Reused(const QString& sql) {
@@ -673,23 +672,29 @@ core::Statement& RecordWriter::Reused(const QString& sql) {
 
 void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
                          const Writes& writes) {
-    const TableColumns& columns = ColumnsOf(table);
+    TableColumns& columns = ColumnsOf(table);
     // Only the fields the table has; the last write of a field wins.
     Writes known;
-    QHash<QString, size_t> slot;
     Writes inOrder;
+    known.reserve(writes.size());
+    inOrder.reserve(writes.size());
     for (const auto& [field, value] : writes) {
-        const auto it = columns.byLower.constFind(field.toLower());
-        if (it == columns.byLower.constEnd()) {
+        auto it = columns.byField.constFind(field);
+        if (it == columns.byField.constEnd()) {
+            it = columns.byField.insert(field, columns.byLower.value(field.toLower()));
+        }
+        const QString& column = *it;
+        if (column.isEmpty()) {
             continue;
         }
-        inOrder.emplace_back(*it, value);
-        const auto s = slot.constFind(*it);
-        if (s == slot.constEnd()) {
-            slot.insert(*it, known.size());
-            known.emplace_back(*it, value);
+        inOrder.emplace_back(column, value);
+        const auto same = std::find_if(known.begin(), known.end(), [&column](const auto& write) {
+            return write.first == column;
+        });
+        if (same == known.end()) {
+            known.emplace_back(column, value);
         } else {
-            known[*s].second = value;
+            same->second = value;
         }
     }
     const QString quotedTable = QuoteIdentifier(table);

@@ -116,10 +116,11 @@ private:
     struct TableColumns {
         QString table;                    // as the schema spells it
         QHash<QString, QString> byLower;  // writable columns: lower-cased name -> name
+        QHash<QString, QString> byField;  // a field as the rules spell it -> column, "" none
     };
     using Writes = std::vector<std::pair<QString, QString>>;
 
-    const TableColumns& ColumnsOf(const QString& table);
+    TableColumns& ColumnsOf(const QString& table);
     void Apply(const QString& table, const std::vector<qint64>& found, const Writes& writes);
     // A statement of a text the writer runs again and again (the insert and
     // update of a table's fields), prepared once per writer and reset for
@@ -129,7 +130,7 @@ private:
 
     core::Database& m_db;
     QString m_userName;
-    QHash<QString, TableColumns> m_tables;
+    QHash<QString, TableColumns> m_tables;  // by the table's name as the query spells it
     QSet<QString> m_told;
     // Queries found to be one reading SELECT, by their text with every string
     // literal emptied: macro values enter only as literals, so a protocol's

@@ -580,7 +580,12 @@ void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
         m_hooks.deleteRows(protocol, lists);
     }
 
-    PageScanner scanner(protocol);
+    // Markers are prepared once per protocol; each record scans a copy.
+    auto prepared = m_scanners.find(protocol.section);
+    if (prepared == m_scanners.end()) {
+        prepared = m_scanners.emplace(protocol.section, PageScanner(protocol)).first;
+    }
+    PageScanner scanner = prepared->second;
     scanner.SetUpAncillary(m_page);
     ScanHooks hooks;
     hooks.pumpEvents = scanHooks.pumpEvents;

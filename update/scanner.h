@@ -12,6 +12,7 @@
 #include <QStringList>
 #include <array>
 #include <functional>
+#include <map>
 #include <vector>
 
 #include "update/protocol.h"
@@ -239,7 +240,8 @@ private:
     UpdateView& m_view;
     AncillaryHooks m_hooks;
     QString m_keptPageFile;
-    PageText m_page;  // txtAncillary
+    PageText m_page;                            // txtAncillary
+    std::map<QString, PageScanner> m_scanners;  // by ancillary protocol
 };
 
 }  // namespace lw::update

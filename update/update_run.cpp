@@ -34,6 +34,9 @@ const QString kCurrentBids = QStringLiteral("Current Bids eBay");
 // Item pages fetched and not yet taken, at most: enough to keep the site
 // busy while records are written, few enough to waste little on a cancel.
 constexpr int kPagesAhead = 16;
+// Pages fetched at once: two, so that a page's round trip overlaps the next
+// one's, as a browser's do.
+constexpr int kAheadConnections = 2;
 
 // Commits the page's writes when the page ends, however it ends.
 class PageCommit {
@@ -389,7 +392,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
             return;
         }
         if (!m_ahead) {
-            m_ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead);
+            m_ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead,
+                                                       kAheadConnections);
         }
         m_ahead->Ask(urls);
     };
