@@ -37,6 +37,7 @@ public:
             }
             if (stop) {
                 ++m_stopped;
+                m_started.notify_all();
                 return FetchResult::Cancelled;
             }
             if (url.startsWith(QStringLiteral("slow"))) {
@@ -71,6 +72,11 @@ public:
         std::unique_lock lock(m_mutex);
         return m_started.wait_for(lock, std::chrono::seconds(10),
                                   [&] { return m_asked.size() >= n; });
+    }
+    // Waits until n transfers have seen their stop.
+    bool WaitForStopped(int n) {
+        std::unique_lock lock(m_mutex);
+        return m_started.wait_for(lock, std::chrono::seconds(10), [&] { return m_stopped >= n; });
     }
     QStringList Asked() {
         const std::lock_guard lock(m_mutex);
@@ -159,9 +165,7 @@ TEST(PagePrefetcher, DroppingStopsTheTransfersOfEveryConnection) {
     ahead.Ask(Addresses(4));
     ASSERT_TRUE(site.WaitForAsked(2));
     ahead.Drop();
-    for (int i = 0; i < 1000 && site.Stopped() < 2; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    EXPECT_TRUE(site.WaitForStopped(2));
     EXPECT_EQ(site.Stopped(), 2);
     // Nothing dropped is fetched afterwards; a new address still is.
     site.Release();
@@ -214,9 +218,7 @@ TEST(PagePrefetcher, ATakerThatGivesUpGetsCancelledAndTheTransferIsStopped) {
     EXPECT_TRUE(page.isEmpty());
     EXPECT_EQ(ahead.Waiting(), 0);
     // The transfer that was held sees its stop.
-    for (int i = 0; i < 1000 && site.Stopped() == 0; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    EXPECT_TRUE(site.WaitForStopped(1));
     EXPECT_EQ(site.Stopped(), 1);
 }
 
