@@ -33,7 +33,7 @@ namespace {
 const QString kCurrentBids = QStringLiteral("Current Bids eBay");
 // Item pages fetched and not yet taken, at most: enough to keep the site
 // busy while records are written, few enough to waste little on a cancel.
-constexpr int kPagesAhead = 16;
+constexpr int kPagesAhead = 32;
 // Pages fetched at once: two, so that a page's round trip overlaps the next
 // one's, as a browser's do.
 constexpr int kAheadConnections = 2;
