@@ -175,6 +175,23 @@ TEST(PagePrefetcher, DroppingStopsTheTransfersOfEveryConnection) {
     EXPECT_EQ(site.Asked().size(), 3);
 }
 
+TEST(PagePrefetcher, PagesHeldAheadStayWithinTheirBytes) {
+    FakeSite site;
+    // Each page is 13 bytes: two held let a third start, three do not.
+    PagePrefetcher ahead(site.Fetch(), 32, 1, 30);
+    const QStringList urls = Addresses(8);
+    ahead.Ask(urls);
+    ASSERT_TRUE(site.WaitForAsked(3));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(site.Asked().size(), 3);
+    for (const QString& url : urls) {
+        QByteArray page;
+        EXPECT_EQ(ahead.Take(url, page, {}), FetchResult::Ok);
+        EXPECT_EQ(page, "page of " + url.toUtf8());
+    }
+    EXPECT_EQ(site.Asked(), urls);
+}
+
 TEST(PagePrefetcher, AnAddressNotAskedForIsLeftToTheCallerAndTheRestStays) {
     FakeSite site;
     PagePrefetcher ahead(site.Fetch(), 4);

@@ -9,8 +9,10 @@
 
 namespace lw::update {
 
-PagePrefetcher::PagePrefetcher(AheadFetch fetch, int depth, int connections)
-    : m_fetch(std::move(fetch)), m_depth(static_cast<size_t>(std::max(depth, 1))) {
+PagePrefetcher::PagePrefetcher(AheadFetch fetch, int depth, int connections, qint64 maxBytes)
+    : m_fetch(std::move(fetch)),
+      m_depth(static_cast<size_t>(std::max(depth, 1))),
+      m_maxBytes(maxBytes) {
     for (int i = 0; i < std::max(connections, 1); ++i) {
         Worker& worker = m_workers.emplace_back();
         worker.thread = std::thread([this, &worker] { Work(worker); });
@@ -56,6 +58,7 @@ void PagePrefetcher::DropLocked(size_t end) {
         if (entry.started && !entry.done) {
             entry.fetcher->stop = true;
         }
+        m_heldBytes -= entry.page.size();
     }
     m_entries.erase(m_entries.begin(), m_entries.begin() + static_cast<std::ptrdiff_t>(end));
 }
@@ -76,7 +79,7 @@ void PagePrefetcher::Work(Worker& worker) {
             }
             const size_t window = std::min(m_entries.size(), m_depth);
             for (size_t i = 0; i < window; ++i) {
-                if (!m_entries[i].started) {
+                if (!m_entries[i].started && (i == 0 || m_heldBytes < m_maxBytes)) {
                     next = &m_entries[i];
                     return true;
                 }
@@ -108,6 +111,7 @@ void PagePrefetcher::Work(Worker& worker) {
             it->done = true;
             it->result = result;
             it->page = std::move(page);
+            m_heldBytes += it->page.size();
             m_ready.notify_all();
         }
     }
@@ -147,6 +151,7 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
     }
     Entry entry = std::move(m_entries.front());
     m_entries.pop_front();
+    m_heldBytes -= entry.page.size();
     lock.unlock();
     m_wake.notify_all();  // room in the window for one more
     page = std::move(entry.page);

@@ -32,8 +32,11 @@ class PagePrefetcher {
 public:
     // depth: how many pages may be fetched and not yet taken; connections:
     // how many are fetched at once, each on a thread and a connection of its
-    // own, so that one page's round trip does not wait for another's.
-    PagePrefetcher(AheadFetch fetch, int depth, int connections = 1);
+    // own, so that one page's round trip does not wait for another's;
+    // maxBytes: no page is started while the pages fetched and not yet taken
+    // hold this many bytes or more (the next one to be taken always may be).
+    PagePrefetcher(AheadFetch fetch, int depth, int connections = 1,
+                   qint64 maxBytes = qint64{64} * 1024 * 1024);
     // Stops the transfer under way and drops every page not taken.
     ~PagePrefetcher();
     PagePrefetcher(const PagePrefetcher&) = delete;
@@ -78,6 +81,8 @@ private:
 
     AheadFetch m_fetch;
     const size_t m_depth;
+    const qint64 m_maxBytes;
+    qint64 m_heldBytes = 0;  // of pages fetched and not yet taken
     mutable std::mutex m_mutex;
     std::condition_variable m_wake;   // the fetching thread: work or stop
     std::condition_variable m_ready;  // the taker: a page came

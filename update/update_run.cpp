@@ -37,6 +37,9 @@ constexpr int kPagesAhead = 32;
 // Pages fetched at once: two, so that a page's round trip overlaps the next
 // one's, as a browser's do.
 constexpr int kAheadConnections = 2;
+// Bytes of pages fetched and not yet taken, at most, whatever size a site's
+// pages have.
+constexpr qint64 kBytesAhead = qint64{64} * 1024 * 1024;
 
 // Commits the page's writes when the page ends, however it ends.
 class PageCommit {
@@ -392,8 +395,12 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
             return;
         }
         if (!m_ahead) {
-            m_ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead,
-                                                       kAheadConnections);
+            try {
+                m_ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead,
+                                                           kAheadConnections, kBytesAhead);
+            } catch (const std::exception&) {
+                return;  // no fetch for another thread: each page when it is needed
+            }
         }
         m_ahead->Ask(urls);
     };
