@@ -130,7 +130,7 @@ private Q_SLOTS:
     void init() {
         m_root = std::make_unique<test::TempRoot>();
         m_ui = std::make_unique<test::ScriptedUi>();
-        const QString error = test::StartWindowRoot(*m_root, *m_ui);
+        const QString error = test::StartProgramRoot(*m_root, *m_ui);
         QVERIFY2(error.isEmpty(), qPrintable(error));
         m_db.emplace(core::OpenStore());
         core::AddUser(*m_db, {kUser, QStringLiteral("mcgee"), QStringLiteral("pw"), QString()});

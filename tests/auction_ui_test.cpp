@@ -264,7 +264,7 @@ private Q_SLOTS:
         m_ui = std::make_unique<test::ScriptedUi>();
         m_opened.clear();
         m_siteHost = kSiteHost;
-        const QString error = test::StartWindowRoot(*m_root, *m_ui);
+        const QString error = test::StartProgramRoot(*m_root, *m_ui);
         QVERIFY2(error.isEmpty(), qPrintable(error));
         core::Database db = Db();
         QVERIFY(update::DecryptProtocols(update::Rules(), db));

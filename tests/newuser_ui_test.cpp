@@ -62,7 +62,7 @@ private Q_SLOTS:
     void init() {
         m_root = std::make_unique<test::TempRoot>();
         m_ui = std::make_unique<test::ScriptedUi>();
-        const QString error = test::StartWindowRoot(*m_root, *m_ui, false);
+        const QString error = test::StartProgramRoot(*m_root, *m_ui, false);
         QVERIFY2(error.isEmpty(), qPrintable(error));
         core::OpenStore();  // the prepared database, with no user yet
     }

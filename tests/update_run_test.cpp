@@ -89,15 +89,6 @@ const char* kRules =
     "\n"
     "[Sites]\nSite0=eBay\nSite1=Other Site\n";
 
-QByteArray Rows(std::initializer_list<std::pair<const char*, const char*>> rows) {
-    QByteArray page = "<html><!-- BEGIN --><table>";
-    for (const auto& [number, title] : rows) {
-        page += QByteArray("<tr><td class=n>") + number + "</td><td class=t>" + title +
-                "</td></tr>\r\n";
-    }
-    return page + "</table><!-- END --></html>";
-}
-
 // A site time an hour behind the local clock, as the site writes it.
 QString SiteClock() {
     return QLocale::c().toString(QDateTime::currentDateTime().addSecs(-3600),
@@ -144,10 +135,11 @@ protected:
         m_view.ui = &m_ui;
 
         m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] =
-            Rows({{"101", "First"}, {"102", "Second"}});
-        m_pages[QStringLiteral("http://site/selling?pass=good&skip=2")] = Rows({{"103", "Third"}});
-        m_pages[QStringLiteral("http://site/selling?pass=good&skip=4")] = Rows({});
-        m_pages[QStringLiteral("http://site/bidding")] = Rows({{"201", "A bid"}});
+            lw::test::ListPage({{"101", "First"}, {"102", "Second"}});
+        m_pages[QStringLiteral("http://site/selling?pass=good&skip=2")] =
+            lw::test::ListPage({{"103", "Third"}});
+        m_pages[QStringLiteral("http://site/selling?pass=good&skip=4")] = lw::test::ListPage({});
+        m_pages[QStringLiteral("http://site/bidding")] = lw::test::ListPage({{"201", "A bid"}});
         m_pages[QStringLiteral("http://site/time")] =
             QByteArray("<!-- CLOCK -->The time is: ") + SiteClock().toUtf8() +
             "<!-- /CLOCK --><!-- ITEMS --><td class=n>101<!-- /ITEMS -->";
@@ -381,7 +373,7 @@ TEST_F(RunTest, AfterTheOneRefreshAProtocolWithoutMarkersIsPassedOver) {
 }
 
 TEST_F(RunTest, ARefusedQueryStringIsToldByProtocolAndTheRestGoesOn) {
-    m_pages[QStringLiteral("http://site/account")] = Rows({{"1", "x"}});
+    m_pages[QStringLiteral("http://site/account")] = lw::test::ListPage({{"1", "x"}});
     Activate({QStringLiteral("Account Information eBay"), QStringLiteral("Current Time eBay")});
     ASSERT_EQ(m_ui.Messages().size(), 2);
     EXPECT_TRUE(m_ui.Messages()[0].contains(QStringLiteral("\"Account Information eBay\"")));
@@ -444,7 +436,7 @@ TEST_F(RunTest, PagingWithAnAddressThatDoesNotChangeEnds) {
 }
 
 TEST_F(RunTest, APageWithNoRecordEndsThePaging) {
-    m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] = Rows({});
+    m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] = lw::test::ListPage({});
     Activate({QStringLiteral("Current Auctions eBay")});
     EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
 }

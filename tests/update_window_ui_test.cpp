@@ -4,11 +4,7 @@
 // details with the item being read, the window gone before the redraw, boxes
 // over the window on the desktop, and Cancel (the button, Escape, or in the
 // middle of a transfer) stopping the run with what was written kept.
-#include <arpa/inet.h>
 #include <httplib.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <QApplication>
 #include <QLabel>
@@ -28,6 +24,7 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "tests/support/loopback_server.h"
 #include "tests/support/test_support.h"
 #include "tests/support/window_test.h"
 #include "ui/frmUpdate.h"
@@ -60,22 +57,14 @@ ui::frmUpdate* OpenUpdateWindow() {
     return nullptr;
 }
 
-QByteArray Rows(std::initializer_list<std::pair<const char*, const char*>> rows) {
-    QByteArray page = "<html><!-- BEGIN --><table>";
-    for (const auto& [number, title] : rows) {
-        page += QByteArray("<tr><td class=n>") + number + "</td><td class=t>" + title +
-                "</td></tr>\r\n";
-    }
-    return page + "</table><!-- END --></html>";
-}
-
-// The site on 127.0.0.1 and a free port, on its own thread for the life of
-// the object. /slow sends the start of a page, asks for the window's Cancel
-// through the event queue, and trickles on until the client goes away.
+// The site on 127.0.0.1 and a free port, for the life of the object. /slow sends the start of a
+// page, asks for the window's Cancel through the event queue, and trickles on until the client goes
+// away.
 class Site {
 public:
     Site() {
-        m_server.Get("/selling", [this](const httplib::Request& req, httplib::Response& res) {
+        httplib::Server& routes = m_server.Routes();
+        routes.Get("/selling", [this](const httplib::Request& req, httplib::Response& res) {
             const std::string skip = req.get_param_value("skip");
             const auto page = m_pages.find(skip);
             if (page == m_pages.end()) {
@@ -84,16 +73,16 @@ public:
             }
             res.set_content(page->second.toStdString(), "text/html");
         });
-        m_server.Get("/time", [](const httplib::Request&, httplib::Response& res) {
+        routes.Get("/time", [](const httplib::Request&, httplib::Response& res) {
             res.set_content(
                 "<!-- CLOCK -->The time is: Saturday, May 23, 2026 13:05:09 PDT<!-- /CLOCK -->",
                 "text/html");
         });
-        m_server.Get("/slow", [this](const httplib::Request&, httplib::Response& res) {
+        routes.Get("/slow", [this](const httplib::Request&, httplib::Response& res) {
             res.set_chunked_content_provider(
                 "text/html", [this](size_t offset, httplib::DataSink& sink) {
                     if (offset == 0) {
-                        const QByteArray start = Rows({{"301", "Never kept"}}).left(40);
+                        const QByteArray start = test::ListPage({{"301", "Never kept"}}).left(40);
                         if (!sink.write(start.constData(), static_cast<size_t>(start.size()))) {
                             return false;
                         }
@@ -115,53 +104,23 @@ public:
                     return true;
                 });
         });
-        m_pages["0"] = Rows({{"101", "First"}, {"102", "Second"}});
-        m_pages["2"] = Rows({{"103", "Third"}});
-        m_pages["4"] = Rows({});
+        m_pages["0"] = test::ListPage({{"101", "First"}, {"102", "Second"}});
+        m_pages["2"] = test::ListPage({{"103", "Third"}});
+        m_pages["4"] = test::ListPage({});
         // One answer per connection: a connection the client keeps for its
         // next page would hold the server's stop until its keep-alive ends.
-        m_server.set_keep_alive_max_count(1);
-        m_port = m_server.bind_to_any_port("127.0.0.1");
-        m_thread = std::thread([this] { m_server.listen_after_bind(); });
-        while (m_port > 0 && !m_server.is_running()) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+        routes.set_keep_alive_max_count(1);
+        m_server.Start();
     }
-    ~Site() {
-        m_server.stop();
-        if (m_thread.joinable()) {
-            m_thread.join();
-        }
-    }
-    Site(const Site&) = delete;
-    Site& operator=(const Site&) = delete;
 
-    int Port() const { return m_port; }
+    int Port() const { return m_server.Port(); }
     void CancelOnTransfer(QPushButton* button) { m_cancelOnTransfer = button; }
 
 private:
-    httplib::Server m_server;
-    std::thread m_thread;
+    test::LoopbackServer m_server;
     std::map<std::string, QByteArray> m_pages;
     std::atomic<QPushButton*> m_cancelOnTransfer{nullptr};
-    int m_port = 0;
 };
-
-// A loopback port that nothing listens on.
-int ClosedPort() {
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    int port = 0;
-    if (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
-        port = ntohs(address.sin_port);
-    }
-    ::close(fd);
-    return port;
-}
 
 QString RulesFor(int port, int closedPort) {
     const QString site = QStringLiteral("http://127.0.0.1:%1").arg(port);
@@ -315,7 +274,7 @@ private Q_SLOTS:
     void init() {
         m_root = std::make_unique<test::TempRoot>();
         m_ui = std::make_unique<test::ScriptedUi>();
-        const QString error = test::StartWindowRoot(*m_root, *m_ui);
+        const QString error = test::StartProgramRoot(*m_root, *m_ui);
         QVERIFY2(error.isEmpty(), qPrintable(error));
         m_db.emplace(core::OpenStore());
         core::AddUser(*m_db, {kUser, QStringLiteral("s1"), QStringLiteral("secret"),
@@ -323,7 +282,7 @@ private Q_SLOTS:
         core::SetCurrentUser(kUser);
         m_site = std::make_unique<Site>();
         QVERIFY(m_site->Port() > 0);
-        m_rules.SetText(update::kSiteStore, RulesFor(m_site->Port(), ClosedPort()));
+        m_rules.SetText(update::kSiteStore, RulesFor(m_site->Port(), test::ClosedPort()));
         m_onFetch = nullptr;
         m_fetched.clear();
         m_beforeFetch.clear();

@@ -50,11 +50,8 @@ QString Month(int month, int back) {
 class AnalysisTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        lw::core::ResetSession(&m_ui);
-        QString error;
-        ASSERT_TRUE(lw::core::SetupDirectories(m_root.Path(), &error)) << error.toStdString();
-        lw::core::CurrentSession().ShippedDir = lw::test::SourceDir();
-        lw::core::SetSettingsFolder(m_root.File(QStringLiteral("settings")));
+        const QString error = lw::test::StartProgramRoot(m_root, m_ui);
+        ASSERT_TRUE(error.isEmpty()) << error.toStdString();
         m_db.emplace(lw::core::OpenOrCreateStore(lw::core::StorePath(), lw::test::SourceDir()));
         lw::core::AddUser(*m_db, {kUser, kSiteId, QStringLiteral("pw"), QString()});
         lw::core::SetCurrentUser(kUser);

@@ -4,6 +4,9 @@
 #include <QFileInfo>
 #include <stdexcept>
 
+#include "core/session.h"
+#include "core/settings.h"
+
 namespace lw::test {
 
 void ScriptedUi::Message(const QString& text, const QString& title, core::Icon) {
@@ -101,6 +104,28 @@ QByteArray ReadAll(const QString& path) {
         return {};
     }
     return file.readAll();
+}
+
+QString StartProgramRoot(TempRoot& root, ScriptedUi& ui, bool ownSettings) {
+    core::ResetSession(&ui);
+    QString error;
+    if (!core::SetupDirectories(root.Path(), &error)) {
+        return error.isEmpty() ? QStringLiteral("the folders could not be made") : error;
+    }
+    core::CurrentSession().ShippedDir = SourceDir();
+    if (ownSettings) {
+        core::SetSettingsFolder(root.File(QStringLiteral("settings")));
+    }
+    return QString();
+}
+
+QByteArray ListPage(std::initializer_list<std::pair<const char*, const char*>> rows) {
+    QByteArray page = "<html><!-- BEGIN --><table>";
+    for (const auto& [number, title] : rows) {
+        page += QByteArray("<tr><td class=n>") + number + "</td><td class=t>" + title +
+                "</td></tr>\r\n";
+    }
+    return page + "</table><!-- END --></html>";
 }
 
 }  // namespace lw::test

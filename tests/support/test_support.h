@@ -3,6 +3,9 @@
 // built executables.
 #pragma once
 
+#include <initializer_list>
+#include <utility>
+
 #include <QDir>
 #include <QString>
 #include <QStringList>
@@ -78,5 +81,15 @@ private:
 };
 
 QByteArray ReadAll(const QString& path);
+
+// Puts the session on ui and makes the folders of a new program root in
+// root, with the shipped files taken from the sources and, when asked, the
+// settings kept under root. Returns what went wrong, empty when nothing did.
+QString StartProgramRoot(TempRoot& root, ScriptedUi& ui, bool ownSettings = true);
+
+// A list page of the suites' fake sites: one table row per record, its item
+// number in <td class=n> and its title in <td class=t>, between the marks
+// "<!-- BEGIN -->" and "<!-- END -->".
+QByteArray ListPage(std::initializer_list<std::pair<const char*, const char*>> rows);
 
 }  // namespace lw::test
