@@ -254,12 +254,15 @@ core::NetOptions NetOptionsForUser(Database& db) {
 namespace {
 
 // A 404 answer is a page like any other; every other error status fails.
-FetchResult PageOf(core::NetResult& got, QByteArray& page) {
+// The body goes to page when one is given.
+FetchResult PageOf(core::NetResult& got, QByteArray* page) {
     if (got.status == core::NetStatus::Cancelled) {
         return FetchResult::Cancelled;
     }
     if (got.ok() && (got.httpCode < 400 || got.httpCode == 404)) {
-        page = std::move(got.body);
+        if (page != nullptr) {
+            *page = std::move(got.body);
+        }
         return FetchResult::Ok;
     }
     return FetchResult::Failed;
@@ -280,7 +283,7 @@ FetchResult FetchPageAhead(const core::NetOptions& options, const QString& url, 
     page.clear();
     core::NetResult got =
         core::HttpGet(url, options, [&stop](qint64, qint64) { return !stop.load(); });
-    return PageOf(got, page);
+    return PageOf(got, &page);
 }
 
 void TellPageTaken(qint64 bytes) {
@@ -290,9 +293,12 @@ void TellPageTaken(qint64 bytes) {
     ui.Status(kDisconnected);
 }
 
-FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByteArray& page,
-                      long* httpCode) {
-    page.clear();
+namespace {
+
+// A GET through get, told on the status line as it goes, with events let run
+// and the user's cancel heard; the body goes to page when one is given.
+FetchResult Reported(const std::function<core::NetResult(const core::NetProgress&)>& get,
+                     QByteArray* page, long* httpCode) {
     if (httpCode) {
         *httpCode = 0;
     }
@@ -302,19 +308,18 @@ FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByte
     try {
         bool started = false;
         qint64 shown = 0;
-        core::NetResult got =
-            core::HttpGet(url, options, [&ui, &started, &shown](qint64 received, qint64) {
-                if (!started) {
-                    started = true;
-                    ui.Status(Transferring(0));
-                }
-                if (received != shown) {
-                    shown = received;
-                    ui.Status(Transferring(received));
-                }
-                ui.PumpEvents();
-                return !ui.CancelRequested();
-            });
+        core::NetResult got = get([&ui, &started, &shown](qint64 received, qint64) {
+            if (!started) {
+                started = true;
+                ui.Status(Transferring(0));
+            }
+            if (received != shown) {
+                shown = received;
+                ui.Status(Transferring(received));
+            }
+            ui.PumpEvents();
+            return !ui.CancelRequested();
+        });
         if (httpCode) {
             *httpCode = got.httpCode;
         }
@@ -326,16 +331,26 @@ FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByte
     return result;
 }
 
+}  // namespace
+
+FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByteArray& page,
+                      long* httpCode) {
+    page.clear();
+    return Reported(
+        [&](const core::NetProgress& progress) { return core::HttpGet(url, options, progress); },
+        &page, httpCode);
+}
+
 FetchResult FetchToFile(const core::NetOptions& options, const QString& url, const QString& file,
                         long* httpCode) {
     // The earlier page stays until the new one replaces it in one rename, or
     // is removed when this fetch brings none: never is a page of an earlier
     // fetch left for this one.
-    QByteArray page;
-    FetchResult result = FetchPage(options, url, page, httpCode);
-    if (result == FetchResult::Ok && !core::ReplaceFile(file, page)) {
-        result = FetchResult::Failed;
-    }
+    const FetchResult result = Reported(
+        [&](const core::NetProgress& progress) {
+            return core::HttpGetToFile(url, file, options, progress);
+        },
+        nullptr, httpCode);
     if (result != FetchResult::Ok) {
         QFile::remove(file);
     }

@@ -103,18 +103,18 @@ UpdateHooks DefaultUpdateHooks(core::Database& db) {
     // The user's proxy is read once, at the first page of the run, as the
     // window sets its HTTP client up once when it opens.
     auto options = std::make_shared<std::optional<core::NetOptions>>();
-    hooks.fetch = [&db, options](const QString& url, QByteArray& page) {
+    const auto userOptions = [&db, options]() -> const core::NetOptions& {
         if (!*options) {
             *options = NetOptionsForUser(db);
         }
-        return FetchPage(**options, url, page);
+        return **options;
     };
-    hooks.fetchAhead = [&db, options]() -> AheadFetch {
-        if (!*options) {
-            *options = NetOptionsForUser(db);
-        }
-        return [copy = **options](const QString& url, QByteArray& page,
-                                  const std::atomic<bool>& stop) {
+    hooks.fetch = [userOptions](const QString& url, QByteArray& page) {
+        return FetchPage(userOptions(), url, page);
+    };
+    hooks.fetchAhead = [userOptions]() -> AheadFetch {
+        return [copy = userOptions()](const QString& url, QByteArray& page,
+                                      const std::atomic<bool>& stop) {
             return FetchPageAhead(copy, url, page, stop);
         };
     };
