@@ -14,6 +14,7 @@
 #include "update/rules.h"
 #include "update/run_lists.h"
 #include "update/site_session.h"
+#include "update/update_lock.h"
 #include "update/update_run.h"
 
 namespace lw::app {
@@ -26,6 +27,7 @@ struct Options {
     QString user, siteId, password, email;
     QString rulesFile, protocol, page, pagesDir;  // scan
     bool list = false;                            // update --list
+    bool wait = false;                            // update --wait
     QStringList words;                            // the command and its positional arguments
 };
 
@@ -70,6 +72,8 @@ QString Parse(const QStringList& args, Options& options) {
             error = value(options.pagesDir);
         } else if (arg == QLatin1String("--list")) {
             options.list = true;
+        } else if (arg == QLatin1String("--wait")) {
+            options.wait = true;
         } else if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
             options.words.prepend(QStringLiteral("help"));
         } else if (arg.startsWith(QLatin1String("--")) && arg.size() > 2) {
@@ -285,6 +289,23 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
     if (!OpenSession(options, exeDir, false, err)) {
         return kExitFailure;
     }
+    // Held until the update and its reconciliation are over, before anything
+    // of the update is written.
+    update::UpdateLock lock;
+    if (!lock.TryLock()) {
+        if (!options.wait || !lock.Busy()) {
+            err << lock.FailureMessage() << '\n';
+            return kExitFailure;
+        }
+        err << lock.FailureMessage() << " Waiting for it to end.\n";
+        err.flush();
+        if (!lock.Lock([] { return !core::CurrentUi().CancelRequested(); })) {
+            err << (lock.Busy() ? QStringLiteral("Stopped waiting; nothing was updated.")
+                                : lock.FailureMessage())
+                << '\n';
+            return kExitFailure;
+        }
+    }
     core::Database db = core::OpenStore();
     if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
         err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
@@ -340,8 +361,19 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
     }
     switch (result) {
         case update::UpdateRun::Result::Complete:
+            if (!run.FailedProtocols().isEmpty()) {
+                err << "The update ran to its end, but these protocols could not be processed: "
+                    << run.FailedProtocols().join(QStringLiteral(", ")) << ".\n";
+                return kExitProtocolFailed;
+            }
             out << "Update complete.\n";
             return kExitOk;
+        case update::UpdateRun::Result::StoreFailed:
+            err << "The update was stopped: the database could not be written.\n";
+            return kExitFailure;
+        case update::UpdateRun::Result::Busy:
+            err << "An update is already running.\n";
+            return kExitFailure;
         case update::UpdateRun::Result::RulesFailed:
             err << "The update did not start: the rule version check failed.\n";
             return kExitFailure;
@@ -383,6 +415,8 @@ QString CliUsage() {
                "  update COMMAND                        run an update; COMMAND is one of\n"
                "%1"
                "  update --list PROTOCOL ...            run the named protocols, in order\n"
+               "  update ... --wait                     wait for an update that is running to "
+               "end\n"
                "--root DIR is the folder that holds Configs/, Data/ and Templates/.\n"
                "Ctrl-C stops an update at the next record and keeps what was written.\n")
         .arg(UpdateWordsHelp());

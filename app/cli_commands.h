@@ -11,9 +11,10 @@ namespace lw::app {
 // Exit codes of the command line.
 enum ExitCode : int {
     kExitOk = 0,
-    kExitFailure = 1,   // the command could not be done; the message says why
-    kExitUsage = 2,     // the words of the call are off
-    kExitNotFound = 3,  // a rule look-up answered "ERROR"
+    kExitFailure = 1,         // the command could not be done; the message says why
+    kExitUsage = 2,           // the words of the call are off
+    kExitNotFound = 3,        // a rule look-up answered "ERROR"
+    kExitProtocolFailed = 4,  // an update ran to its end, but a protocol could not be processed
 };
 
 // Runs one command line (without the program name). exeDir is the folder of

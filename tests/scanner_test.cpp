@@ -252,6 +252,33 @@ TEST(ScannerRecords, APageYieldsRecordsUntilAStartMarkerIsMissing) {
                                         QStringLiteral("HighBid")}));
 }
 
+TEST(ScannerRecords, ARecordAPageEndsInsideLeavesNothingForTheNextPage) {
+    // The run keeps one set of lists from page to page and clears it only
+    // after a written record.
+    PageScanner scanner(
+        Main("GStart=<!-- BEGIN -->\nGend=<!-- END -->\nItems=2\n"
+             "Item1=ItemNumber\nItem2=ItemTitle\nItem1 Start=<td class=n\n"
+             "Item2 Start=<td class=t"));
+    const PageText first(
+        QByteArray("<!-- BEGIN --><td class=n>101<td class=t>One"
+                   "<td class=n>102<!-- END -->"));
+    const PageText second(QByteArray("<!-- BEGIN --><td class=n>103<td class=t>Three<!-- END -->"));
+    ScanState state;
+    ScanLists lists;
+    ASSERT_TRUE(scanner.SetUp(first));
+    ASSERT_EQ(scanner.ScanRecord(state, lists, Quiet()), PageScanner::RecordEnd::Complete);
+    lists.ClearRecord();
+    EXPECT_EQ(scanner.ScanRecord(state, lists, Quiet()), PageScanner::RecordEnd::PageEnd);
+    EXPECT_TRUE(lists.items.isEmpty())
+        << "102 was dropped: " << lists.items.join(u',').toStdString();
+    EXPECT_TRUE(lists.fields.isEmpty());
+    ASSERT_TRUE(scanner.SetUp(second));
+    ASSERT_EQ(scanner.ScanRecord(state, lists, Quiet()), PageScanner::RecordEnd::Complete);
+    EXPECT_EQ(lists.items, (QStringList{QStringLiteral("103"), QStringLiteral("Three")}));
+    EXPECT_EQ(lists.fields,
+              (QStringList{QStringLiteral("ItemNumber"), QStringLiteral("ItemTitle")}));
+}
+
 TEST(ScannerRecords, SetUpNeedsBothMarkersAndScansFromGStartUpToGend) {
     PageText page(QByteArray("<x>before<!-- B --><x>in<!-- E --><x>after"));
     PageScanner missingEnd(
@@ -465,6 +492,40 @@ TEST(ScannerProtocolKeys, CountsReadTheirLeadingNumberAndAreBounded) {
     EXPECT_EQ(RuleCount(QStringLiteral("-2")), 0);
     EXPECT_EQ(RuleCount(QStringLiteral("99999999999")), kMaxProtocolItems);
     EXPECT_TRUE(Main("Items=ERROR").items.empty());
+}
+
+TEST(ScannerProtocolKeys, AnItemsThatIsNoCountOfItemsIsRefusedByName) {
+    const struct {
+        const char* items;  // the key's line; none: the key is missing
+        const char* told;   // what the refusal names; none: the protocol can run
+    } cases[] = {
+        {"Items=3", nullptr},
+        {"Items= 2 ", nullptr},
+        {"Items=1000", nullptr},
+        {"Items=0", "its key Items is \"0\""},
+        {"Items=-4", "its key Items is \"-4\""},
+        {"Items=many", "its key Items is \"many\""},
+        {"Items=2.5", "its key Items is \"2.5\""},
+        {"Items=1001", "its key Items is \"1001\""},
+        {"Items=", "its key Items is \"\""},
+        {"", "its key Items is missing."},
+    };
+    for (const auto& c : cases) {
+        const ProtocolRecord protocol =
+            Main(QStringLiteral("Current Sales eBay"),
+                 QStringLiteral("[Current Sales eBay]\nUrl=http://h/\nItem1=F\n") +
+                     QString::fromUtf8(c.items));
+        const QString fault = protocol.CountFault();
+        if (c.told == nullptr) {
+            EXPECT_TRUE(fault.isEmpty()) << c.items << ": " << fault.toStdString();
+        } else {
+            EXPECT_TRUE(fault.startsWith(
+                QStringLiteral("The protocol \"Current Sales eBay\" cannot run: ")))
+                << c.items << ": " << fault.toStdString();
+            EXPECT_TRUE(fault.contains(QString::fromUtf8(c.told)))
+                << c.items << ": " << fault.toStdString();
+        }
+    }
 }
 
 // ------------------------------------------------------------ ancillary records

@@ -7,11 +7,13 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
+#include <QSysInfo>
 #include <QThread>
 #include <cstring>
 #include <functional>
@@ -30,6 +32,7 @@
 #include "update/rules.h"
 #include "update/run_lists.h"
 #include "update/scanner.h"
+#include "update/update_lock.h"
 #include "update/update_run.h"
 
 using lw::core::Database;
@@ -594,7 +597,13 @@ TEST_F(UpdateE2e, AChangedPageGetsOnePasswordRefreshThenIsPassedOver) {
         Cli({QStringLiteral("update"), QStringLiteral("--list"),
              QStringLiteral("Current Auctions eBay"), QStringLiteral("Auction Details eBay"),
              QStringLiteral("Account Information eBay")});
-    EXPECT_EQ(run.code, 0) << run.err.toStdString();
+    // The run went to its end; the exit code tells that protocols failed.
+    EXPECT_EQ(run.code, 4) << run.err.toStdString();
+    EXPECT_TRUE(run.err.contains(
+        QStringLiteral("these protocols could not be processed: Current Auctions eBay, Auction "
+                       "Details eBay.")))
+        << run.err.toStdString();
+    EXPECT_FALSE(run.out.contains(QStringLiteral("Update complete.")));
     EXPECT_EQ(run.err.count(QStringLiteral("Updating Configuration")), 1);
     EXPECT_TRUE(run.err.contains(QStringLiteral(
         "My Sales: My Sales could not be processed.  Continuing with remainder of update.")))
@@ -613,6 +622,56 @@ TEST_F(UpdateE2e, AChangedPageGetsOnePasswordRefreshThenIsPassedOver) {
         signIns += log[i].startsWith(QLatin1String("POST /aw-cgi/eBayISAPI.dll")) ? 1 : 0;
     }
     EXPECT_EQ(signIns, 1) << "the password is refreshed once per update";
+}
+
+TEST_F(UpdateE2e, OneUpdateAtATimePerRootWaitingWhenAskedAndALeftLockIsTakenOver) {
+    StartSite(Seed(3));
+    const QString lockPath = lw::update::UpdateLock::PathIn(Home() + QStringLiteral("/Data"));
+    {
+        // An update of this root under way in this process.
+        lw::update::UpdateLock running(Home() + QStringLiteral("/Data"));
+        ASSERT_TRUE(running.TryLock());
+        const QString busy = QStringLiteral("An update is already running (process %1).")
+                                 .arg(QCoreApplication::applicationPid());
+        const CliRun refused = Cli({QStringLiteral("update"), QStringLiteral("time")});
+        EXPECT_EQ(refused.code, 1);
+        EXPECT_TRUE(refused.err.contains(busy)) << refused.err.toStdString();
+        EXPECT_EQ(LastUpdate(), "null") << "nothing of the second update ran";
+
+        // With --wait the second one runs once the first has ended.
+        QProcess waiting;
+        waiting.start(BinDir() + QStringLiteral("/lotwright-cli"),
+                      {QStringLiteral("--root"), Home(), QStringLiteral("update"),
+                       QStringLiteral("time"), QStringLiteral("--wait")});
+        waiting.closeWriteChannel();
+        ASSERT_TRUE(waiting.waitForStarted());
+        QByteArray err;
+        while (waiting.state() == QProcess::Running && !err.contains("Waiting")) {
+            waiting.waitForReadyRead(100);
+            err += waiting.readAllStandardError();
+        }
+        ASSERT_EQ(waiting.state(), QProcess::Running) << err.toStdString();
+        EXPECT_TRUE(err.contains(busy.toUtf8())) << err.toStdString();
+        EXPECT_EQ(LastUpdate(), "null");
+        running.Unlock();
+        ASSERT_TRUE(waiting.waitForFinished(120000));
+        EXPECT_EQ(waiting.exitCode(), 0) << waiting.readAllStandardError().toStdString();
+        EXPECT_NE(LastUpdate(), "null");
+    }
+    EXPECT_FALSE(QFile::exists(lockPath)) << "an update gives its lock back";
+
+    // The lock of an update whose process was killed.
+    QProcess gone;
+    gone.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("echo $$")});
+    ASSERT_TRUE(gone.waitForFinished());
+    const QByteArray pid = gone.readAllStandardOutput().trimmed();
+    QFile left(lockPath);
+    ASSERT_TRUE(left.open(QIODevice::WriteOnly));
+    left.write(pid + "\nlotwright-cli\n" + QSysInfo::machineHostName().toUtf8() + "\n");
+    left.close();
+    const CliRun after = Cli({QStringLiteral("update"), QStringLiteral("time")});
+    EXPECT_EQ(after.code, 0) << after.err.toStdString();
+    EXPECT_FALSE(QFile::exists(lockPath));
 }
 
 TEST_F(UpdateE2e, AFailedVersionCheckFetchesNoPage) {

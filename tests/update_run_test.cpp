@@ -2,8 +2,9 @@
 // pages served from memory by a fetch hook, the password refresh and the
 // rule check scripted. Covers the words shown, the progress, the one
 // password refresh, failures that abort and failures that are passed over,
-// cancel, paging, one fetch for one address, the end-of-run steps that run
-// whatever happened, and the run lists with RunProt.dat.
+// cancel, paging and its ends, one fetch for one address, a database that
+// cannot be written, the end-of-run steps that run whatever happened, and
+// the run lists with RunProt.dat.
 #include <gtest/gtest.h>
 
 #include <QDateTime>
@@ -129,9 +130,7 @@ protected:
             "INSERT INTO Users (UserName, isDefault) VALUES ('seller1', 1);"
             "INSERT INTO UserSites (UserName, AuctionSiteFlag, UserID) VALUES ('seller1', 0, "
             "'s1')"));
-        m_rules.SetText(kSiteStore,
-                        QString::fromUtf8(kRules).replace(u'\n', QStringLiteral("\r\n")) +
-                            QStringLiteral("\r\n\r\n"));
+        EditRules({}, {});
         m_view.ui = &m_ui;
 
         m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] =
@@ -150,6 +149,18 @@ protected:
     // The session must not keep speaking through this fixture's Ui.
     void TearDown() override { lw::core::ResetSession(); }
 
+    // The rules, with the first `from` replaced by `to`.
+    void EditRules(const QString& from, const QString& to) {
+        QString text = QString::fromUtf8(kRules);
+        if (!from.isEmpty()) {
+            const qsizetype at = text.indexOf(from);
+            ASSERT_GE(at, 0) << from.toStdString();
+            text.replace(at, from.size(), to);
+        }
+        m_rules.SetText(kSiteStore,
+                        text.replace(u'\n', QStringLiteral("\r\n")) + QStringLiteral("\r\n\r\n"));
+    }
+
     UpdateHooks Hooks() {
         UpdateHooks hooks;
         hooks.checkRules = [this] {
@@ -159,6 +170,13 @@ protected:
         hooks.fetch = [this](const QString& url, QByteArray& page) {
             m_fetched << url;
             EXPECT_TRUE(page.isEmpty());
+            if (m_fetched.size() > 40) {
+                return FetchResult::Failed;  // a run that would never end
+            }
+            if (m_everyPage && url.contains(QStringLiteral("selling"))) {
+                page = *m_everyPage;
+                return FetchResult::Ok;
+            }
             if (m_results.count(url) != 0) {
                 return m_results[url];
             }
@@ -220,9 +238,12 @@ protected:
         return m_fetchedAhead;
     }
 
-    UpdateRun::Result Activate(const QStringList& list) {
-        UpdateRun run(*m_db, m_view, Hooks(), m_rules);
-        return run.Activate(list);
+    UpdateRun::Result Activate(const QStringList& list) { return Activate(*m_db, list); }
+    UpdateRun::Result Activate(Database& db, const QStringList& list) {
+        UpdateRun run(db, m_view, Hooks(), m_rules);
+        const UpdateRun::Result result = run.Activate(list);
+        m_failedProtocols = run.FailedProtocols();
+        return result;
     }
 
     qint64 Count(const QString& sql) { return m_db->ScalarInt(sql); }
@@ -249,7 +270,9 @@ protected:
     View m_view;
     std::map<QString, QByteArray> m_pages;
     std::map<QString, FetchResult> m_results;
+    std::optional<QByteArray> m_everyPage;  // the site's answer to every list address
     QStringList m_fetched;
+    QStringList m_failedProtocols;
     bool m_fetchAhead = false;
     QString m_holdAhead;  // this page is held until the fetch is told to stop
     std::mutex m_aheadMutex;
@@ -295,8 +318,11 @@ TEST_F(RunTest, PagesAreFetchedScannedAndWrittenWithTheWindowsWords) {
     EXPECT_TRUE(m_ui.Messages().isEmpty()) << m_ui.Messages().join(u'|').toStdString();
     EXPECT_EQ(m_checks, 1);
     EXPECT_EQ(m_reports, 1);
-    // Pages that were read leave no file behind.
-    EXPECT_FALSE(QFile::exists(UpdateRun::UpdatePagePath()));
+    // update.txt holds the last page of a main protocol.
+    QFile last(UpdateRun::UpdatePagePath());
+    ASSERT_TRUE(last.open(QIODevice::ReadOnly));
+    EXPECT_EQ(last.readAll(), m_pages[QStringLiteral("http://site/time")]);
+    EXPECT_TRUE(m_failedProtocols.isEmpty());
     ExpectEndOfRun();
 }
 
@@ -366,10 +392,12 @@ TEST_F(RunTest, AfterTheOneRefreshAProtocolWithoutMarkersIsPassedOver) {
     EXPECT_TRUE(m_view.statuses.contains(QStringLiteral("Update complete.")));
     // Steps of 16: a protocol that failed adds one, one that ran adds two.
     EXPECT_EQ(m_view.progress, (QList<int>{0, 16, 32, 48, 64}));
-    // The last page the rules could not read is kept for whoever mends them.
+    // The command line's exit code counts the failures told.
+    EXPECT_EQ(m_failedProtocols, QStringList{QStringLiteral("Current Auctions eBay")});
+    // update.txt holds the last main page fetched, whether it was read or not.
     QFile kept(UpdateRun::UpdatePagePath());
     ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
-    EXPECT_EQ(kept.readAll(), QByteArray("<html>also changed</html>"));
+    EXPECT_EQ(kept.readAll(), m_pages[QStringLiteral("http://site/time")]);
 }
 
 TEST_F(RunTest, ARefusedQueryStringIsToldByProtocolAndTheRestGoesOn) {
@@ -380,6 +408,76 @@ TEST_F(RunTest, ARefusedQueryStringIsToldByProtocolAndTheRestGoesOn) {
     EXPECT_EQ(m_ui.Messages()[1], QStringLiteral("Account could not be processed.  Continuing "
                                                  "with remainder of update."));
     EXPECT_NE(Text(QStringLiteral("SELECT eBayTime FROM Global")), QString());
+}
+
+TEST_F(RunTest, AFailedAncillaryQueryEndsThatAncillaryQuietly) {
+    EditRules(QStringLiteral("QueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=1\n"
+                             "Item1=ItemCategory"),
+              QStringLiteral("QueryString=DELETE FROM Auctions\nItems=1\nItem1=ItemCategory"));
+    EXPECT_EQ(Activate({QStringLiteral("Auction Details eBay")}), UpdateRun::Result::Complete);
+    EXPECT_TRUE(m_ui.Messages().isEmpty()) << m_ui.Messages().join(u'|').toStdString();
+    EXPECT_TRUE(m_failedProtocols.isEmpty());
+    // The main record is written; the item page's part is not.
+    EXPECT_EQ(Text(QStringLiteral("SELECT IFNULL(ItemCategory, 'none') FROM Auctions WHERE "
+                                  "ItemNumber='101'")),
+              QStringLiteral("none"));
+    EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Update complete."));
+}
+
+TEST_F(RunTest, AProtocolWhoseItemsIsNoCountIsRefusedBeforeItsFirstPage) {
+    for (const char* items : {"Items=0\n", "Items=-3\n", "Items=all\n", ""}) {
+        SCOPED_TRACE(items);
+        EditRules(QStringLiteral("Iterate=True\nIterateSkip=2\nGStart=<!-- BEGIN -->\n"
+                                 "Gend=<!-- END -->\nQueryString=SELECT * FROM Auctions WHERE "
+                                 "ItemNumber='[1]'\nItems=2\n"),
+                  QStringLiteral("Iterate=True\nIterateSkip=2\nGStart=<!-- BEGIN -->\n"
+                                 "Gend=<!-- END -->\nQueryString=SELECT * FROM Auctions WHERE "
+                                 "ItemNumber='[1]'\n") +
+                      QString::fromUtf8(items));
+        m_fetched.clear();
+        const qsizetype told = m_ui.Messages().size();
+        const auto result = Activate(
+            {QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+        EXPECT_EQ(result, UpdateRun::Result::Complete);
+        EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/time")});
+        ASSERT_EQ(m_ui.Messages().size(), told + 1);
+        EXPECT_TRUE(m_ui.Messages().last().startsWith(
+            QStringLiteral("The protocol \"Current Auctions eBay\" cannot run: its key Items ")))
+            << m_ui.Messages().last().toStdString();
+        EXPECT_EQ(m_ui.Titles().last(), QStringLiteral("Protocol Error"));
+        EXPECT_EQ(m_failedProtocols, QStringList{QStringLiteral("Current Auctions eBay")});
+        EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 0);
+    }
+}
+
+TEST_F(RunTest, AReadOnlyDatabaseStopsTheRunBeforeAnyPage) {
+    Database readOnly = Database::Open(m_db->Path(), Database::Mode::ReadOnly);
+    EXPECT_EQ(Activate(readOnly, {QStringLiteral("Current Time eBay")}),
+              UpdateRun::Result::StoreFailed);
+    EXPECT_TRUE(m_fetched.isEmpty());
+    ASSERT_EQ(m_ui.Messages().size(), 1);
+    EXPECT_TRUE(m_ui.Messages()[0].startsWith(QStringLiteral("The database ") + m_db->Path() +
+                                              QStringLiteral(" could not be written")))
+        << m_ui.Messages()[0].toStdString();
+    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Stopped")});
+    EXPECT_FALSE(m_view.statuses.contains(QStringLiteral("Update complete.")));
+}
+
+TEST_F(RunTest, AFullDiskStopsTheRunAtThePageItHappensOn) {
+    // No page may be added to the file: a title that needs one cannot be
+    // stored.
+    m_db->Exec(QStringLiteral("PRAGMA max_page_count = %1")
+                   .arg(m_db->ScalarInt(QStringLiteral("PRAGMA page_count"))));
+    const QByteArray title(20000, 'x');
+    m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] =
+        lw::test::ListPage({{"101", title.constData()}});
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::StoreFailed);
+    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
+    ASSERT_EQ(m_ui.Messages().size(), 1) << m_ui.Messages().join(u'|').toStdString();
+    EXPECT_TRUE(m_ui.Messages()[0].contains(m_db->Path())) << m_ui.Messages()[0].toStdString();
+    EXPECT_FALSE(m_view.statuses.contains(QStringLiteral("Update complete.")));
 }
 
 TEST_F(RunTest, AFailedRuleCheckFetchesNothingUnlessTheRulesWereCheckedBefore) {
@@ -433,6 +531,30 @@ TEST_F(RunTest, PagingWithAnAddressThatDoesNotChangeEnds) {
     Activate({QStringLiteral("Watching Items eBay")});
     EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Bids")), 2);
+}
+
+TEST_F(RunTest, ARecordAPageEndsInsideIsDroppedAndTheNextPageStartsClean) {
+    m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] =
+        "<!-- BEGIN --><td class=n>101<td class=t>First<td class=n>102<!-- END -->";
+    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Complete);
+    EXPECT_EQ(Text(QStringLiteral("SELECT group_concat(ItemNumber || '=' || ItemTitle, ' ') FROM "
+                                  "(SELECT * FROM Auctions ORDER BY ItemNumber)")),
+              QStringLiteral("101=First 103=Third"));
+}
+
+TEST_F(RunTest, ASiteThatAnswersEveryOffsetAlikeFailsTheProtocol) {
+    m_everyPage = lw::test::ListPage({{"101", "First"}, {"102", "Second"}});
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Complete);
+    EXPECT_EQ(m_fetched, (QStringList{QStringLiteral("http://site/selling?pass=good&skip=0"),
+                                      QStringLiteral("http://site/selling?pass=good&skip=2"),
+                                      QStringLiteral("http://site/time")}));
+    EXPECT_EQ(m_ui.Messages(),
+              QStringList{QStringLiteral(
+                  "My Sales could not be processed.  Continuing with remainder of update.")});
+    EXPECT_EQ(m_failedProtocols, QStringList{QStringLiteral("Current Auctions eBay")});
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 2);
 }
 
 TEST_F(RunTest, APageWithNoRecordEndsThePaging) {

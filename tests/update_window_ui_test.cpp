@@ -33,6 +33,7 @@
 #include "update/run_lists.h"
 #include "update/scanner.h"
 #include "update/site_session.h"
+#include "update/update_lock.h"
 
 using namespace lw;
 using update::UpdateRun;
@@ -443,6 +444,31 @@ private Q_SLOTS:
                                        QStringLiteral("103")}));
         QCOMPARE(m_fetched.size(), 4);
         ExpectWindowGone(m_ui.get());
+    }
+
+    void oneUpdateAtATimeHoldsTheLockForTheWholeRun() {
+        const QString busy = QStringLiteral("An update is already running (process %1).")
+                                 .arg(QCoreApplication::applicationPid());
+        {
+            // Another window or a command line of this root is updating.
+            update::UpdateLock elsewhere;
+            QVERIFY(elsewhere.TryLock());
+            QCOMPARE(Run({QStringLiteral("Current Time eBay")}), UpdateRun::Result::Busy);
+            QCOMPARE(m_ui->Messages(), QStringList{busy});
+            QVERIFY(m_fetched.isEmpty());
+            QCOMPARE(m_redraws, 0);
+        }
+        // Once it has ended, the window runs and holds the lock meanwhile.
+        QStringList seenDuringRun;
+        m_onFetch = [&seenDuringRun](ui::frmUpdate*, const QString&) {
+            update::UpdateLock other;
+            seenDuringRun << (other.TryLock() ? QStringLiteral("free") : other.FailureMessage());
+        };
+        QCOMPARE(Run({QStringLiteral("Current Time eBay")}), UpdateRun::Result::Complete);
+        QCOMPARE(seenDuringRun, QStringList{busy});
+        ExpectWindowGone(m_ui.get());
+        update::UpdateLock after;
+        QVERIFY(after.TryLock());
     }
 
     void statusDotsComeAndGo() {

@@ -2,7 +2,8 @@
 // Ui is a relay of this window's: the fetch's words land on lblConnectStatus,
 // letting events run keeps the window and its Cancel alive, Cancel is what
 // the run reads, and boxes open over this window. The relay is given back
-// however the run ends, and no exception leaves a slot.
+// however the run ends, and no exception leaves a slot. The window holds the
+// update lock of the program root for the length of its run.
 #include "ui/frmUpdate.h"
 
 #include <QApplication>
@@ -24,6 +25,7 @@
 #include "core/session.h"
 #include "ui/qt_ui.h"
 #include "update/rules.h"
+#include "update/update_lock.h"
 
 namespace lw::ui {
 
@@ -178,6 +180,16 @@ update::UpdateRun::Result frmUpdate::RunUpdate(core::Database& db, update::Updat
     auto result = update::UpdateRun::Result::Aborted;
     if (m_running) {
         return result;
+    }
+    // One update at a time per program root, whichever window or command
+    // line started it.
+    update::UpdateLock lock;
+    if (!lock.TryLock()) {
+        core::CurrentUi().Message(lock.FailureMessage(), QStringLiteral("Update"),
+                                  core::Icon::Warning);
+        m_tmrStatus->stop();
+        m_timer1->stop();
+        return update::UpdateRun::Result::Busy;
     }
     m_running = true;
     m_cancelled = false;

@@ -120,6 +120,22 @@ qint64 ProtocolRecord::IterateSkipValue() const {
     return static_cast<qint64>(number);
 }
 
+QString ProtocolRecord::CountFault() const {
+    const QString shown = QStringLiteral("The protocol \"") + section +
+                          QStringLiteral("\" cannot run: its key Items ");
+    if (itemsText == RuleError()) {
+        return shown + QStringLiteral("is missing.");
+    }
+    bool whole = false;
+    const int count = itemsText.trimmed().toInt(&whole);
+    if (whole && count >= 1 && count <= kMaxProtocolItems) {
+        return {};
+    }
+    return shown + QStringLiteral("is \"") + itemsText +
+           QStringLiteral("\", where a number of items from 1 to %1 is needed.")
+               .arg(kMaxProtocolItems);
+}
+
 int ProtocolRecord::SiteNumberValue() const {
     const double number = std::floor(core::Val(siteNumber));
     if (!(number > -1e9 && number < 1e9)) {

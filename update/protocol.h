@@ -66,11 +66,16 @@ struct ProtocolRecord {
 
     bool Iterates() const;
     qint64 IterateSkipValue() const;
+    // Why the protocol cannot run as its keys stand: an Items that is
+    // missing, not a whole number, below 1 or above kMaxProtocolItems. Empty
+    // when it can run.
+    QString CountFault() const;
     int SiteNumberValue() const;
 };
 
 // A rule that asks for more items or writes than this is taken as broken:
-// only this many are read, so that a damaged count cannot stall the update.
+// only this many are read, so that a damaged count cannot stall the update;
+// a run protocol with more items is refused (CountFault).
 inline constexpr int kMaxProtocolItems = 1000;
 
 // The leading-number reading of a count key ("ERROR" and text read as 0),

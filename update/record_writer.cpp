@@ -716,7 +716,10 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
             }
             insert.Run();
             return;
-        } catch (const StoreError&) {
+        } catch (const StoreError& e) {
+            if (StoreCannotWrite(e.Code())) {
+                throw;  // not a refused value: the database itself failed
+            }
             // A refused value: the row is added, then filled field by field.
         }
     }
@@ -792,7 +795,10 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
                 .Bind(1, value)
                 .Bind(2, rowid)
                 .Run();
-        } catch (const StoreError&) {
+        } catch (const StoreError& e) {
+            if (StoreCannotWrite(e.Code())) {
+                throw;
+            }
             // This field is lost; the others are written.
         }
     }

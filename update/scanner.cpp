@@ -6,6 +6,8 @@
 // exits at the end of the text, where the described loop would spin.
 #include "update/scanner.h"
 
+#include <sqlite3.h>
+
 #include <QByteArrayView>
 #include <QFile>
 #include <algorithm>
@@ -98,6 +100,20 @@ void ScanLists::ClearRecord() {
     fields.clear();
     includes.clear();
     includeValues.clear();
+}
+
+bool StoreCannotWrite(int code) {
+    switch (code & 0xff) {
+        case SQLITE_READONLY:
+        case SQLITE_FULL:
+        case SQLITE_IOERR:
+        case SQLITE_CANTOPEN:
+        case SQLITE_CORRUPT:
+        case SQLITE_NOTADB:
+            return true;
+        default:
+            return false;
+    }
 }
 
 QString CancelMessageText() {
@@ -303,6 +319,17 @@ QByteArray PageScanner::ParsedText() const {
 
 PageScanner::RecordEnd PageScanner::ScanRecord(ScanState& state, ScanLists& lists,
                                                const ScanHooks& hooks) {
+    // A record that the page ends inside is dropped unwritten: none of its
+    // items may reach the first record of the next page.
+    struct DropUnfinished {
+        ScanLists& lists;
+        bool complete = false;
+        ~DropUnfinished() {
+            if (!complete) {
+                lists.ClearRecord();
+            }
+        }
+    } drop{lists};
     if (m_page == nullptr) {
         return RecordEnd::PageEnd;
     }
@@ -434,6 +461,7 @@ PageScanner::RecordEnd PageScanner::ScanRecord(ScanState& state, ScanLists& list
         }
     }
 
+    drop.complete = true;
     return RecordEnd::Complete;
 }
 
@@ -543,6 +571,12 @@ void AncillaryRunner::Run(const ItemRule& item, ScanLists& lists, const ScanHook
             m_hooks.failed(protocol, e.Message(), true);
         }
     } catch (const core::StoreError& e) {
+        if (StoreCannotWrite(e.Code())) {
+            // Not this ancillary's fault: the run stops.
+            lists.ancillaryItems.clear();
+            m_view.ShowStatus(keptStatus);
+            throw;
+        }
         if (m_hooks.failed) {
             m_hooks.failed(protocol, e.Message(), false);
         }
@@ -557,6 +591,12 @@ void AncillaryRunner::Run(const ItemRule& item, ScanLists& lists, const ScanHook
 
 void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
                                const ScanHooks& scanHooks) {
+    // A count that cannot be read would write an empty record for every
+    // record that calls on it.
+    const QString fault = protocol.CountFault();
+    if (!fault.isEmpty()) {
+        throw QueryError(fault);
+    }
     m_view.ShowStatus(QStringLiteral("Fetching ") + protocol.runCaption);
     m_view.ConnectStatus(protocol.runCaption + QStringLiteral(" retrieved successfully."));
 

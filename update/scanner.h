@@ -202,6 +202,10 @@ private:
     QSet<QString> m_seen;
 };
 
+// A store error of the database itself (read-only, full, failing disk,
+// damaged): not the fault of one protocol or record, so it stops the run.
+bool StoreCannotWrite(int code);
+
 // The text of the cancel message, and its title.
 QString CancelMessageText();
 QString CancelMessageTitle();
@@ -227,8 +231,9 @@ struct AncillaryHooks {
 
 // RunAncillary: fetches the page of an item's ancillary protocol, scans its
 // one record and writes it. Any failure ends the ancillary run quietly and the
-// main scan goes on; a page whose record could not be read is kept in the
-// file given (empty: none), for whoever mends the rules.
+// main scan goes on, but for a database that cannot be written
+// (StoreCannotWrite), whose StoreError goes on to the run; a page whose record could not be read is
+// kept in the file given (empty: none), for whoever mends the rules.
 class AncillaryRunner {
 public:
     AncillaryRunner(UpdateView& view, AncillaryHooks hooks, QString keptPageFile = {});

@@ -1,19 +1,28 @@
 // The update run. Each page's records are written inside one transaction
 // that is committed when the page ends, whatever ends it: a cancel or a
-// failure keeps what was written before it. Two guards stand where the
-// described run would go on for ever: a paging protocol whose next page has
-// the same address as the last one (no [SKIP] in its Url, or a step of 0)
-// ends its paging, and a record that would repeat itself ends its page (the
-// scanner's own guard). The cancel message is told once per update, also
-// when an ancillary fetch saw the cancel first.
+// failure keeps what was written before it. A database that cannot be
+// written stops the whole run with a message naming the file. Guards stand
+// where the described run would go on for ever: a paging protocol whose next
+// page has the same address as the last one (no [SKIP] in its Url, or a step
+// of 0) ends its paging; a site that answers a new address with a page of
+// this protocol it sent before fails the protocol, as does paging past
+// kMostPages; a record that would repeat itself ends its page (the scanner's
+// own guard); a protocol whose Items cannot be read never asks for a page.
+// The cancel message is told once per update, also when an ancillary fetch
+// saw the cancel first.
 #include "update/update_run.h"
 
+#include <sqlite3.h>
+
+#include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QHash>
 #include <exception>
 #include <memory>
 #include <optional>
 
+#include "core/net.h"
 #include "core/session.h"
 #include "core/text.h"
 #include "core/ui_port.h"
@@ -40,23 +49,40 @@ constexpr int kAheadConnections = 2;
 // Bytes of pages fetched and not yet taken, at most, whatever size a site's
 // pages have.
 constexpr qint64 kBytesAhead = qint64{64} * 1024 * 1024;
+// Pages of one protocol, at most: far more than any seller's lists hold at
+// any page size, and an end for a site that makes up a new page for every
+// offset.
+constexpr int kMostPages = 10000;
 
 // Commits the page's writes when the page ends, however it ends.
 class PageCommit {
 public:
     explicit PageCommit(core::Database& db) : m_transaction(db) {}
     ~PageCommit() {
+        if (!m_done) {
+            try {
+                m_transaction.Commit();
+            } catch (const core::StoreError&) {
+                // The transaction rolls back; whatever ended the page is told.
+            }
+        }
+    }
+    // 0 when committed, else the store's error code.
+    int Commit() {
+        m_done = true;
         try {
             m_transaction.Commit();
-        } catch (const core::StoreError&) {
-            // The transaction rolls back; the run reports the page's failure itself.
+        } catch (const core::StoreError& e) {
+            return e.Code() != 0 ? e.Code() : SQLITE_ERROR;
         }
+        return 0;
     }
     PageCommit(const PageCommit&) = delete;
     PageCommit& operator=(const PageCommit&) = delete;
 
 private:
     core::Transaction m_transaction;
+    bool m_done = false;
 };
 
 // For the length of the run, page commits do not wait for the disk. In WAL
@@ -182,6 +208,7 @@ void UpdateRun::TellCancel() {
 
 void UpdateRun::ProtocolFailed(const QString& line, const ProtocolRecord& protocol) {
     if (line != kCurrentBids) {
+        m_failed << line;
         m_view.ConnectStatus(protocol.runCaption + QStringLiteral(" update unsuccessful."));
         CurrentUi().Message(
             protocol.runCaption + QStringLiteral(" could not be processed.  Continuing with "
@@ -189,6 +216,25 @@ void UpdateRun::ProtocolFailed(const QString& line, const ProtocolRecord& protoc
             protocol.runCaption);
     }
     AddProgress();
+}
+
+void UpdateRun::StoreFailed(int code) {
+    m_storeFailure = QStringLiteral("The database ") + QDir::toNativeSeparators(m_db.Path()) +
+                     QStringLiteral(" could not be written (") +
+                     QString::fromUtf8(sqlite3_errstr(code & 0xff)) +
+                     QStringLiteral(
+                         ").  The update was stopped; what was stored before it "
+                         "is kept.");
+    m_view.ConnectStatus(QStringLiteral("Update stopped."));
+    CurrentUi().Message(m_storeFailure, QStringLiteral("Update Stopped"), core::Icon::Critical);
+}
+
+bool UpdateRun::StoreWritable() {
+    if (m_db.Handle() != nullptr && sqlite3_db_readonly(m_db.Handle(), "main") == 1) {
+        StoreFailed(SQLITE_READONLY);
+        return false;
+    }
+    return true;
 }
 
 UpdateRun::Result UpdateRun::Activate() {
@@ -201,6 +247,8 @@ UpdateRun::Result UpdateRun::Activate(const QStringList& runList) {
 
 UpdateRun::Result UpdateRun::Activate(const std::optional<QStringList>& given) {
     m_cancelTold = false;
+    m_failed.clear();
+    m_storeFailure.clear();
     m_view.ShowStatus(QStringLiteral("Preparing update"));
     if (m_hooks.prepareUsageReport) {
         try {
@@ -283,6 +331,9 @@ UpdateRun::Result UpdateRun::RunUpdate(const QStringList& runList) {
     m_state = ScanState();
     m_lists = ScanLists();
     m_view.ShowStatus(QStringLiteral("Preparing Update."));
+    if (!StoreWritable()) {
+        return Result::StoreFailed;
+    }
     bool checked = true;
     if (m_hooks.checkRules) {
         try {
@@ -338,12 +389,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     ancillaryHooks.write = [&writer](const ProtocolRecord& protocol, const ScanLists& lists) {
         writer.WriteAncillary(protocol, lists);
     };
-    ancillaryHooks.failed = [&writer](const ProtocolRecord& protocol, const QString& what,
-                                      bool protocolFault) {
-        if (protocolFault && writer.FirstErrorOf(protocol.section)) {
-            CurrentUi().Message(what, QueryErrorTitle());
-        }
-    };
+    // A failure inside an ancillary protocol ends that ancillary quietly;
+    // the record it belongs to is written all the same.
     ancillaryHooks.cancelled = [this] { TellCancel(); };
     AncillaryRunner ancillary(m_view, ancillaryHooks, AncillaryPagePath());
 
@@ -419,14 +466,28 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
         while (again) {
             again = false;
             const ProtocolRecord protocol = LoadRunProtocol(m_rules, line);
+            const QString fault = protocol.CountFault();
+            if (!fault.isEmpty()) {
+                m_failed << line;
+                m_view.ConnectStatus(protocol.runCaption + QStringLiteral(" update unsuccessful."));
+                CurrentUi().Message(fault, QueryErrorTitle(), core::Icon::Warning);
+                AddProgress();
+                break;
+            }
             m_view.ShowStatus(QStringLiteral("Fetching ") + protocol.runCaption);
             if (protocol.Iterates()) {
                 m_pageOffset = 0;
             }
+            m_pagesSeen.clear();
             PageScanner scanner(protocol);
             bool firstPage = true;
+            int pages = 0;
             PageOutcome outcome = PageOutcome::NextPage;
             while (outcome == PageOutcome::NextPage) {
+                if (++pages > kMostPages) {
+                    outcome = PageOutcome::Failed;
+                    break;
+                }
                 outcome =
                     RunPage(line, protocol, scanner, writer, scan, askAhead, firstPage, retried);
                 firstPage = false;
@@ -439,6 +500,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                     return Result::Aborted;
                 case PageOutcome::Cancelled:
                     return Result::Cancelled;
+                case PageOutcome::StoreFailed:
+                    return Result::StoreFailed;
                 case PageOutcome::Failed:
                     m_lists.ClearRecord();
                     ProtocolFailed(line, protocol);
@@ -471,6 +534,8 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
     if (address != m_lastUrl) {
         m_lastUrl = address;
         m_view.LastUrl(address);
+        // update.txt holds the last page of a main protocol, as it came.
+        QFile::remove(UpdatePagePath());
         FetchResult fetched = FetchResult::Failed;
         QByteArray bytes;
         try {
@@ -492,6 +557,14 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
                                 QStringLiteral("Connection Error"), core::Icon::Critical);
             return PageOutcome::Aborted;
         }
+        core::ReplaceFile(UpdatePagePath(), bytes);
+        // A page of this protocol that came before: the site answers every
+        // address alike, and paging would never end.
+        const QByteArray digest = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+        if (m_pagesSeen.contains(digest)) {
+            return PageOutcome::Failed;
+        }
+        m_pagesSeen.insert(digest);
         m_page.Clear();
         Pump();
         m_page.Load(bytes);
@@ -504,7 +577,6 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
     m_view.ConnectStatus(protocol.runCaption + QStringLiteral(" retrieved successfully."));
 
     if (!scanner.SetUp(m_page)) {
-        core::ReplaceFile(UpdatePagePath(), m_page.Bytes());
         if (!retried) {
             m_view.ShowStatus(QStringLiteral("Updating Configuration"));
             bool refreshed = false;
@@ -529,34 +601,49 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
     int recordCount = 0;  // RecordCountOnPage
     bool failed = false;
     bool cancelled = false;
+    int storeCode = 0;  // the database could not be written
     QString queryError;
     {
         PageCommit commit(m_db);
-        while (scanner.ScanRecord(m_state, m_lists, scan) == PageScanner::RecordEnd::Complete) {
-            RecordWriter::Outcome written = RecordWriter::Outcome::Written;
-            try {
-                written = writer.WriteMain(protocol, m_lists);
-            } catch (const QueryError& e) {
-                queryError = e.Message();
+        try {
+            while (scanner.ScanRecord(m_state, m_lists, scan) == PageScanner::RecordEnd::Complete) {
+                RecordWriter::Outcome written = RecordWriter::Outcome::Written;
+                try {
+                    written = writer.WriteMain(protocol, m_lists);
+                } catch (const QueryError& e) {
+                    queryError = e.Message();
+                    failed = true;
+                    break;
+                }
+                if (written == RecordWriter::Outcome::LeavePage) {
+                    break;
+                }
+                m_lists.ClearRecord();
+                Pump();
+                if (CurrentUi().CancelRequested()) {
+                    cancelled = true;
+                    break;
+                }
+                ++recordCount;
+            }
+        } catch (const core::StoreError& e) {
+            // From the record's write or an ancillary write.
+            if (StoreCannotWrite(e.Code())) {
+                storeCode = e.Code();
+            } else {
                 failed = true;
-                break;
-            } catch (const core::StoreError&) {
-                failed = true;
-                break;
             }
-            if (written == RecordWriter::Outcome::LeavePage) {
-                break;
-            }
-            m_lists.ClearRecord();
-            Pump();
-            if (CurrentUi().CancelRequested()) {
-                cancelled = true;
-                break;
-            }
-            ++recordCount;
+        }
+        const int committed = commit.Commit();
+        if (committed != 0 && storeCode == 0) {
+            storeCode = committed;
         }
     }
     // Told once the page's writes are committed.
+    if (storeCode != 0) {
+        StoreFailed(storeCode);
+        return PageOutcome::StoreFailed;
+    }
     if (failed) {
         if (!queryError.isEmpty() && writer.FirstErrorOf(protocol.section)) {
             CurrentUi().Message(queryError, QueryErrorTitle(), core::Icon::Warning);

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -63,6 +64,8 @@ public:
         RulesFailed,  // the version check failed: no page was fetched
         Aborted,      // a page could not be fetched: the rest of the list did not run
         Cancelled,    // the user cancelled: what was written stays
+        StoreFailed,  // the database could not be written: the run stopped there
+        Busy,         // another update holds the lock of the program root: nothing ran
     };
 
     // Protocols are read from rules (store 0) when each starts.
@@ -81,13 +84,18 @@ public:
     // Int(100 / (2 x count)); 0 for an empty list.
     static int ProgressStep(qsizetype protocolCount);
     int Progress() const { return m_bar; }
+    // The run-list lines of the protocols that failed with a message in the
+    // last run (refused, or "could not be processed"), in order.
+    const QStringList& FailedProtocols() const { return m_failed; }
+    // Why the last run stopped with StoreFailed, as the user was told.
+    const QString& StoreFailure() const { return m_storeFailure; }
 
     // Where a page that the rules could not read is kept, in ConfigsDir.
     static QString UpdatePagePath();
     static QString AncillaryPagePath();
 
 private:
-    enum class PageOutcome { Done, NextPage, Retry, Failed, Aborted, Cancelled };
+    enum class PageOutcome { Done, NextPage, Retry, Failed, Aborted, Cancelled, StoreFailed };
 
     Result Activate(const std::optional<QStringList>& given);
     Result RunProtocols(const QStringList& runList);
@@ -102,6 +110,10 @@ private:
     void AddProgress();
     void TellCancel();
     void ProtocolFailed(const QString& line, const ProtocolRecord& protocol);
+    // Tells that the database cannot be written; the run then stops.
+    void StoreFailed(int code);
+    // False (and told) when the database is open for reading only.
+    bool StoreWritable();
     void FinishUpdate(const QString& keptSiteTime);
     QString SiteTime();
     void Pump();
@@ -119,6 +131,11 @@ private:
     int m_step = 0;
     int m_bar = 0;
     bool m_cancelTold = false;
+    QStringList m_failed;
+    QString m_storeFailure;
+    // The pages of the protocol under way, by digest: a page that comes
+    // again ends the paging as a failure.
+    QSet<QByteArray> m_pagesSeen;
     std::unique_ptr<PagePrefetcher> m_ahead;  // during a run
 };
 
