@@ -172,6 +172,10 @@ int RunScan(const QString& rulesFile, const QString& protocol, const QString& pa
             << Qt::endl;
         return kExitNotFound;
     }
+    if (const QString fault = main.CountFault(); !fault.isEmpty()) {
+        err << fault << Qt::endl;
+        return kExitFailure;
+    }
 
     QFile file(pageFile);
     if (!file.open(QIODevice::ReadOnly)) {

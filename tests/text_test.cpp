@@ -14,6 +14,7 @@
 
 #include <ostream>
 
+#include "core/page_charset.h"
 #include "core/text.h"
 
 void PrintTo(const QString& text, std::ostream* out) {
@@ -106,6 +107,33 @@ TEST(Replace, RescanMatchesReplacingTheLeftmostOccurrenceRepeatedly) {
         EXPECT_EQ(ReplaceRescan(text, find, replacement), expected)
             << qPrintable(text) << " " << qPrintable(find) << " -> " << qPrintable(replacement);
     }
+}
+
+TEST(PageCharset, EveryByteOfASingleBytePageComesBackWhole) {
+    QByteArray all;
+    for (int b = 0; b < 256; ++b) {
+        all += static_cast<char>(b);
+    }
+    const QString text = lw::core::FromWindows1252(all);
+    ASSERT_EQ(text.size(), 256);
+    EXPECT_EQ(lw::core::ToWindows1252(text), std::optional<QByteArray>(all));
+
+    struct Case {
+        const char* bytes;
+        const char16_t* text;
+    };
+    for (const Case& c : {Case{"\x80 12", u"\u20AC 12"}, Case{"\x93Mint\x94", u"\u201CMint\u201D"},
+                          Case{"Caf\xE9", u"Caf\u00E9"}, Case{"\x81\x8D", u"\u0081\u008D"}}) {
+        EXPECT_EQ(lw::core::FromWindows1252(c.bytes), QString::fromUtf16(c.text)) << c.bytes;
+        EXPECT_EQ(lw::core::PageBytesToText(c.bytes), QString::fromUtf16(c.text)) << c.bytes;
+    }
+    EXPECT_EQ(lw::core::ToWindows1252(QStringLiteral("\u4E2D")), std::nullopt);
+}
+
+TEST(PageCharset, Utf8StaysUtf8AndKeepsALeadingByteOrderMark) {
+    EXPECT_EQ(lw::core::PageBytesToText("Caf\xC3\xA9 \xE2\x82\xAC"),
+              QStringLiteral("Caf\u00E9 \u20AC"));
+    EXPECT_EQ(lw::core::PageBytesToText("\xEF\xBB\xBFpart"), QStringLiteral("\uFEFFpart"));
 }
 
 TEST(Entities, DecodesTheFiveInOrderAndNothingElse) {

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <exception>
 
+#include "core/page_charset.h"
 #include "core/session.h"
 #include "core/store.h"
 #include "core/text.h"
@@ -44,15 +45,6 @@ QByteArray LowerAscii(QByteArray bytes) {
 bool IsAscii(const QString& text) {
     for (const QChar c : text) {
         if (c.unicode() >= 0x80) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool IsLatin1(const QString& text) {
-    for (const QChar c : text) {
-        if (c.unicode() > 0xFF) {
             return false;
         }
     }
@@ -140,20 +132,7 @@ bool PageText::IsUtf8() const {
 }
 
 QString PageValue(const char* data, qsizetype size) {
-    bool ascii = true;
-    for (qsizetype i = 0; i < size; ++i) {
-        if (static_cast<unsigned char>(data[i]) >= 0x80) {
-            ascii = false;
-            break;
-        }
-    }
-    if (ascii) {
-        return QString::fromLatin1(data, size);
-    }
-    if (QByteArrayView(data, size).isValidUtf8()) {
-        return QString::fromUtf8(data, size);
-    }
-    return QString::fromLatin1(data, size);
+    return core::PageBytesToText(QByteArrayView(data, size));
 }
 
 // ------------------------------------------------------------------ scanner
@@ -166,11 +145,11 @@ PageScanner::Marker PageScanner::MakeMarker(const QString& marker, bool expandHr
     if (IsAscii(marker)) {
         made.latin1 = made.utf8;
         made.latin1Written = made.utf8Written;
-    } else if (IsLatin1(marker)) {
-        made.latin1 = LowerAscii(searched.toLatin1());
+    } else if (const auto single = core::ToWindows1252(searched)) {
+        made.latin1 = LowerAscii(*single);
         made.latin1Written = marker.size();
     } else {
-        // Not to be found in a Latin-1 page: a needle longer than any page.
+        // Not to be found in a single-byte page: a needle longer than any page.
         made.latin1 = made.utf8;
         made.latin1Written = made.utf8Written;
     }
@@ -200,8 +179,8 @@ PageScanner::PageScanner(ProtocolRecord protocol) : m_protocol(std::move(protoco
         item.hasSkipRecord = rule.skipRecord != RuleError();
         item.accountType = rule.field == kAccountType;
         item.includeTagUtf8 = rule.includeTag.toUtf8();
-        if (IsLatin1(rule.includeTag) && !IsAscii(rule.includeTag)) {
-            item.includeTagLatin1 = rule.includeTag.toLatin1();
+        if (!IsAscii(rule.includeTag)) {
+            item.includeTagLatin1 = core::ToWindows1252(rule.includeTag).value_or(QByteArray());
         }
         m_items.push_back(std::move(item));
     }

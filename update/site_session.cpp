@@ -11,6 +11,7 @@
 #include <exception>
 #include <optional>
 
+#include "core/page_charset.h"
 #include "core/session.h"
 #include "core/text.h"
 
@@ -82,11 +83,8 @@ QString TrimBlanks(const QString& text) {
 }
 
 QString TextOfBytes(const QByteArray& bytes) {
-    const QString text = QString::fromUtf8(bytes);
-    if (text.contains(QChar::ReplacementCharacter)) {
-        return QString::fromLatin1(bytes);
-    }
-    return text;
+    return QByteArrayView(bytes).isValidUtf8() ? QString::fromUtf8(bytes)
+                                               : core::FromWindows1252(bytes);
 }
 
 const char kHexDigits[] = "0123456789ABCDEF";
