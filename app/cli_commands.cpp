@@ -10,6 +10,7 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "core/ui_port.h"
+#include "update/record_writer.h"
 #include "update/repair.h"
 #include "update/rules.h"
 #include "update/run_lists.h"
@@ -201,7 +202,7 @@ int Query(const Options& options, const QString& exeDir, QTextStream& out, QText
         return kExitFailure;
     }
     core::Database db = core::OpenStoreForReading();
-    core::Statement statement = db.PrepareSingle(options.words.at(1));
+    core::Statement statement = db.PrepareSingle(update::JetSql(options.words.at(1)));
     if (!statement.IsReadOnly()) {
         err << "Only reading queries are allowed here; the statement was not run.\n";
         return kExitUsage;

@@ -18,7 +18,7 @@ namespace {
 
 // 'LWRT': marks a file as this program's database.
 constexpr qint64 kApplicationId = 0x4C575254;
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 
 Session& Instance() {
     static Session session;
@@ -92,8 +92,107 @@ void CheckOwnFile(Database& db) {
                              .arg(kSchemaVersion),
                          0);
     }
-    // Later schema versions migrate here, one step per version, each in its
-    // own transaction.
+}
+
+QString QuotedName(const QString& name) {
+    return QStringLiteral("\"") + QString(name).replace(u'"', QStringLiteral("\"\"")) +
+           QStringLiteral("\"");
+}
+
+// Version 2: number and flag columns hold numbers only. Earlier builds stored
+// a flag scraped as "True" or "False" as that text, which every "<> 0" test
+// takes as True; such texts become 1 and 0, and any other text in a number
+// column (a value the column cannot take) becomes the column's default.
+void MendNumberColumns(Database& db) {
+    std::vector<std::pair<QString, QString>> columns;  // table, column
+    Statement walk = db.Prepare(QStringLiteral(
+        "SELECT t.name, c.name, c.type FROM sqlite_schema AS t, pragma_table_xinfo(t.name) AS c "
+        "WHERE t.type = 'table' AND t.name NOT LIKE 'sqlite\\_%' ESCAPE '\\' AND c.hidden = 0 "
+        "ORDER BY t.name, c.cid"));
+    while (walk.Step()) {
+        if (HasNumericAffinity(walk.Text(2))) {
+            columns.emplace_back(walk.Text(0), walk.Text(1));
+        }
+    }
+    for (const auto& [table, column] : columns) {
+        const QString name = QuotedName(column);
+        const QString from = QuotedName(table);
+        Statement texts =
+            db.Prepare(QStringLiteral("SELECT rowid, ") + name + QStringLiteral(" FROM ") + from +
+                       QStringLiteral(" WHERE typeof(") + name + QStringLiteral(") = 'text'"));
+        std::vector<std::pair<qint64, std::optional<QString>>> mends;
+        while (texts.Step()) {
+            mends.emplace_back(texts.Value(0).toLongLong(), NumberColumnText(texts.Text(1)));
+        }
+        if (mends.empty()) {
+            continue;
+        }
+        Statement byNumber = db.Prepare(QStringLiteral("UPDATE ") + from + QStringLiteral(" SET ") +
+                                        name + QStringLiteral(" = ? WHERE rowid = ?"));
+        // The default as the schema gives it ("0" or none), as a value.
+        Statement fallback =
+            db.Prepare(QStringLiteral("UPDATE ") + from + QStringLiteral(" SET ") + name +
+                       QStringLiteral(" = (SELECT dflt_value FROM "
+                                      "pragma_table_info(?) WHERE name = "
+                                      "?) WHERE rowid = ?"));
+        for (const auto& [rowid, number] : mends) {
+            if (number) {
+                byNumber.BindAll(*number, rowid).Run();
+                byNumber.Reset();
+            } else {
+                fallback.BindAll(table, column, rowid).Run();
+                fallback.Reset();
+            }
+        }
+    }
+}
+
+// Brings a database of an earlier build to this one's schema, one step per
+// version, each in its own transaction.
+void Migrate(Database& db) {
+    const qint64 version = db.ScalarInt(QStringLiteral("PRAGMA user_version"));
+    if (version < 2) {
+        Transaction tx(db);
+        MendNumberColumns(db);
+        db.Exec(QStringLiteral("PRAGMA user_version = 2"));
+        tx.Commit();
+    }
+}
+
+// The database, its journals and the data folders are the user's alone: they
+// hold the site password in clear.
+constexpr QFile::Permissions kOwnerFile = QFile::ReadOwner | QFile::WriteOwner;
+constexpr QFile::Permissions kOwnerDir = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+
+void KeepToOwner(const QString& path, QFile::Permissions permissions) {
+    if (QFileInfo::exists(path)) {
+        QFile::setPermissions(path, permissions);
+    }
+}
+
+void KeepStoreToOwner(const QString& path) {
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+        KeepToOwner(path + QLatin1String(suffix), kOwnerFile);
+    }
+}
+
+bool EnsureOwnDirectory(const QString& path) {
+    if (!EnsureDirectory(path)) {
+        return false;
+    }
+    KeepToOwner(path, kOwnerDir);
+    return true;
+}
+
+// Opens our own existing database for use: checked first, and only then
+// changed (schema steps, journal mode, permissions).
+Database OpenOwnStore(const QString& path) {
+    Database db = Database::Open(path, Database::Mode::ReadWrite);
+    CheckOwnFile(db);
+    KeepStoreToOwner(path);
+    Migrate(db);
+    db.Exec(QStringLiteral("PRAGMA journal_mode = WAL"));
+    return db;
 }
 
 }  // namespace
@@ -144,9 +243,7 @@ Database OpenStoreForReading() {
 Database OpenOrCreateStore(const QString& path, const QString& shippedDir) {
     const QFileInfo info(path);
     if (info.exists() && info.size() > 0) {
-        Database db = Database::Open(path, Database::Mode::ReadWrite);
-        CheckOwnFile(db);
-        return db;
+        return OpenOwnStore(path);
     }
     if (info.exists() && !info.isWritable()) {
         throw StoreError(QStringLiteral("The database %1 cannot be written.").arg(path), 0);
@@ -158,6 +255,7 @@ Database OpenOrCreateStore(const QString& path, const QString& shippedDir) {
     {
         Database db = Database::Open(partial, Database::Mode::Create);
         db.Exec(QStringLiteral("PRAGMA journal_mode = DELETE"));
+        KeepStoreToOwner(partial);  // before the first byte of data is written
         try {
             CreateSchema(db, shippedDir);
         } catch (...) {
@@ -171,9 +269,7 @@ Database OpenOrCreateStore(const QString& path, const QString& shippedDir) {
         QFile::remove(partial);
         throw StoreError(QStringLiteral("Cannot write the database %1.").arg(path), 0);
     }
-    Database db = Database::Open(path, Database::Mode::ReadWrite);
-    CheckOwnFile(db);
-    return db;
+    return OpenOwnStore(path);
 }
 
 QString ResolveShippedDir(const QString& exeDir) {
@@ -215,7 +311,7 @@ bool SetupDirectories(const QString& appRoot, QString* error) {
     session.DataDir = root + QStringLiteral("/Data/");
     session.TemplatesDir = root + QStringLiteral("/Templates/");
     for (const QString& dir : {session.ConfigsDir, session.DataDir, session.TemplatesDir}) {
-        if (!EnsureDirectory(dir)) {
+        if (!(dir == session.DataDir ? EnsureOwnDirectory(dir) : EnsureDirectory(dir))) {
             if (error != nullptr) {
                 *error = QStringLiteral("Cannot make the folder %1.").arg(dir);
             }
@@ -236,7 +332,7 @@ void SetCurrentUser(const QString& userName) {
     Session& session = CurrentSession();
     session.CurrentUser = userName;
     session.UserDataDir = session.DataDir + userName.trimmed() + u'/';
-    EnsureDirectory(session.UserDataDir);
+    EnsureOwnDirectory(session.UserDataDir);
 }
 
 QString NewUserCancelMarker() {

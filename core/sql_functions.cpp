@@ -1,6 +1,7 @@
 // The expression functions that SQL of rule files and reports calls, bound to
-// a connection: Val, Format (and Format$), Left (and Left$), InStr, DateDiff,
-// CDate, Now, Year, IsNull. Each is a thin adapter over text.h, so a number or
+// a connection: Val, Format (and Format$), Left (and Left$), Right$, Mid,
+// UCase, LCase, Trim$ and their "$" kin, InStr, DateDiff, CDate, Now, Year,
+// IsNull. Each is a thin adapter over text.h, so a number or
 // a date reads the same in SQL as in C++. A NULL argument gives NULL (Val
 // gives 0, as the number rule reads Null as 0); a text that holds no date
 // gives NULL rather than failing the whole statement; a call that can never
@@ -150,6 +151,75 @@ void SqlLeft(sqlite3_context* context, int, sqlite3_value** argv) {
     ResultText(context, LeftChars(TextOf(argv[0]), *count));
 }
 
+// The last count characters.
+void SqlRight(sqlite3_context* context, int, sqlite3_value** argv) {
+    if (IsNull(argv[0]) || IsNull(argv[1])) {
+        sqlite3_result_null(context);
+        return;
+    }
+    const std::optional<qint64> count = WholeNumber(argv[1]);
+    if (!count || *count < 0) {
+        ResultError(context, "Right: the length is not a number of 0 or more");
+        return;
+    }
+    const QList<uint> points = TextOf(argv[0]).toUcs4();
+    const qsizetype keep = std::min<qsizetype>(points.size(), *count);
+    ResultText(context, QString::fromUcs4(reinterpret_cast<const char32_t*>(points.constData()) +
+                                              (points.size() - keep),
+                                          keep));
+}
+
+// Mid(text, start[, length]): from the one-based start, to the end or for length.
+void SqlMid(sqlite3_context* context, int argc, sqlite3_value** argv) {
+    for (int i = 0; i < argc; ++i) {
+        if (IsNull(argv[i])) {
+            sqlite3_result_null(context);
+            return;
+        }
+    }
+    const std::optional<qint64> start = WholeNumber(argv[1]);
+    const std::optional<qint64> length = argc == 3 ? WholeNumber(argv[2]) : qint64{-1};
+    if (!start || *start < 1 || !length || (argc == 3 && *length < 0)) {
+        ResultError(context, "Mid: the start or the length is not a number");
+        return;
+    }
+    const QList<uint> points = TextOf(argv[0]).toUcs4();
+    const qsizetype from = std::min<qsizetype>(points.size(), *start - 1);
+    const qsizetype rest = points.size() - from;
+    const qsizetype take = *length < 0 ? rest : std::min<qsizetype>(rest, *length);
+    ResultText(context, QString::fromUcs4(
+                            reinterpret_cast<const char32_t*>(points.constData()) + from, take));
+}
+
+template <bool Upper>
+void SqlCase(sqlite3_context* context, int, sqlite3_value** argv) {
+    if (IsNull(argv[0])) {
+        sqlite3_result_null(context);
+        return;
+    }
+    const QString text = TextOf(argv[0]);
+    ResultText(context, Upper ? text.toUpper() : text.toLower());
+}
+
+// Trim, LTrim, RTrim: blanks only, as the rule files' language trims.
+template <bool Front, bool Back>
+void SqlTrim(sqlite3_context* context, int, sqlite3_value** argv) {
+    if (IsNull(argv[0])) {
+        sqlite3_result_null(context);
+        return;
+    }
+    const QString text = TextOf(argv[0]);
+    qsizetype first = 0;
+    qsizetype last = text.size();
+    while (Front && first < last && text.at(first) == u' ') {
+        ++first;
+    }
+    while (Back && last > first && text.at(last - 1) == u' ') {
+        --last;
+    }
+    ResultText(context, text.mid(first, last - first));
+}
+
 void SqlInStr(sqlite3_context* context, int argc, sqlite3_value** argv) {
     for (int i = 0; i < argc; ++i) {
         if (IsNull(argv[i])) {
@@ -246,12 +316,32 @@ struct Registration {
 };
 
 constexpr Registration kFunctions[] = {
-    {"Val", 1, true, SqlVal},        {"Format", 2, true, SqlFormat},
-    {"Format$", 2, true, SqlFormat}, {"Left", 2, true, SqlLeft},
-    {"Left$", 2, true, SqlLeft},     {"InStr", 2, true, SqlInStr},
-    {"InStr", 3, true, SqlInStr},    {"DateDiff", 3, true, SqlDateDiff},
-    {"CDate", 1, true, SqlCDate},    {"Now", 0, false, SqlNow},
-    {"Year", 1, true, SqlYear},      {"IsNull", 1, true, SqlIsNull},
+    {"Val", 1, true, SqlVal},
+    {"Format", 2, true, SqlFormat},
+    {"Format$", 2, true, SqlFormat},
+    {"Left", 2, true, SqlLeft},
+    {"Left$", 2, true, SqlLeft},
+    {"InStr", 2, true, SqlInStr},
+    {"InStr", 3, true, SqlInStr},
+    {"DateDiff", 3, true, SqlDateDiff},
+    {"CDate", 1, true, SqlCDate},
+    {"Now", 0, false, SqlNow},
+    {"Year", 1, true, SqlYear},
+    {"IsNull", 1, true, SqlIsNull},
+    // The "$" spellings return text; Left and Right are join words to SQLite
+    // and are called by these names only.
+    {"Right$", 2, true, SqlRight},
+    {"Mid", 2, true, SqlMid},
+    {"Mid", 3, true, SqlMid},
+    {"Mid$", 2, true, SqlMid},
+    {"Mid$", 3, true, SqlMid},
+    {"UCase", 1, true, SqlCase<true>},
+    {"UCase$", 1, true, SqlCase<true>},
+    {"LCase", 1, true, SqlCase<false>},
+    {"LCase$", 1, true, SqlCase<false>},
+    {"Trim$", 1, true, SqlTrim<true, true>},
+    {"LTrim$", 1, true, SqlTrim<true, false>},
+    {"RTrim$", 1, true, SqlTrim<false, true>},
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <sqlite3.h>
 #include <QFile>
+#include <QRegularExpression>
 
 #include "core/sql_functions.h"
 
@@ -31,6 +32,42 @@ QString StoreText(const QString& text) {
         --end;
     }
     return end == text.size() ? text : text.left(end);
+}
+
+bool HasNumericAffinity(const QString& declaredType) {
+    const QString type = declaredType.toUpper();
+    if (type.contains(QLatin1String("INT"))) {
+        return true;
+    }
+    if (type.isEmpty() || type.contains(QLatin1String("CHAR")) ||
+        type.contains(QLatin1String("CLOB")) || type.contains(QLatin1String("TEXT")) ||
+        type.contains(QLatin1String("BLOB"))) {
+        return false;
+    }
+    return true;  // REAL, FLOAT, DOUBLE, NUMERIC, BOOLEAN, DATE, ...
+}
+
+std::optional<QString> NumberColumnText(const QString& text) {
+    if (text.isNull()) {
+        return text;
+    }
+    const QString value = text.trimmed();
+    for (const char* yes : {"True", "Yes"}) {
+        if (value.compare(QLatin1String(yes), Qt::CaseInsensitive) == 0) {
+            return QStringLiteral("1");
+        }
+    }
+    for (const char* no : {"False", "No"}) {
+        if (value.compare(QLatin1String(no), Qt::CaseInsensitive) == 0) {
+            return QStringLiteral("0");
+        }
+    }
+    static const QRegularExpression number(
+        QStringLiteral("^[+-]?(\\d+\\.?\\d*|\\.\\d+)([eE][+-]?\\d+)?$"));
+    if (number.match(value).hasMatch()) {
+        return value;
+    }
+    return std::nullopt;
 }
 
 // ---------------------------------------------------------------- Database
@@ -94,11 +131,10 @@ Database Database::Open(const QString& path, Mode mode) {
     try {
         // Reading the schema is the first thing that touches the file: a file
         // that is no database at all fails here, with its name in the message.
+        // Nothing here writes to the file: whose file it is, is yet to be
+        // seen (the journal mode is the caller's to set).
         database.Exec(QStringLiteral("PRAGMA foreign_keys = OFF"));
         database.ScalarInt(QStringLiteral("PRAGMA schema_version"));
-        if (mode != Mode::ReadOnly && path != QLatin1String(":memory:")) {
-            database.Exec(QStringLiteral("PRAGMA journal_mode = WAL"));
-        }
     } catch (const StoreError& error) {
         throw StoreError(QStringLiteral("The database %1 is damaged or is not a database: %2")
                              .arg(path, error.Message()),

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QVariant>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -33,6 +34,16 @@ private:
 // "123" are the same key.
 QString StoreText(const QString& text);
 
+// Whether a column of this declared type holds numbers (and flags, which
+// are numbers 1/0): SQLite's INTEGER, REAL and NUMERIC affinities.
+bool HasNumericAffinity(const QString& declaredType);
+
+// The text to store into a number or flag column for a text as scraped or
+// typed: "True" and "Yes" are 1, "False" and "No" are 0 (any case), a number
+// stands as it is, a Null stays Null. Anything else is a value the column
+// cannot take: nullopt, and the field is not written.
+std::optional<QString> NumberColumnText(const QString& text);
+
 class Statement;
 
 class Database {
@@ -41,7 +52,8 @@ public:
 
     // Opens the file; Create makes it when missing. Throws StoreError naming
     // the file when it cannot be opened. The program's SQL functions are
-    // registered on every connection.
+    // registered on every connection. Opening reads the file and writes
+    // nothing to it, not even the journal mode.
     static Database Open(const QString& path, Mode mode = Mode::ReadWrite);
 
     Database(Database&& other) noexcept;

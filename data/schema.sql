@@ -22,7 +22,9 @@
 --     These expressions are character for character those that the program's
 --     own number and date rules produce, and must stay so.
 --   * Flags are INTEGER 1/0. Readers take any non-zero value as True (an old
---     -1 included) and Null as False.
+--     -1 included) and Null as False. The update run writes a flag scraped
+--     as "True" or "False" as 1 or 0, and never writes into a number or flag
+--     column a text that is no number.
 --   * Number columns that the program looks up by 0 (AuctionSiteFlag,
 --     AuctionCreatorID, InventoryID, FolderParent) default to 0, because a
 --     row added without them must still answer "= 0".

@@ -124,11 +124,11 @@ TEST(RecordWriterQuery, QuotesInValuesAreDoubledAndValuesAreNotSearchedForMacros
               QStringLiteral("SELECT * FROM T WHERE a = '[2]' AND b = 'two'"));
 }
 
-TEST(RecordWriterQuery, JetSpellingsBecomeSqlite) {
+TEST(RecordWriterQuery, JetSpellingsBecomeSqliteText) {
     EXPECT_EQ(BuildQuery(QStringLiteral("SELECT * FROM T WHERE Left$ (a, 8) = '[1]' AND "
                                         "b LIKE '*[2]?' AND c = \"[3]\" AND d = \"col\""),
                          L({"06/07/00", "it's", "say \"hi\""}), {}),
-              QStringLiteral("SELECT * FROM T WHERE Left (a, 8) = '06/07/00' AND "
+              QStringLiteral("SELECT * FROM T WHERE Left$ (a, 8) = '06/07/00' AND "
                              "b LIKE '%it''s_' AND c = 'say \"hi\"' AND d = \"col\""));
     // A "$" inside a literal is text.
     EXPECT_EQ(BuildQuery(QStringLiteral("SELECT * FROM T WHERE a = 'Left$(x)'"), {}, {}),
@@ -180,6 +180,90 @@ TEST_F(WriterTest, TheRowsComeInTheQuerysOrderFromTheTableItNames) {
     found = m_writer->Find(QStringLiteral("select * from Auctions where Left$(ItemTitle,1)='b'"),
                            name, key, 1);
     EXPECT_EQ(found.rowids, std::vector<qint64>{1});
+}
+
+// Queries as the rule files write them, each run on the store: through the
+// writer's prepared statement (macros bound) and as the command line runs
+// SQL text. Functions spelled the Jet way, text compared with a function's
+// number, and trailing blanks inside literals.
+TEST_F(WriterTest, JetQueriesRunAndCompareAsTheRuleFilesMeanThem) {
+    const char* rows[][5] = {
+        {"123", "Lamp", "06/07/00, 12:04:00 PST", "$25.00", "$20.00"},  // ended, sold
+        {"124", "desk", "06/07/00, 12:04:00 PST", "-", "n/a"},          // ended, no bid
+        {"125", "Lamp shade", "01/01/96, 12:04:00 PST", "$5.00", "-"},  // runs until 2096
+    };
+    for (const auto& row : rows) {
+        m_db->Prepare(QStringLiteral("INSERT INTO Auctions (ItemNumber, ItemTitle, EndDate, "
+                                     "HighBid, ReserveBid, UserName) VALUES (?, ?, ?, ?, ?, 'x')"))
+            .BindAll(row[0], row[1], row[2], row[3], row[4])
+            .Run();
+    }
+    const struct {
+        const char* where;
+        const char* items;  // found, in rowid order
+    } cases[] = {
+        {"Left$(EndDate,8) = '06/07/00'", "123,124"},
+        {"Left(EndDate, 8)='01/01/96'", "125"},
+        {"Right$(ItemNumber,1) = '4'", "124"},
+        {"Right(ItemNumber, 2) = '25'", "125"},
+        {"Mid$(ItemTitle, 2, 3) = 'amp' AND Mid(ItemTitle, 6) = 'shade'", "125"},
+        {"UCase$(ItemTitle) = 'LAMP' COLLATE BINARY OR LCase$(ItemTitle) = 'desk'", "123,124"},
+        {"Trim$('  ' || ItemNumber || ' ') = '123' COLLATE BINARY", "123"},
+        {"DateDiff(\"d\",Now(),Left$([EndDate],8))<\"0\"", "123,124"},
+        {"Val(Format([HighBid],'General Number'))>'0'", "123,125"},
+        {"DateDiff('d',Now(),Left$([EndDate],8))<'0' AND "
+         "Val(Format([HighBid],'General Number'))>=Val(Format([ReserveBid],'General Number')) AND "
+         "Val(Format([HighBid],'General Number'))>'0'",
+         "123"},
+        {"ItemNumber = '123 '", "123"},
+        {"'124  ' = ItemNumber OR ItemTitle = 'LAMP SHADE   '", "124,125"},
+        {"ItemTitle LIKE '*amp*'", "123,125"},
+    };
+    const QString name = QStringLiteral("P");
+    const QString key = QStringLiteral("QueryString");
+    auto items = [this](const std::vector<qint64>& rowids) {
+        QStringList found;
+        for (const qint64 rowid : rowids) {
+            found << QString::number(
+                Count(QStringLiteral("SELECT ItemNumber FROM Auctions WHERE rowid = ") +
+                      QString::number(rowid)));
+        }
+        return found.join(u',');
+    };
+    for (const auto& c : cases) {
+        const QString query =
+            QStringLiteral("SELECT * FROM Auctions WHERE ") + QString::fromUtf8(c.where);
+        SCOPED_TRACE(query.toStdString());
+        try {
+            EXPECT_EQ(items(m_writer->FindFor(query, ScanLists(), name, key, 0).rowids),
+                      QString::fromUtf8(c.items));
+        } catch (const QueryError& e) {
+            ADD_FAILURE() << e.Message().toStdString();
+        }
+        lw::core::Statement text =
+            m_db->PrepareSingle(QStringLiteral("SELECT group_concat(ItemNumber) FROM (") +
+                                JetSql(query) + QStringLiteral(" ORDER BY rowid)"));
+        ASSERT_TRUE(text.Step());
+        EXPECT_EQ(text.Text(0), QString::fromUtf8(c.items));
+    }
+
+    // A macro in a literal with a blank before its closing quote finds its
+    // row, so a record written again updates it and adds no second row.
+    ScanLists lists;
+    lists.items = L({"123"});
+    for (const char* where : {"ItemNumber='[1] '", "ItemNumber=\"[1]  \""}) {
+        const QString query =
+            QStringLiteral("SELECT * FROM Auctions WHERE ") + QString::fromUtf8(where);
+        EXPECT_EQ(items(m_writer->FindFor(query, lists, name, key, 0).rowids), u"123") << where;
+    }
+    for (int pass = 0; pass < 2; ++pass) {
+        lists.items = L({"300", "again"});
+        m_writer->WriteMain(Protocol("Sitenumber=0\nQueryString=SELECT * FROM Auctions WHERE "
+                                     "ItemNumber='[1] ' AND UserName='seller1 '\nItems=2\n"
+                                     "Item1=ItemNumber\nItem2=ItemTitle"),
+                            lists);
+    }
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions WHERE ItemNumber = '300'")), 1);
 }
 
 TEST(RecordWriterQuery, AMacroInALiteralSplitsItAroundAParameter) {
@@ -358,6 +442,68 @@ TEST_F(WriterTest, UnknownAndGeneratedFieldsAreLostAloneAndSoIsARefusedValue) {
         1);
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Picky WHERE Note = 'note two' AND "
                                    "Name = 'good'")),
+              1);
+}
+
+// Flag and number columns take what the rule files give them as text: the
+// words "True" and "False" (any case) are the Boolean, numbers stand, and a
+// text the column cannot take is lost alone. A lost bid is then lost to
+// every reader that asks "Winning <> 0".
+TEST_F(WriterTest, FlagsHoldTheBooleanWhateverTextTheyAreGiven) {
+    const char* kBids =
+        "Sitenumber=0\nQueryString=SELECT * FROM Bids WHERE ItemNumber = '[1]'\nItems=4\n"
+        "Item1=ItemNumber\nItem2=Winning\nItem3=EndDate\nItem4=SellerName";
+    const struct {
+        const char* given;
+        const char* stored;  // typeof and value
+    } cases[] = {
+        {"True", "integer 1"},   {"False", "integer 0"},  {"true", "integer 1"},
+        {"FALSE", "integer 0"},  {" True ", "integer 1"}, {"yes", "integer 1"},
+        {"-1", "integer -1"},    {"0", "integer 0"},      {"1", "integer 1"},
+        {"outbid", "integer 0"},  // refused: a new row keeps the default
+    };
+    int item = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.given);
+        const QString number = QString::number(++item);
+        ScanLists lists;
+        lists.items = QStringList{number, QString::fromUtf8(c.given),
+                                  QStringLiteral("06/07/00 12:04:00 PST"), QStringLiteral("s")};
+        m_writer->WriteMain(Protocol(kBids), lists);
+        lw::core::Statement row = m_db->Prepare(QStringLiteral(
+            "SELECT typeof(Winning) || ' ' || Winning, SellerName FROM Bids WHERE ItemNumber = ?"));
+        row.Bind(1, number);
+        ASSERT_TRUE(row.Step());
+        EXPECT_EQ(row.Text(0), QString::fromUtf8(c.stored));
+        EXPECT_EQ(row.Text(1), u"s");  // the other fields are written
+    }
+    const qint64 won = Count(
+        QStringLiteral("SELECT COUNT(*) FROM Bids WHERE Winning <> 0 AND UserName = 'seller1'"));
+    EXPECT_EQ(won, 6);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), won);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"All Bids with Pending Tasks\"")), won);
+
+    // Written again: a won bid becomes lost, and a refused text changes nothing.
+    for (const char* given : {"False", "outbid"}) {
+        ScanLists lists;
+        lists.items = QStringList{QStringLiteral("1"), QString::fromUtf8(given),
+                                  QStringLiteral("06/07/00 12:04:00 PST"), QStringLiteral("t")};
+        m_writer->WriteMain(Protocol(kBids), lists);
+        EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Bids WHERE ItemNumber = '1' AND "
+                                       "Winning = 0 AND SellerName = 't'")),
+                  1)
+            << given;
+    }
+
+    // A number column refuses what is no number: the field alone is lost.
+    ScanLists lists;
+    lists.items = L({"90", "True", "06/07/00 12:04:00 PST", "kept"});
+    m_writer->WriteMain(Protocol("Sitenumber=ERROR\nQueryString=SELECT * FROM Bids WHERE "
+                                 "ItemNumber = '[1]'\nItems=4\nItem1=ItemNumber\nItem2=Winning\n"
+                                 "Item3=EndDate\nItem4=SellerName"),
+                        lists);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Bids WHERE ItemNumber = '90' AND "
+                                   "AuctionSiteFlag = 0 AND Winning = 1 AND SellerName = 'kept'")),
               1);
 }
 
@@ -544,4 +690,24 @@ TEST_F(WriterTest, DeleteBeforeWriteDeletesTheRowsTheQueryFinds) {
     m_writer->DeleteFoundRows(winners, lists);
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Dutch WHERE ItemNumber = '5'")), 0);
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Dutch")), 1);
+
+    // A DeleteQuery that does not choose by the record's values is refused
+    // as one that is no SELECT is, and deletes nothing.
+    m_db->Exec(QStringLiteral("INSERT INTO Dutch (ItemNumber, UserName) VALUES ('7', 'x')"));
+    for (const char* query :
+         {"SELECT * FROM Dutch", "SELECT * FROM Dutch WHERE ItemNumber = '[1]' OR 1 = 1",
+          "SELECT * FROM Dutch WHERE ItemNumber <> '[1]'",
+          "SELECT * FROM Dutch WHERE ItemNumber = '[2]'", "DELETE FROM Dutch"}) {
+        const ProtocolRecord wide = Protocol(
+            QStringLiteral("Dutch Winners eBay"),
+            QStringLiteral("DeleteBeforeWrite=True\nDeleteQuery=") + QString::fromUtf8(query),
+            true);
+        try {
+            m_writer->DeleteFoundRows(wide, lists);
+            ADD_FAILURE() << "accepted: " << query;
+        } catch (const QueryError& e) {
+            EXPECT_TRUE(e.Message().contains(QStringLiteral("DeleteQuery"))) << query;
+        }
+    }
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Dutch")), 2);
 }

@@ -85,23 +85,33 @@ TEST_F(SessionTest, AnExistingDatabaseIsOpenedNotRemade) {
 }
 
 TEST_F(SessionTest, ForeignDamagedAndNewerFilesAreRefusedAndLeftAlone) {
-    // Another program's SQLite file.
+    // Another program's SQLite file, in the rollback journal mode: not even
+    // its journal mode is changed.
     {
         Database other = Database::Open(StorePath(), Database::Mode::Create);
         other.Exec(
             QStringLiteral("CREATE TABLE Notes (t TEXT); INSERT INTO Notes VALUES ('mine')"));
     }
-    QByteArray before = Hash(StorePath());
-    try {
-        OpenStore();
-        FAIL() << "a foreign database must be refused";
-    } catch (const StoreError& error) {
-        EXPECT_TRUE(error.Message().contains(StorePath()));
+    for (const char* mode : {"DELETE", "WAL"}) {
+        {
+            Database other = Database::Open(StorePath());
+            other.Exec(QStringLiteral("PRAGMA journal_mode = ") + QLatin1String(mode));
+        }
+        const QByteArray before = Hash(StorePath());
+        try {
+            OpenStore();
+            FAIL() << "a foreign database must be refused";
+        } catch (const StoreError& error) {
+            EXPECT_TRUE(error.Message().contains(StorePath()));
+        }
+        EXPECT_EQ(Hash(StorePath()), before) << mode;
     }
-    EXPECT_EQ(Hash(StorePath()), before);
+    QByteArray before;
 
     // Not a database at all.
     QFile::remove(StorePath());
+    QFile::remove(StorePath() + QStringLiteral("-wal"));
+    QFile::remove(StorePath() + QStringLiteral("-shm"));
     m_root.Write(QStringLiteral("Data/Lotwright.db"), QByteArray(4096, 'Z'));
     before = Hash(StorePath());
     EXPECT_THROW(OpenStore(), StoreError);
@@ -116,6 +126,70 @@ TEST_F(SessionTest, ForeignDamagedAndNewerFilesAreRefusedAndLeftAlone) {
     } catch (const StoreError& error) {
         EXPECT_TRUE(error.Message().contains(QStringLiteral("newer")));
     }
+}
+
+#ifdef Q_OS_UNIX
+// The database holds the site password in clear: it and the data folders are
+// the user's alone, when made and when found opened to others.
+TEST_F(SessionTest, TheDatabaseAndTheDataFoldersAreTheUsersAlone) {
+    const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                      QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    const QFile::Permissions owner = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    auto expectOwn = [&](const QString& path, QFile::Permissions wanted) {
+        const QFile::Permissions has = QFile::permissions(path);
+        EXPECT_EQ(has & (owner | others), wanted) << path.toStdString();
+    };
+    { OpenStore(); }
+    SetCurrentUser(QStringLiteral("Demo"));
+    expectOwn(StorePath(), QFile::ReadOwner | QFile::WriteOwner);
+    expectOwn(CurrentSession().DataDir, owner);
+    expectOwn(CurrentSession().UserDataDir, owner);
+
+    // Opened up by hand (or by an earlier build): tightened again.
+    const QFile::Permissions open = others | owner;
+    ASSERT_TRUE(QFile::setPermissions(
+        StorePath(), open & ~(QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther)));
+    ASSERT_TRUE(QFile::setPermissions(CurrentSession().DataDir, open));
+    ASSERT_TRUE(QFile::setPermissions(CurrentSession().UserDataDir, open));
+    QString error;
+    ASSERT_TRUE(SetupDirectories(m_root.Path(), &error));
+    SetCurrentUser(QStringLiteral("Demo"));
+    { OpenStore(); }
+    expectOwn(StorePath(), QFile::ReadOwner | QFile::WriteOwner);
+    expectOwn(CurrentSession().DataDir, owner);
+    expectOwn(CurrentSession().UserDataDir, owner);
+}
+#endif
+
+// A database of the first schema held flags as the texts "True" and
+// "False" and refused texts in number columns; opening it mends them, so a
+// lost bid is lost to every view.
+TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
+    {
+        Database db = OpenStore();
+        db.Exec(QStringLiteral(
+            "INSERT INTO Bids (ItemNumber, Winning, AuctionSiteFlag, EndDate, OrderPaymentMethod) "
+            "VALUES ('1', 'True', 0, '06/07/00, 12:04:00 PST', 'x'), "
+            "('2', 'False', 0, '06/07/00, 12:04:00 PST', 2), "
+            "('3', 'false ', 'ERROR', '06/07/00, 12:04:00 PST', NULL), "
+            "('4', 'outbid', 0, '06/07/00, 12:04:00 PST', 1);"
+            "INSERT INTO Auctions (ItemNumber, ToDoComplete) VALUES ('5', 'TRUE');"
+            "PRAGMA user_version = 1"));
+        ASSERT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), 4);
+    }
+    Database db = OpenStore();
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("PRAGMA user_version")), SchemaVersion());
+    Statement bids = db.Prepare(QStringLiteral(
+        "SELECT ItemNumber || ':' || quote(Winning) || ':' || quote(AuctionSiteFlag) || ':' || "
+        "quote(OrderPaymentMethod) FROM Bids ORDER BY ItemNumber"));
+    QStringList rows;
+    while (bids.Step()) {
+        rows << bids.Text(0);
+    }
+    EXPECT_EQ(rows, QStringList({QStringLiteral("1:1:0:NULL"), QStringLiteral("2:0:0:2"),
+                                 QStringLiteral("3:0:0:NULL"), QStringLiteral("4:0:0:1")}));
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), 1);
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT ToDoComplete FROM Auctions")), 1);
 }
 
 TEST_F(SessionTest, AMissingShippedFileIsNamedAndNoDatabaseIsLeft) {

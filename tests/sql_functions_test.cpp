@@ -196,6 +196,37 @@ TEST_F(SqlFunctions, LeftWithNullsNegativeAndNonNumbers) {
     EXPECT_FALSE(Eval("SELECT \"Left\"(?1)", {S("abc")}).error.isEmpty());
 }
 
+// The other text functions of the rule files' SQL, each in its "$"
+// spelling as well.
+TEST_F(SqlFunctions, RightMidCaseAndTrimInEverySpelling) {
+    const struct {
+        const char* sql;
+        QVariantList args;
+        const char* result;
+    } cases[] = {
+        {"SELECT Right$(?1, 3)", {S("06/07/00 PST")}, "PST"},
+        {"SELECT Right$(?1, 9)", {S("ab")}, "ab"},
+        {"SELECT Right$(?1, 1)", {S("x\xF0\x9F\x98\x80")}, "\xF0\x9F\x98\x80"},
+        {"SELECT Mid(?1, 4)", {S("06/07/00")}, "07/00"},
+        {"SELECT Mid$(?1, 4, 2)", {S("06/07/00")}, "07"},
+        {"SELECT Mid(?1, 20, 2)", {S("abc")}, ""},
+        {"SELECT UCase(?1) || LCase$(?1)", {S("Ab")}, "ABab"},
+        {"SELECT UCase$(?1) || LCase(?1)", {S("\xC3\xA9")}, "\xC3\x89\xC3\xA9"},
+        {"SELECT '[' || Trim$(?1) || '|' || LTrim$(?1) || '|' || RTrim$(?1) || ']'",
+         {S("  a b \t ")},
+         "[a b \t|a b \t |  a b \t]"},
+    };
+    for (const auto& c : cases) {
+        const Result result = Eval(c.sql, c.args);
+        EXPECT_TRUE(result.error.isEmpty()) << c.sql << ": " << result.error.toStdString();
+        EXPECT_EQ(result.Text(), QString::fromUtf8(c.result)) << c.sql;
+    }
+    EXPECT_TRUE(Eval("SELECT Mid$(?1, 2)", {kNull}).IsNull());
+    EXPECT_TRUE(Eval("SELECT Trim$(?1)", {kNull}).IsNull());
+    EXPECT_FALSE(Eval("SELECT Mid(?1, 0)", {S("abc")}).error.isEmpty());
+    EXPECT_FALSE(Eval("SELECT Right$(?1, -1)", {S("abc")}).error.isEmpty());
+}
+
 TEST_F(SqlFunctions, InStrFindsWithoutRegardToCase) {
     EXPECT_EQ(Eval("SELECT InStr(?1, ',')", {S("06/07/00, 12:04:00 PST")}).Int(), 9);
     EXPECT_EQ(Eval("SELECT InStr(?1, ?2)", {S("Hello"), S("LL")}).Int(), 3);

@@ -8,6 +8,8 @@
 #include "tests/support/test_support.h"
 
 using lw::core::Database;
+using lw::core::HasNumericAffinity;
+using lw::core::NumberColumnText;
 using lw::core::StoreError;
 using lw::core::Transaction;
 
@@ -49,6 +51,36 @@ TEST(StoreComparison, TrailingBlanksAndCaseDoNotMatterForKeys) {
     auto s = db.Prepare(QStringLiteral("SELECT ItemNumber FROM Items WHERE ItemTitle = 'Vase'"));
     ASSERT_TRUE(s.Step());
     EXPECT_EQ(s.Text(0), QStringLiteral("ab7X"));
+}
+
+// What a number or flag column takes of a text as scraped or typed.
+TEST(StoreNumbers, FlagWordsAreTheBooleanNumbersStandAndOtherTextIsRefused) {
+    const struct {
+        const char* text;
+        const char* stored;  // nullptr: refused
+    } cases[] = {
+        {"True", "1"},   {"TRUE", "1"},      {" true ", "1"},     {"Yes", "1"},
+        {"False", "0"},  {"false", "0"},     {"no", "0"},         {"-1", "-1"},
+        {"0", "0"},      {" 12 ", "12"},     {"2.5", "2.5"},      {"+3", "+3"},
+        {"1e3", "1e3"},  {"", nullptr},      {"ERROR", nullptr},  {"--", nullptr},
+        {"$5", nullptr}, {"1,234", nullptr}, {"Truest", nullptr},
+    };
+    for (const auto& c : cases) {
+        const std::optional<QString> stored = NumberColumnText(QString::fromUtf8(c.text));
+        if (c.stored == nullptr) {
+            EXPECT_FALSE(stored.has_value()) << c.text;
+        } else {
+            EXPECT_EQ(stored.value_or(QStringLiteral("(refused)")), QString::fromUtf8(c.stored))
+                << c.text;
+        }
+    }
+    EXPECT_TRUE(NumberColumnText(QString())->isNull());
+    for (const char* type : {"INTEGER", "int", "REAL", "NUMERIC", "BOOLEAN", "DOUBLE"}) {
+        EXPECT_TRUE(HasNumericAffinity(QString::fromUtf8(type))) << type;
+    }
+    for (const char* type : {"TEXT", "VARCHAR(10)", "BLOB", ""}) {
+        EXPECT_FALSE(HasNumericAffinity(QString::fromUtf8(type))) << type;
+    }
 }
 
 TEST(StoreBinding, HostileTextStaysInItsOwnField) {

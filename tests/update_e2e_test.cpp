@@ -34,6 +34,8 @@
 #include "update/scanner.h"
 #include "update/update_lock.h"
 #include "update/update_run.h"
+#include "views/analysis.h"
+#include "views/listings.h"
 
 using lw::core::Database;
 using lw::test::BinDir;
@@ -288,7 +290,7 @@ protected:
             EXPECT_EQ(row["HighBid"], page.at("price"));
             EXPECT_EQ(row["WinningBid"], page.at("mybid"));
             EXPECT_EQ(row["MaximumBid"], page.at("mymax"));
-            EXPECT_EQ(row["Winning"], page.at("status") == "high bidder" ? "True" : "False");
+            EXPECT_EQ(row["Winning"], page.at("status") == "high bidder" ? "1" : "0");
             EXPECT_EQ(row["EndDate"],
                       StoredEndDate(page.count("ends") ? page.at("ends") : page.at("ended")));
             EXPECT_EQ(row["ItemCategory"], item.at("cat"));
@@ -404,6 +406,71 @@ TEST_F(UpdateE2e, FirstRetrievalFillsEveryTableWithWhatTheSiteHolds) {
     EXPECT_EQ(global[0].at("eBayTime"), truth.clock);
     EXPECT_NE(LastUpdate(), "null");
     EXPECT_EQ(Select(QStringLiteral("SELECT Updates FROM Tracking"))[0]["Updates"], "1");
+}
+
+// The shipped rules write a bid's status as the words True and False: a bid
+// the user lost is lost to every reader, the saved queries of the task
+// list, the bids list and its colours, and the analysis figures.
+TEST_F(UpdateE2e, ALostBidIsLostInEverySavedQueryListAndFigure) {
+    StartSite(Seed(6));
+    ASSERT_EQ(Update(QStringLiteral("first")).code, 0);
+    const SiteTruth truth = Truth();
+    QSet<QString> won;
+    QSet<QString> lost;
+    QSet<QString> lostAlone;  // lost, and no lot with several winners
+    for (const Row& page : truth.bidding) {
+        const QString item = QString::fromStdString(page.at("item"));
+        (page.at("status") == "high bidder" ? won : lost).insert(item);
+        if (page.at("status") != "high bidder" && page.at("bidder") != "Dutch Auction") {
+            lostAlone.insert(item);
+        }
+    }
+    ASSERT_FALSE(won.isEmpty());
+    ASSERT_FALSE(lost.isEmpty());
+
+    Database db = OpenHere();
+    auto items = [&db](const QString& sql) {
+        QSet<QString> found;
+        lw::core::Statement s = db.Prepare(sql);
+        while (s.Step()) {
+            found.insert(s.Text(0));
+        }
+        return found;
+    };
+    const QSet<QString> ended = items(
+        QStringLiteral("SELECT ItemNumber FROM Bids WHERE EndDay < date('now', 'localtime')"));
+    ASSERT_TRUE(ended.intersects(lost)) << "no lost bid has ended";
+    for (const char* view : {"Completed Bids", "All Bids with Pending Tasks"}) {
+        const QSet<QString> shown = items(QStringLiteral("SELECT ItemNumber FROM \"") +
+                                          QLatin1String(view) + QStringLiteral("\""));
+        EXPECT_FALSE(shown.intersects(lost)) << view;
+        EXPECT_TRUE(shown.intersects(won) || !ended.intersects(won)) << view;
+    }
+
+    // The bids list: lost bids are red and never among the successful ones.
+    for (const auto group : {lw::views::Group::Current, lw::views::Group::Archived}) {
+        lw::views::BidsListing all;
+        all.ShowGroup(db, group);
+        for (const lw::views::ListingRow& row : all.Model().Rows()) {
+            if (lostAlone.contains(row.item)) {
+                EXPECT_EQ(row.colour, lw::views::CellColour::Red) << row.item.toStdString();
+            } else if (won.contains(row.item)) {
+                EXPECT_EQ(row.colour, lw::views::CellColour::Green) << row.item.toStdString();
+            }
+        }
+        lw::views::BidsListing successful;
+        successful.SetSuccessfulOnly(true);
+        successful.ShowGroup(db, group);
+        for (const lw::views::ListingRow& row : successful.Model().Rows()) {
+            EXPECT_FALSE(lostAlone.contains(row.item)) << row.item.toStdString();
+        }
+    }
+
+    // The analysis counts the ended bids the site shows as won.
+    lw::views::AnalysisPage page = lw::views::AnalysisLabels();
+    lw::views::AnalysisBidData(db, page);
+    const qsizetype endedWon = (ended & won).size();
+    EXPECT_EQ(page.bids[lw::views::kSuccessfulBids].value, QString::number(endedWon));
 }
 
 TEST_F(UpdateE2e, ASecondUpdateUpdatesTheRowsAndNeverDoublesThem) {

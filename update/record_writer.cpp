@@ -15,6 +15,7 @@
 
 #include <sqlite3.h>
 
+#include <QRegularExpression>
 #include <QVariant>
 
 #include "core/text.h"
@@ -24,6 +25,7 @@ namespace lw::update {
 
 using core::Database;
 using core::StoreError;
+using core::StoreText;
 
 namespace {
 
@@ -140,6 +142,53 @@ struct Translated {
     }
 };
 
+bool IsComparisonChar(QChar c) {
+    return c == u'=' || c == u'<' || c == u'>' || c == u'!';
+}
+
+// Whether the text before `end` (blanks passed over) is a comparison
+// operator; *operand is then the last character in front of the operator.
+bool ComparisonBefore(const QString& text, qsizetype end, QChar* operand) {
+    qsizetype i = end;
+    while (i > 0 && text[i - 1].isSpace()) {
+        --i;
+    }
+    const qsizetype opEnd = i;
+    while (i > 0 && IsComparisonChar(text[i - 1])) {
+        --i;
+    }
+    if (i == opEnd) {
+        return false;
+    }
+    while (i > 0 && text[i - 1].isSpace()) {
+        --i;
+    }
+    *operand = i > 0 ? text[i - 1] : QChar();
+    return true;
+}
+
+bool ComparisonAfter(const QString& text, qsizetype start) {
+    qsizetype i = start;
+    while (i < text.size() && text[i].isSpace()) {
+        ++i;
+    }
+    return i < text.size() && IsComparisonChar(text[i]);
+}
+
+// A plain number, as Jet reads a text compared with a number.
+bool IsNumberText(const QString& text) {
+    static const QRegularExpression number(
+        QStringLiteral("^\\s*[+-]?(\\d+\\.?\\d*|\\.\\d+)([eE][+-]?\\d+)?\\s*$"));
+    return number.match(text).hasMatch();
+}
+
+// Jet's functions whose names SQLite reads as join words: they are called by
+// their "$" names, which the store registers.
+bool IsJoinWordFunction(QStringView word) {
+    return word.compare(u"left", Qt::CaseInsensitive) == 0 ||
+           word.compare(u"right", Qt::CaseInsensitive) == 0;
+}
+
 Translated TranslateJet(const QString& query) {
     Translated out;
     out.text.reserve(query.size());
@@ -149,8 +198,24 @@ Translated TranslateJet(const QString& query) {
         const QChar c = query[i];
         bool closed = false;
         const qsizetype quoted = (c == u'\'' || c == u'"') ? QuotedEnd(query, i, c, &closed) : i;
-        if (c == u'\'' || (c == u'"' && HoldsMacro(QStringView(query).mid(i, quoted - i)))) {
-            QString body = query.mid(i + 1, quoted - i - (closed ? 2 : 1));
+        QString body;
+        if (c == u'\'' || c == u'"') {
+            body = query.mid(i + 1, quoted - i - (closed ? 2 : 1));
+        }
+        QChar operand;
+        const bool compared = (c == u'\'' || c == u'"') && closed &&
+                              (ComparisonBefore(out.text, out.text.size(), &operand) ||
+                               ComparisonAfter(query, quoted));
+        // A text compared with a function's value or a bracketed expression
+        // ("DateDiff(...) < '0'") is a number there, as Jet compares it: the
+        // cast gives it numeric affinity, which the other side then takes.
+        if (compared && operand == u')' && !HoldsMacro(body) && IsNumberText(body)) {
+            out.Add(u"CAST('", false);
+            out.Add(body.trimmed(), true);
+            out.Add(u"' AS NUMERIC)", false);
+            i = quoted;
+            afterLike = false;
+        } else if (c == u'\'' || (c == u'"' && HoldsMacro(body))) {
             if (c == u'"') {
                 // Jet reads a double-quoted text as a string: so is it here.
                 body.replace(QStringLiteral("\"\""), QStringLiteral("\""));
@@ -158,6 +223,9 @@ Translated TranslateJet(const QString& query) {
             }
             if (afterLike) {
                 body.replace(u'*', u'%').replace(u'?', u'_');
+            } else if (compared) {
+                // Compared text ignores trailing blanks: '123 ' finds "123".
+                body = StoreText(body);
             }
             out.Add(u"'", false);
             out.Add(body, true);
@@ -186,17 +254,15 @@ Translated TranslateJet(const QString& query) {
             while (end < query.size() && IsWordChar(query[end])) {
                 ++end;
             }
-            QStringView word = QStringView(query).mid(i, end - i);
-            if (word.endsWith(u'$')) {
-                qsizetype next = end;
-                while (next < query.size() && query[next].isSpace()) {
-                    ++next;
-                }
-                if (next < query.size() && query[next] == u'(') {
-                    word.chop(1);  // Left$( is Left(
-                }
+            const QStringView word = QStringView(query).mid(i, end - i);
+            qsizetype next = end;
+            while (next < query.size() && query[next].isSpace()) {
+                ++next;
             }
             out.Add(word, false);
+            if (IsJoinWordFunction(word) && next < query.size() && query[next] == u'(') {
+                out.Add(u"$", false);  // Left( is Left$(
+            }
             afterLike = word.compare(u"like", Qt::CaseInsensitive) == 0;
             i = end;
         } else {
@@ -362,6 +428,10 @@ QString MacroValue(bool ancillary, qsizetype index, const QStringList& items,
 }
 
 }  // namespace
+
+QString JetSql(const QString& query) {
+    return TranslateJet(query).text;
+}
 
 QString BuildQuery(const QString& queryString, const QStringList& items,
                    const QStringList& ancillaryItems) {
@@ -648,13 +718,16 @@ RecordWriter::TableColumns& RecordWriter::ColumnsOf(const QString& table) {
     TableColumns columns;
     columns.table = table;
     core::Statement info =
-        m_db.Prepare(QStringLiteral("SELECT name, hidden FROM pragma_table_xinfo(?)"));
+        m_db.Prepare(QStringLiteral("SELECT name, hidden, type FROM pragma_table_xinfo(?)"));
     info.Bind(1, table);
     while (info.Step()) {
         // hidden: 0 a plain column, 1 hidden (virtual tables), 2 and 3 generated.
         if (info.Value(1).toInt() == 0) {
             const QString column = info.Text(0);
             columns.byLower.insert(column.toLower(), column);
+            if (core::HasNumericAffinity(info.Text(2))) {
+                columns.numeric.insert(column);
+            }
         }
     }
     return *m_tables.insert(table, columns);
@@ -678,7 +751,7 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
     Writes inOrder;
     known.reserve(writes.size());
     inOrder.reserve(writes.size());
-    for (const auto& [field, value] : writes) {
+    for (const auto& [field, given] : writes) {
         auto it = columns.byField.constFind(field);
         if (it == columns.byField.constEnd()) {
             it = columns.byField.insert(field, columns.byLower.value(field.toLower()));
@@ -686,6 +759,14 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         const QString& column = *it;
         if (column.isEmpty()) {
             continue;
+        }
+        QString value = given;
+        if (columns.numeric.contains(column)) {
+            const std::optional<QString> number = core::NumberColumnText(given);
+            if (!number) {
+                continue;  // a value the column cannot take: this field is lost
+            }
+            value = *number;
         }
         inOrder.emplace_back(column, value);
         const auto same = std::find_if(known.begin(), known.end(), [&column](const auto& write) {
@@ -877,10 +958,30 @@ void RecordWriter::WriteAncillary(const ProtocolRecord& protocol, const ScanList
 }
 
 void RecordWriter::DeleteFoundRows(const ProtocolRecord& protocol, const ScanLists& lists) {
-    const FoundRows found =
-        FindFor(protocol.deleteQuery, lists, protocol.section, QStringLiteral("DeleteQuery"), 0);
+    const QString key = QStringLiteral("DeleteQuery");
+    // The rows deleted are the record's own: the query holds a macro, and
+    // with every macro given a value that no record holds it finds nothing.
+    // A query that chooses rows whatever the record says (no macro, "OR 1=1",
+    // "<>") would empty the table page by page.
+    const QString own = QStringLiteral("it must choose the rows by the record's own values.");
+    if (MakeParameterQuery(protocol.deleteQuery, lists.items.size(), lists.ancillaryItems.size())
+            .sources.empty()) {
+        throw QueryError(Refusal(protocol.section, key, own));
+    }
+    const FoundRows found = FindFor(protocol.deleteQuery, lists, protocol.section, key, 0);
     if (found.rowids.empty()) {
         return;
+    }
+    ScanLists nobody;
+    const QString noValue(2, QChar(0xFFFF));
+    for (qsizetype i = 0; i < lists.items.size(); ++i) {
+        nobody.items << noValue;
+    }
+    for (qsizetype i = 0; i < lists.ancillaryItems.size(); ++i) {
+        nobody.ancillaryItems << noValue;
+    }
+    if (!FindFor(protocol.deleteQuery, nobody, protocol.section, key, 1).rowids.empty()) {
+        throw QueryError(Refusal(protocol.section, key, own));
     }
     core::Statement remove =
         m_db.Prepare(QStringLiteral("DELETE FROM ") + QuoteIdentifier(found.table) +

@@ -21,16 +21,23 @@
 
 namespace lw::update {
 
+// SQL as the rule files write it, made SQLite's (what BuildQuery does apart
+// from the macros): Left( and Right( are called by their "$" names, a LIKE
+// pattern's "*" and "?" become "%" and "_", a compared literal loses its
+// trailing blanks ('123 ' finds "123", as text comparison ignores them), and
+// a number written as text and compared with a function's value
+// ("DateDiff(...) < '0'") is compared as a number.
+QString JetSql(const QString& query);
+
 // Macro replacement: "[i]" becomes item i and "[Ai]" ancillary item i
 // (one-based, trimmed of blanks), each macro once, at its first occurrence
 // in the query's own text, in the order [1], [2], ..., [A1], [A2], ....
 // Unlike the plain text replacement this stands for, a value is put in as a
 // quoted SQL string literal with its quotes doubled (inside a literal of the
 // query: doubled only), and a value is never searched for later macros, so
-// no scanned text can change the statement. Jet spellings of the rule files
-// are made SQLite's first: Left$( and its kin lose the "$", a LIKE pattern's
-// "*" and "?" become "%" and "_", and a double-quoted string that holds a
-// macro becomes a single-quoted one.
+// no scanned text can change the statement. The query is made SQLite's
+// first, as JetSql does, and a double-quoted string that holds a macro
+// becomes a single-quoted one.
 QString BuildQuery(const QString& queryString, const QStringList& items,
                    const QStringList& ancillaryItems);
 // The same query with each macro that BuildQuery fills made a parameter, so
@@ -73,7 +80,10 @@ public:
     // Writes an ancillary record (lists.ancillaryItems with the main record's
     // items beside it). Throws as WriteMain.
     void WriteAncillary(const ProtocolRecord& protocol, const ScanLists& lists);
-    // DeleteBeforeWrite: deletes every row that the DeleteQuery finds.
+    // DeleteBeforeWrite: deletes every row that the DeleteQuery finds. The
+    // query must choose its rows by the record's values (a macro that finds
+    // nothing when given a value no record holds); one that would choose
+    // rows whatever the record says is refused with a QueryError.
     void DeleteFoundRows(const ProtocolRecord& protocol, const ScanLists& lists);
 
     // The rows a built query finds: the table they belong to and their rowids
@@ -117,6 +127,7 @@ private:
         QString table;                    // as the schema spells it
         QHash<QString, QString> byLower;  // writable columns: lower-cased name -> name
         QHash<QString, QString> byField;  // a field as the rules spell it -> column, "" none
+        QSet<QString> numeric;            // columns of number and flag values
     };
     using Writes = std::vector<std::pair<QString, QString>>;
 
