@@ -646,8 +646,9 @@ core::TimeLeftTimer SavePreferences(core::Database& db, const QString& userName,
         update.Bind(n++, TextOrNull(prefs.field[kPrefLocation]));
         update.Bind(n++, TextOrNull(prefs.region));
         update.Bind(n++, TextOrNull(prefs.field[kPrefPassword]));
-        // One shipping scope at a time: abroad only for international shipping.
-        update.Bind(n++, prefs.shipScope == ShipScope::International);
+        // Anything but domestic only ships abroad: international shipping and
+        // the U.S. with the regions ticked.
+        update.Bind(n++, prefs.shipScope != ShipScope::DomesticOnly);
         update.Bind(n++, TextOrNull(prefs.shipFromCountry));
         update.Bind(n++, TextOrNull(prefs.paymentPref.join(ListSeparator())));
         update.Bind(n++, TextOrNull(prefs.shippingPref.join(ListSeparator())));

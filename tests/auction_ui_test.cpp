@@ -17,6 +17,7 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
@@ -413,6 +414,15 @@ private Q_SLOTS:
         QCOMPARE(winners->item(0)->text().indexOf(QStringLiteral("@")),
                  winners->item(1)->text().indexOf(QStringLiteral("@")));
         QCOMPARE(Named<QLabel>(w, QStringLiteral("lblTotalD"))->text(), QStringLiteral("$8.50"));
+        // The time-left refresh (Timer2 and the Time Left button) counts down
+        // behind the multi-winner panel and leaves that panel in view.
+        w->Toolbar1_ButtonClick(QStringLiteral("TimeLeft"));
+        QVERIFY(plain->isHidden() && !dutch->isHidden());
+        QCOMPARE(winners->count(), 2);
+        SelectItem(sales, QStringLiteral("1001"));
+        w->Toolbar1_ButtonClick(QStringLiteral("TimeLeft"));
+        QVERIFY(!plain->isHidden() && dutch->isHidden());
+        QCOMPARE(plain->title(), QStringLiteral("Brass lamp (Item #1001)"));
 
         // A won bid: green, the seller with the star of 1000 to 9999.
         Named<QTabWidget>(w, QStringLiteral("SSTab1"))->setCurrentIndex(1);
@@ -433,6 +443,45 @@ private Q_SLOTS:
                  QStringLiteral("sue (7)"));
         QCOMPARE(Named<QLabel>(w, QStringLiteral("PicSellerStar"))->property("picture").toString(),
                  QStringLiteral("eBayNoStar"));
+    }
+
+    // A long title (a site allows far more than fits) is cut in the panels:
+    // the window's least size is the same whatever row is selected.
+    void aLongTitleNeverWidensTheWindow() {
+        Prepare();
+        const QString title = QStringLiteral("Lamp") + QString(296, u'W');
+        {
+            core::Database db = Db();
+            AddSale(db, QStringLiteral("1004"), title, QStringLiteral("2"), QStringLiteral("$3.00"),
+                    QStringLiteral("-"), EndIn(4), QString(120, u'b'), QStringLiteral("(20)"));
+            AddBid(db, QStringLiteral("3004"), title, QStringLiteral("$6.00"), EndIn(4), false,
+                   QString(120, u's'), QStringLiteral("(20)"));
+        }
+        ui::frmAuction* w = Open();
+        auto* tabs = Named<QTabWidget>(w, QStringLiteral("SSTab1"));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        const QSize least = w->minimumSizeHint();
+        const QSize size = w->size();
+        QVERIFY(least.width() <= w->screen()->availableGeometry().width());
+        const struct {
+            int tab;
+            const char* grid;
+            const char* item;
+            const char* frame;
+        } cases[] = {{0, "grdAuction", "1004", "fraAuctionInfo"},
+                     {1, "GrdBid", "3004", "fraBidInfo"}};
+        for (const auto& c : cases) {
+            tabs->setCurrentIndex(c.tab);
+            SelectItem(Named<QTableView>(w, QString::fromLatin1(c.grid)),
+                       QString::fromLatin1(c.item));
+            auto* frame = Named<QGroupBox>(w, QString::fromLatin1(c.frame));
+            QVERIFY(frame->title().startsWith(QStringLiteral("LampWWW")));
+            QVERIFY(!frame->isHidden());
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+            QCOMPARE(w->minimumSizeHint(), least);
+            QVERIFY(w->minimumSize().width() <= least.width());
+            QCOMPARE(w->size(), size);
+        }
     }
 
     void deleteAsksAndOnlyYesDeletes() {

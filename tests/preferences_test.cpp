@@ -547,24 +547,34 @@ TEST_F(PreferencesTest, UpdateWritesTheSiteRowWithListsAndRegions) {
     EXPECT_EQ(SiteValue(QStringLiteral("billpoint")).toInt(), 1);
     EXPECT_EQ(SiteValue(QStringLiteral("duration")).toInt(), 10);
     EXPECT_EQ(SiteValue(QStringLiteral("shipUSPlus")).toInt(), 1);
-    EXPECT_EQ(SiteValue(QStringLiteral("ShipAbroadPref")).toInt(), 0);
+    EXPECT_EQ(SiteValue(QStringLiteral("ShipAbroadPref")).toInt(), 1);
     EXPECT_EQ(SiteValue(QStringLiteral("northamerica")).toInt(), 1);
     EXPECT_EQ(SiteValue(QStringLiteral("southamerica")).toInt(), 1);
     EXPECT_EQ(SiteValue(QStringLiteral("europe")).toInt(), 0);
     EXPECT_EQ(SiteValue(QStringLiteral("caribbean")).toInt(), 0);
 }
 
-TEST_F(PreferencesTest, RegionsAreClearedUnlessShippingToTheUsPlusRegions) {
-    Preferences p = Filled();
-    Save(p);  // regions ticked
-    for (ShipScope scope : {ShipScope::International, ShipScope::DomesticOnly}) {
-        p.shipScope = scope;
+TEST_F(PreferencesTest, ShippingScopesWriteTheirFlagsAndOnlyUsPlusKeepsRegions) {
+    const struct {
+        ShipScope scope;
+        int usPlus;
+        int abroad;
+        int regions;
+    } cases[] = {
+        {ShipScope::USPlus, 1, 1, 1},
+        {ShipScope::International, 0, 1, 0},
+        {ShipScope::DomesticOnly, 0, 0, 0},
+        {ShipScope::USPlus, 1, 1, 1},
+    };
+    Preferences p = Filled();  // regions ticked
+    for (const auto& c : cases) {
+        p.shipScope = c.scope;
         Save(p);
-        EXPECT_EQ(SiteValue(QStringLiteral("shipUSPlus")).toInt(), 0);
-        EXPECT_EQ(SiteValue(QStringLiteral("ShipAbroadPref")).toInt(),
-                  scope == ShipScope::International ? 1 : 0);
-        EXPECT_EQ(SiteValue(QStringLiteral("northamerica")).toInt(), 0);
-        EXPECT_EQ(SiteValue(QStringLiteral("southamerica")).toInt(), 0);
+        EXPECT_EQ(SiteValue(QStringLiteral("shipUSPlus")).toInt(), c.usPlus);
+        EXPECT_EQ(SiteValue(QStringLiteral("ShipAbroadPref")).toInt(), c.abroad);
+        EXPECT_EQ(SiteValue(QStringLiteral("northamerica")).toInt(), c.regions);
+        EXPECT_EQ(SiteValue(QStringLiteral("southamerica")).toInt(), c.regions);
+        EXPECT_EQ(Load().shipScope, c.scope);
     }
 }
 

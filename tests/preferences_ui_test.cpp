@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QInputDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
@@ -418,6 +419,24 @@ private Q_SLOTS:
         auto* up = Named<QCheckBox>(&w, QStringLiteral("chkAAscending"));
         auto* down = Named<QCheckBox>(&w, QStringLiteral("chkADescending"));
         QVERIFY(!interval->isEnabled());
+        // The words of the tab: both page sizes count rows, and the refresh
+        // rows read as they always have.
+        QStringList words;
+        for (const QLabel* label :
+             Named<QWidget>(&w, QStringLiteral("tabViews"))->findChildren<QLabel*>()) {
+            words << label->text();
+        }
+        QCOMPARE(words.count(QStringLiteral("Rows per page (0 for all):")), 2);
+        QVERIFY2(words.filter(QStringLiteral("Days")).isEmpty(), qPrintable(words.join(u'|')));
+        QStringList refresh;
+        auto* options = Named<QListWidget>(&w, QStringLiteral("lstTimeLeftOptions"));
+        for (int row = 0; row < options->count(); ++row) {
+            refresh << options->item(row)->text();
+        }
+        QCOMPARE(refresh, QStringList({QStringLiteral("30 seconds"), QStringLiteral("minute"),
+                                       QStringLiteral("5 minutes"), QStringLiteral("10 minutes"),
+                                       QStringLiteral("15 minutes"), QStringLiteral("30 minutes"),
+                                       QStringLiteral("45 minutes"), QStringLiteral("hour")}));
         ClickBox(group);
         QVERIFY(interval->isEnabled());
         ClickRow(order, 1);  // HighBid

@@ -675,10 +675,10 @@ TEST_F(ListsTest, HeadClicksSortEachColumnByItsOwnRuleAndAlternate) {
     m.HeadClick(3);
     EXPECT_EQ(Column(m, 3), (QStringList{"$9.00", "$10.00", "$1,000.00"}));
 
-    m.HeadClick(4);  // dates by time, latest first
-    EXPECT_EQ(Column(m, 4), (QStringList{"06/15/00", "01/05/00", "12/30/99"}));
+    m.HeadClick(4);  // the end day as the text it is, not as a time: Z to A first
+    EXPECT_EQ(Column(m, 4), (QStringList{"12/30/99", "06/15/00", "01/05/00"}));
     m.HeadClick(4);
-    EXPECT_EQ(Column(m, 4), (QStringList{"12/30/99", "01/05/00", "06/15/00"}));
+    EXPECT_EQ(Column(m, 4), (QStringList{"01/05/00", "06/15/00", "12/30/99"}));
     EXPECT_EQ(m.SortColumn(), 4);
 
     // Rows keep their other cells and their colour when they move.
@@ -721,23 +721,32 @@ TEST(ListHeads, ClicksMapToColumnsByPositionAndGapsDoNothing) {
     EXPECT_EQ(empty.SortDirection(0), 0);
 }
 
-TEST_F(ListsTest, TheBidsListStartsSortedByTheEndSoonestFirst) {
-    Item it;
-    it.item = QStringLiteral("ten days");
-    it.endDate = DaysFromNow(10);
-    AddBid(it);
-    it.item = QStringLiteral("three days");
-    it.endDate = DaysFromNow(3);
-    AddBid(it);
+TEST_F(ListsTest, TheBidsListStartsSortedByItsTimeLeftTextAndARefillGivesTheQueryOrder) {
+    const struct {
+        const char* item;
+        int days;
+        int seconds;
+    } ends[] = {{"two hours", 0, 2 * 3600 + 30}, {"ten days", 10, 30}, {"three days", 3, 30}};
+    for (const auto& end : ends) {
+        Item it;
+        it.item = QString::fromLatin1(end.item);
+        it.endDate = DaysFromNow(end.days, end.seconds);
+        AddBid(it);
+    }
     BidsListing bids;
     bids.ShowGroup(Db(), Group::Current);
     // The query lists the latest end first.
-    EXPECT_EQ(bids.Model().ItemNumber(0), QStringLiteral("ten days"));
+    const QStringList byQuery{"ten days", "three days", "two hours"};
+    EXPECT_EQ(Column(bids.Model(), 0), byQuery);
+    // Column 4 ascending compares the texts: "0d 02h 00m", "10d ...", "3d ...".
     bids.ApplyInitialSort();
-    EXPECT_EQ(bids.Model().ItemNumber(0), QStringLiteral("three days"));
+    EXPECT_EQ(Column(bids.Model(), 0), (QStringList{"two hours", "ten days", "three days"}));
     EXPECT_EQ(bids.Model().SortDirection(4), 1);
     bids.Model().HeadClick(4);
-    EXPECT_EQ(bids.Model().ItemNumber(0), QStringLiteral("ten days"));
+    EXPECT_EQ(Column(bids.Model(), 0), (QStringList{"three days", "ten days", "two hours"}));
+    // A refill shows the rows as the query gives them, whatever was sorted.
+    bids.ShowGroup(Db(), Group::Current);
+    EXPECT_EQ(Column(bids.Model(), 0), byQuery);
 }
 
 // ------------------------------------------------------------ time left
@@ -915,9 +924,9 @@ TEST_F(ListsTest, AHundredThousandRowsWithNullsAndHugeTitlesFillAndSort) {
 
     m.HeadClick(3);
     EXPECT_GE(m.HighBidValue(0), m.HighBidValue(kRows - 1));
-    m.HeadClick(4);  // latest first, the rows without an end last
-    EXPECT_EQ(m.Text(kRows - 1, 4), QStringLiteral("n/a"));
-    EXPECT_NE(m.Text(0, 4), QStringLiteral("n/a"));
+    m.HeadClick(4);  // Z to A by text: "n/a" before every time left
+    EXPECT_EQ(m.Text(0, 4), QStringLiteral("n/a"));
+    EXPECT_NE(m.Text(kRows - 1, 4), QStringLiteral("n/a"));
     m.HeadClick(1);
     EXPECT_TRUE(sales.RefreshTimeLeftSales(Db()));
     EXPECT_FALSE(m.Text(kRows - 1, 4).isEmpty());

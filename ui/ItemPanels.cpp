@@ -1,6 +1,8 @@
 // The four item panels and the star pictures. Values arrive finished from
 // views/panels; this file only places them, colours them and keeps very long
-// texts from making a label lay out megabytes on every paint.
+// texts from making a label lay out megabytes on every paint. No value sets
+// the least size of a panel: a long title or name is cut where the panel
+// ends, so that the main window's least size never follows the data.
 #include "ui/ItemPanels.h"
 
 #include <QFontDatabase>
@@ -12,8 +14,11 @@
 #include <QListWidget>
 #include <QPainter>
 #include <QPainterPath>
+#include <QStyleOptionGroupBox>
+#include <QStylePainter>
 #include <QVBoxLayout>
 #include <QtMath>
+#include <algorithm>
 
 namespace lw::ui {
 
@@ -43,8 +48,19 @@ QString LabelText(const QString& doubled) {
     return Shown(QString(doubled).replace(QStringLiteral("&&"), QStringLiteral("&")));
 }
 
+// A value label whose least width is that of a few characters, whatever it
+// shows; a longer text is cut at the panel's edge.
+class ValueLabel : public QLabel {
+public:
+    using QLabel::QLabel;
+    QSize minimumSizeHint() const override {
+        return {fontMetrics().horizontalAdvance(QLatin1Char('x')) * 4,
+                QLabel::minimumSizeHint().height()};
+    }
+};
+
 QLabel* Value(QWidget* parent, const QString& name) {
-    auto* label = new QLabel(QStringLiteral("n/a"), parent);
+    auto* label = new ValueLabel(QStringLiteral("n/a"), parent);
     label->setObjectName(name);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
@@ -79,6 +95,29 @@ void SetColour(QLabel* label, views::CellColour colour) {
     palette.setColor(QPalette::WindowText, views::ColourOf(colour));
     label->setPalette(palette);
 }
+
+// A panel frame whose least size is that of its contents: the title (an
+// item's title and number) is drawn cut in the middle when the frame is
+// narrower than it, and never widens the window.
+class PanelFrame : public QGroupBox {
+public:
+    explicit PanelFrame(QWidget* parent) : QGroupBox(parent) {}
+
+    QSize minimumSizeHint() const override { return QWidget::minimumSizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QStylePainter painter(this);
+        QStyleOptionGroupBox option;
+        initStyleOption(&option);
+        // Room for the title: the frame less a margin of two characters on
+        // each side.
+        const int room = std::max(0, width() - fontMetrics().averageCharWidth() * 4);
+        option.text =
+            fontMetrics().elidedText(option.text, Qt::ElideMiddle, room, Qt::TextShowMnemonic);
+        painter.drawComplexControl(QStyle::CC_GroupBox, option);
+    }
+};
 
 void SetTitle(QGroupBox* box, const QString& title, views::CellColour colour) {
     box->setTitle(ShownTitle(title));
@@ -177,7 +216,7 @@ SalePanels::SalePanels(QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
 
-    m_fraAuctionInfo = new QGroupBox(this);
+    m_fraAuctionInfo = new PanelFrame(this);
     m_fraAuctionInfo->setObjectName(QStringLiteral("fraAuctionInfo"));
     {
         QWidget* f = m_fraAuctionInfo;
@@ -209,7 +248,7 @@ SalePanels::SalePanels(QWidget* parent) : QWidget(parent) {
     }
     layout->addWidget(m_fraAuctionInfo);
 
-    m_fraDutchInfo = new QGroupBox(this);
+    m_fraDutchInfo = new PanelFrame(this);
     m_fraDutchInfo->setObjectName(QStringLiteral("fraDutchInfo"));
     {
         QWidget* f = m_fraDutchInfo;
@@ -238,6 +277,12 @@ SalePanels::SalePanels(QWidget* parent) : QWidget(parent) {
 }
 
 void SalePanels::ShowSale(const views::SalePanel& p) {
+    FillSale(p);
+    m_fraDutchInfo->hide();
+    m_fraAuctionInfo->show();
+}
+
+void SalePanels::FillSale(const views::SalePanel& p) {
     QWidget* f = m_fraAuctionInfo;
     SetTitle(m_fraAuctionInfo, p.title, p.colour);
     Child<QLabel>(f, QStringLiteral("lblCategory"))->setText(LabelText(p.category));
@@ -253,8 +298,6 @@ void SalePanels::ShowSale(const views::SalePanel& p) {
     SetLabel(f, QStringLiteral("lblEnds"), p.ends);
     SetLabel(f, QStringLiteral("lblTimeLeft"), p.timeLeft);
     SetWords(f, p.words, 55, 71, 48);
-    m_fraDutchInfo->hide();
-    m_fraAuctionInfo->show();
 }
 
 void SalePanels::ShowDutchSale(const views::DutchSalePanel& p) {
@@ -291,7 +334,7 @@ BidPanels::BidPanels(QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
 
-    m_fraBidInfo = new QGroupBox(this);
+    m_fraBidInfo = new PanelFrame(this);
     m_fraBidInfo->setObjectName(QStringLiteral("fraBidInfo"));
     {
         QWidget* f = m_fraBidInfo;
@@ -327,7 +370,7 @@ BidPanels::BidPanels(QWidget* parent) : QWidget(parent) {
     }
     layout->addWidget(m_fraBidInfo);
 
-    m_frmDutchBid = new QGroupBox(this);
+    m_frmDutchBid = new PanelFrame(this);
     m_frmDutchBid->setObjectName(QStringLiteral("frmDutchBid"));
     {
         QWidget* f = m_frmDutchBid;

@@ -27,7 +27,12 @@ class SalePanels : public QWidget {
 public:
     explicit SalePanels(QWidget* parent = nullptr);
 
+    // Fills fraAuctionInfo and shows it in place of fraDutchInfo.
     void ShowSale(const views::SalePanel& panel);
+    // Fills fraAuctionInfo and leaves shown whichever frame was: the
+    // time-left refresh, which must not turn a multi-winner sale's panel
+    // into the plain one.
+    void FillSale(const views::SalePanel& panel);
     void ShowDutchSale(const views::DutchSalePanel& panel);
     // ClearSalePanel: the plain panel in its empty state.
     void Clear();

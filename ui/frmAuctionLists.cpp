@@ -301,7 +301,8 @@ void frmAuction::RefreshTimeLeftSales() {
         if (!m_sales.RefreshTimeLeftSales(Db())) {
             return;
         }
-        // The selected item counts down in the plain panel too, whatever its kind.
+        // The selected item counts down in the plain panel too, whatever its
+        // kind; the panel that the selection showed stays in view.
         const int row = m_grdAuction->CurrentRow();
         const QString item = m_sales.Model().ItemNumber(row);
         if (item.isEmpty()) {
@@ -310,7 +311,7 @@ void frmAuction::RefreshTimeLeftSales() {
         if (const auto panel =
                 views::ShowSaleDetails(Db(), item, views::Group::Current,
                                        m_sales.Model().Text(row, views::ListingModel::kEnd))) {
-            m_salePanels->ShowSale(*panel);
+            m_salePanels->FillSale(*panel);
         }
     } catch (const std::exception&) {
         // The time-left refresh never reports; the next one reads afresh.

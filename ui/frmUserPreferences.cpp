@@ -453,7 +453,7 @@ QWidget* frmUserPreferences::BuildViewsTab() {
         direction->addButton(ascending);
         direction->addButton(descending);
         grid->addWidget(enable, 0, 0, 1, 3);
-        grid->addWidget(new QLabel(QStringLiteral("Days to show (0 for all):"), group), 1, 0);
+        grid->addWidget(new QLabel(QStringLiteral("Rows per page (0 for all):"), group), 1, 0);
         grid->addWidget(interval, 1, 1);
         grid->addWidget(new QLabel(QStringLiteral("Sort by:"), group), 2, 0, Qt::AlignTop);
         grid->addWidget(order, 2, 1, 1, 2);

@@ -71,27 +71,6 @@ QString DutchMark() {
     return QStringLiteral("*D*");
 }
 
-qint64 EndStampKey(QStringView endStamp) {
-    if (endStamp.isEmpty()) {
-        return -1;
-    }
-    qint64 key = 0;
-    int digits = 0;
-    for (const QChar c : endStamp) {
-        if (digits == 14) {
-            break;
-        }
-        if (c.isDigit()) {
-            key = key * 10 + c.digitValue();
-            ++digits;
-        }
-    }
-    for (; digits < 14; ++digits) {
-        key *= 10;
-    }
-    return key;
-}
-
 ListingModel::ListingModel(QObject* parent) : QAbstractTableModel(parent) {}
 
 int ListingModel::rowCount(const QModelIndex& parent) const {
@@ -251,7 +230,6 @@ void ListingModel::RefreshTimeLeft(const QHash<QString, End>& ends, const QDateT
             continue;
         }
         row.endDate = found->endDate;
-        row.endKey = found->endKey;
         row.endNull = found->endNull;
     }
     std::fill(m_timeLeftDone.begin(), m_timeLeftDone.end(), false);
@@ -353,11 +331,20 @@ void ListingModel::Sort(int column, int direction) {
             break;
         }
         case kEnd: {
+            // The texts as the column shows them: "2d 03h 10m" comes before
+            // "9h 05m", and "12/30/99" after "01/05/00".
+            std::vector<QString> texts;
+            std::vector<QString> folded;
+            texts.reserve(n);
+            folded.reserve(n);
+            for (size_t row = 0; row < n; ++row) {
+                texts.push_back(EndText(static_cast<int>(row)));
+                folded.push_back(texts.back().toCaseFolded());
+            }
             const int sign = direction == 1 ? 1 : -1;
             sortBy([&](size_t a, size_t b) {
-                const int byTime = CompareValues(m_rows[a].endKey, m_rows[b].endKey);
-                return sign *
-                       (byTime != 0 ? byTime : CompareNoCase(m_rows[a].endDate, m_rows[b].endDate));
+                const int blind = QString::compare(folded[a], folded[b], Qt::CaseSensitive);
+                return sign * (blind != 0 ? blind : CompareNoCase(texts[a], texts[b]));
             });
             break;
         }

@@ -12,7 +12,6 @@
 #include <QDateTime>
 #include <QHash>
 #include <QString>
-#include <QStringView>
 #include <array>
 #include <vector>
 
@@ -30,10 +29,6 @@ QString NotAvailable();
 // Column 2 of a multi-winner sale; selection tells a Dutch row by it.
 QString DutchMark();
 
-// EndStamp ("2000-06-07 12:04:00") as a number that sorts as the time does;
-// -1 for an empty stamp. Missing time digits count as 0.
-qint64 EndStampKey(QStringView endStamp);
-
 // One row as the listing read it.
 struct ListingRow {
     QString item;             // column 0
@@ -41,7 +36,6 @@ struct ListingRow {
     QString bids;             // column 2
     QString highBid;          // column 3
     QString endDate;          // EndDate as stored; column 4 is made from it
-    qint64 endKey = -1;       // EndStamp as yyyymmddhhmmss, -1 when none
     double highBidValue = 0;  // HighBid by the number rule
     CellColour colour = CellColour::None;
     bool endNull = true;
@@ -82,7 +76,8 @@ public:
     // Head clicks. A column's direction is 0 before its first click, then
     // alternates 2, 1, 2, ... Column 0 sorts descending on 2 and ascending on 1;
     // column 1 A to Z on 2; columns 2 and 3 (by value) largest first on 2;
-    // column 4 (by end time) latest first on 2.
+    // column 4 by the text it shows (a time left or an end day, not the
+    // time), A to Z on 1.
     void HeadClick(int column);
     void Sort(int column, int direction);
     // Sets a direction without sorting (the bids list's start values).
@@ -100,7 +95,6 @@ public:
     // The end of an item as read again for the time-left refresh.
     struct End {
         QString endDate;
-        qint64 endKey = -1;
         bool endNull = true;
     };
     // New ends by item number, texts as of now; only column 4 changes, and

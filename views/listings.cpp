@@ -147,7 +147,6 @@ enum ListColumn : int {
     cEndDate,
     cHighBidderName,
     cHighBidNum,
-    cEndStamp,
     cExtra  // per list: reserve met and age of a sale, winning state of a bid
 };
 
@@ -169,7 +168,6 @@ ListingRow CommonRow(const Statement& s) {
     row.highBid = Trimmed(s, cHighBid);
     row.endNull = s.IsNull(cEndDate);
     row.endDate = s.Text(cEndDate);
-    row.endKey = EndStampKey(s.Text(cEndStamp));
     row.highBidValue = s.Value(cHighBidNum).toDouble();
     return row;
 }
@@ -178,7 +176,7 @@ QString SelectedColumns(const QString& source) {
     return source + QStringLiteral(".ItemNumber, ") + source + QStringLiteral(".ItemTitle, ") +
            source + QStringLiteral(".NumberBids, ") + source + QStringLiteral(".HighBid, ") +
            source + QStringLiteral(".EndDate, ") + source + QStringLiteral(".HighBidderName, ") +
-           source + QStringLiteral(".HighBidNum, ") + source + QStringLiteral(".EndStamp");
+           source + QStringLiteral(".HighBidNum");
 }
 
 // The ends of the listed items, read again by item number: one keyed look-up
@@ -194,12 +192,11 @@ QHash<QString, ListingModel::End> ReadEnds(Database& db, const QString& table,
         ListingModel::End end;
         end.endNull = s.IsNull(first);
         end.endDate = s.Text(first);
-        end.endKey = EndStampKey(s.Text(first + 1));
         ends.insert(item, end);
     };
     constexpr size_t kKeyedLimit = 200;
     if (model.Rows().size() <= kKeyedLimit) {
-        Statement s = db.Prepare(QStringLiteral("SELECT EndDate, EndStamp FROM ") + table +
+        Statement s = db.Prepare(QStringLiteral("SELECT EndDate FROM ") + table +
                                  QStringLiteral(" WHERE ItemNumber = ? AND UserName = ? LIMIT 1"));
         for (const ListingRow& row : model.Rows()) {
             if (ends.contains(row.item)) {
@@ -213,7 +210,7 @@ QHash<QString, ListingModel::End> ReadEnds(Database& db, const QString& table,
         }
         return ends;
     }
-    Statement s = db.Prepare(QStringLiteral("SELECT ItemNumber, EndDate, EndStamp FROM ") + table +
+    Statement s = db.Prepare(QStringLiteral("SELECT ItemNumber, EndDate FROM ") + table +
                              QStringLiteral(" WHERE UserName = ?"));
     s.Bind(1, user);
     while (s.Step()) {
@@ -422,12 +419,12 @@ void SalesListing::Show(Database& db, Group group, bool moveBack, bool goFirst, 
     const QString order = group == Group::Current
                               ? QStringLiteral("EndStamp, ") + OrderTerm(db, group)
                               : OrderTerm(db, group);
-    Statement s = db.Prepare(QStringLiteral("SELECT ") + SelectedColumns(source) +
-                             QStringLiteral(", ReserveBid, HighBidNum >= ReserveBidNum, "
-                                            "EndDay <= date('now', 'localtime', '-3 days') FROM ") +
-                             source + QStringLiteral(" WHERE UserName = ?") +
-                             SalesFilter(m_successfulOnly) + QStringLiteral(" ORDER BY ") + order +
-                             QStringLiteral(", ItemNumber LIMIT ? OFFSET ?"));
+    Statement s =
+        db.Prepare(QStringLiteral("SELECT ") + SelectedColumns(source) +
+                   QStringLiteral(", ReserveBid, HighBidNum >= ReserveBidNum, "
+                                  "EndDay <= date('now', 'localtime', '-3 days') FROM ") +
+                   source + QStringLiteral(" WHERE UserName = ?") + SalesFilter(m_successfulOnly) +
+                   QStringLiteral(" ORDER BY ") + order + QStringLiteral(" LIMIT ? OFFSET ?"));
     s.BindAll(user, page.interval, page.skip);
 
     const int reserveBid = cExtra;
@@ -578,42 +575,45 @@ void BidsListing::Show(Database& db, Group group, bool successful) {
                source + QStringLiteral(".ItemNumber AND Won.HighBidderName = ?2) ELSE 0 END") +
                part + QStringLiteral(" FROM ") + source;
     };
-    QString sql;
+    QStringList queries;
     if (!successful) {
-        sql = select(BidsSource(group), QString()) +
-              QStringLiteral(" WHERE UserName = ?1 ORDER BY EndStamp DESC, ItemNumber DESC");
+        queries << select(BidsSource(group), QString()) +
+                       QStringLiteral(
+                           " WHERE UserName = ?1 ORDER BY EndStamp DESC, ItemNumber DESC");
     } else {
-        // The won bids by their end, then the user's wins of multi-winner
-        // items, in one grid.
-        sql =
-            select(BidsSource(group), QStringLiteral(", 0 AS Part")) +
-            QStringLiteral(" WHERE UserName = ?1 AND Winning <> 0 UNION ALL ") +
-            select(DutchBidsSource(group), QStringLiteral(", 1")) +
-            QStringLiteral(" WHERE UserName = ?1 AND HighBidderName = ?2 ORDER BY Part, EndStamp");
+        // Two sets, one after the other in one grid: the won bids by their
+        // end, then the user's wins of multi-winner items as they are stored.
+        queries << select(BidsSource(group), QString()) +
+                       QStringLiteral(" WHERE UserName = ?1 AND Winning <> 0 ORDER BY EndStamp")
+                << select(DutchBidsSource(group), QString()) +
+                       QStringLiteral(" WHERE UserName = ?1 AND HighBidderName = ?2");
     }
-    Statement s = db.Prepare(sql);
-    s.BindAll(core::CurrentSession().CurrentUser, userId);
 
     const int winning = cExtra;
     const int dutchWon = cExtra + 1;
     std::vector<ListingRow> rows;
-    while (s.Step()) {
-        ListingRow row = CommonRow(s);
-        row.bids = Trimmed(s, cNumberBids);
-        const QVariant flag = s.Value(winning);
-        const bool isWinning = flag.typeId() == QMetaType::QString
-                                   ? (flag.toString().trimmed().compare(QLatin1String("True"),
-                                                                        Qt::CaseInsensitive) == 0 ||
-                                      core::Val(flag.toString()) != 0)
-                                   : flag.toDouble() != 0;
-        if (isWinning) {
-            row.colour = CellColour::Green;
-        } else if (s.Text(cHighBidderName) == kDutchAuction) {
-            row.colour = s.Value(dutchWon).toLongLong() != 0 ? CellColour::Green : CellColour::Red;
-        } else {
-            row.colour = CellColour::Red;
+    for (const QString& sql : queries) {
+        Statement s = db.Prepare(sql);
+        s.BindAll(core::CurrentSession().CurrentUser, userId);
+        while (s.Step()) {
+            ListingRow row = CommonRow(s);
+            row.bids = Trimmed(s, cNumberBids);
+            const QVariant flag = s.Value(winning);
+            const bool isWinning = flag.typeId() == QMetaType::QString
+                                       ? (flag.toString().trimmed().compare(
+                                              QLatin1String("True"), Qt::CaseInsensitive) == 0 ||
+                                          core::Val(flag.toString()) != 0)
+                                       : flag.toDouble() != 0;
+            if (isWinning) {
+                row.colour = CellColour::Green;
+            } else if (s.Text(cHighBidderName) == kDutchAuction) {
+                row.colour =
+                    s.Value(dutchWon).toLongLong() != 0 ? CellColour::Green : CellColour::Red;
+            } else {
+                row.colour = CellColour::Red;
+            }
+            rows.push_back(std::move(row));
         }
-        rows.push_back(std::move(row));
     }
     m_count = static_cast<qint64>(rows.size());
     m_model.SetRows(std::move(rows), timeLeft, QDateTime::currentDateTime(),

@@ -1,8 +1,9 @@
 // My Sales and My Bids: which rows each list shows (the current and archived
 // cuts, the successful filters), how the sales pages move, the view settings
 // they read and store, the captions of the group combos, the totals, and the
-// time-left refresh. Each fill reads its rows with one query, sorted by the
-// stored number and day columns, and hands them to its ListingModel. Nothing
+// time-left refresh. Each fill reads its rows with one query (the successful
+// bids with two, shown one after the other), sorted by the stored number and
+// day columns, and hands them to its ListingModel. Nothing
 // here draws, and nothing here writes a row of the database.
 #pragma once
 
