@@ -151,6 +151,13 @@ TEST(CliQuery, ReadsOnlyAndEscapesCells) {
             {QStringLiteral("query"), QStringLiteral("SELECT 'a' || char(9) || 'b' AS t, NULL AS "
                                                      "n, 'it''s' AS q")});
     EXPECT_EQ(cells.out, QStringLiteral("t\tn\tq\na\\tb\t\tit's\n"));
+    // SQL in the rule files' spelling: trailing blanks in a compared literal
+    // do not count, and Left$( runs.
+    const CliRun jet = Cli(root.Path(), {QStringLiteral("query"),
+                                         QStringLiteral("SELECT UserName FROM Users WHERE "
+                                                        "UserName = 'ann  ' AND Left$(UserName, "
+                                                        "1) = 'A' AND Left(UserName, 2) = 'An'")});
+    EXPECT_EQ(jet.out, QStringLiteral("UserName\nAnn\n")) << jet.err.toStdString();
     const CliRun broken =
         Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT FROM")});
     EXPECT_EQ(broken.code, 1);
