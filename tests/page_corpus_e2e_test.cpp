@@ -185,9 +185,9 @@ TEST_P(PageCorpus, ScanPrintsTheExpectedRecords) {
     const QDir folder(CorpusDir() + u'/' + name);
     SCOPED_TRACE("case folder tests/pages/" + GetParam());
 
-    const CaseFile spec = ReadCase(folder);
-    ASSERT_TRUE(spec.fault.isEmpty()) << spec.fault.toStdString();
-    const QString rules = QFileInfo(folder.filePath(spec.rules)).absoluteFilePath();
+    const CaseFile testCase = ReadCase(folder);
+    ASSERT_TRUE(testCase.fault.isEmpty()) << testCase.fault.toStdString();
+    const QString rules = QFileInfo(folder.filePath(testCase.rules)).absoluteFilePath();
     ASSERT_TRUE(QFile::exists(rules)) << "no rule file " << rules.toStdString();
     const QString page = folder.filePath(QStringLiteral("page.html"));
     ASSERT_TRUE(QFile::exists(page)) << "no page.html";
@@ -209,21 +209,21 @@ TEST_P(PageCorpus, ScanPrintsTheExpectedRecords) {
 
     QStringList args{
         QStringLiteral("scan"), QStringLiteral("--rules"), rules, QStringLiteral("--protocol"),
-        spec.protocol,          QStringLiteral("--page"),  page};
+        testCase.protocol,      QStringLiteral("--page"),  page};
     if (QFileInfo(folder.filePath(QStringLiteral("pages"))).isDir()) {
         args << QStringLiteral("--pages") << folder.filePath(QStringLiteral("pages"));
     }
     const ScanRun run = Scan(args);
-    const bool anyNonZero = !spec.exit && errorText.has_value();
+    const bool anyNonZero = !testCase.exit && errorText.has_value();
     const QStringList faults =
-        Differences(run, expected, errorLines, spec.exit.value_or(0), anyNonZero);
+        Differences(run, expected, errorLines, testCase.exit.value_or(0), anyNonZero);
 
     const std::string told =
         faults.join(u'\n').toStdString() + "\nerror output:\n" + run.err.toStdString();
-    if (!spec.knownFailure.isEmpty()) {
+    if (!testCase.knownFailure.isEmpty()) {
         ASSERT_FALSE(faults.isEmpty())
             << "the case passes now: take known_failure out of its case.ini";
-        GTEST_SKIP() << "known failure: " << spec.knownFailure.toStdString() << "\n" << told;
+        GTEST_SKIP() << "known failure: " << testCase.knownFailure.toStdString() << "\n" << told;
     }
     EXPECT_TRUE(faults.isEmpty()) << told;
 }
