@@ -151,11 +151,29 @@ int Rules(const Options& options, const QString& exeDir, QTextStream& out, QText
             err << error << '\n';
             return kExitFailure;
         }
-        out << "Installed " << options.words.at(2) << " and " << options.words.at(3) << '\n';
+        out << "Installed " << options.words.at(2) << " and " << options.words.at(3)
+            << "; the rules they replace are kept in " << update::PreviousRulesDir() << '\n';
+        return kExitOk;
+    }
+    if (verb == QLatin1String("restore")) {
+        if (options.words.size() != 2) {
+            err << "rules restore takes no more words.\n";
+            return kExitUsage;
+        }
+        if (!OpenSession(options, exeDir, false, err)) {
+            return kExitFailure;
+        }
+        QString error;
+        if (!update::RestorePreviousRules(&error)) {
+            err << error << '\n';
+            return kExitFailure;
+        }
+        out << "Restored the earlier rules; the rules they replace are kept in "
+            << update::PreviousRulesDir() << '\n';
         return kExitOk;
     }
     if (verb != QLatin1String("get") && verb != QLatin1String("name")) {
-        err << "rules takes get, name or install.\n";
+        err << "rules takes get, name, install or restore.\n";
         return kExitUsage;
     }
     if (options.words.size() != 4) {
@@ -408,6 +426,8 @@ QString CliUsage() {
                "  rules get SECTION KEY [--store N]     the value of a key in the rules\n"
                "  rules name SECTION VALUE [--store N]  the key that holds a value\n"
                "  rules install SITE.PRO INFO.PRO       replace both rule files\n"
+               "  rules restore                         put back the rules the last install\n"
+               "        or rule update replaced\n"
                "  query SQL                             read-only SQL; rows as tab-separated "
                "lines\n"
                "  scan --rules FILE --protocol NAME --page FILE [--pages DIR]\n"

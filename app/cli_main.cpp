@@ -5,9 +5,11 @@
 
 #include "app/cli_commands.h"
 #include "app/terminal_ui.h"
+#include "core/core_dumps.h"
 #include "core/session.h"
 
 int main(int argc, char** argv) {
+    lw::core::TurnOffCoreDumps();  // the site password is in memory
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Lotwright"));
     QCoreApplication::setOrganizationName(QStringLiteral("Lotwright"));

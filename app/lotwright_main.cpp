@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QTextStream>
 
+#include "core/core_dumps.h"
 #include "core/session.h"
 #include "core/settings.h"
 #include "ui/DesktopStart.h"
@@ -12,6 +13,7 @@
 #include "ui/qt_ui.h"
 
 int main(int argc, char** argv) {
+    lw::core::TurnOffCoreDumps();  // the site password is in memory
     // The options are read before the application is made, so that a wrong
     // one is told even where no display can be opened.
     QString givenRoot;

@@ -153,10 +153,15 @@ Easy NewTransfer(const QString& url, const NetOptions& options, Transfer& transf
     curl_easy_setopt(e, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(e, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(e, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(e, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(e, CURLOPT_MAXREDIRS, 20L);
+    // Redirects are followed by Perform, which checks the host of each.
+    curl_easy_setopt(e, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(options.connectTimeoutMs));
     curl_easy_setopt(e, CURLOPT_TIMEOUT_MS, static_cast<long>(std::max(0, options.totalTimeoutMs)));
+    if (options.stallTimeoutSec > 0) {
+        // Less than one byte a second over the whole time: nothing came.
+        curl_easy_setopt(e, CURLOPT_LOW_SPEED_LIMIT, 1L);
+        curl_easy_setopt(e, CURLOPT_LOW_SPEED_TIME, static_cast<long>(options.stallTimeoutSec));
+    }
     curl_easy_setopt(e, CURLOPT_USERAGENT, options.userAgent.toUtf8().constData());
     SetProxy(e, options);
     if (!options.cookieFile.isEmpty()) {
@@ -206,11 +211,63 @@ NetResult NoHandle(const QString& url) {
 
 namespace {
 
+bool IsRedirect(long httpCode) {
+    return httpCode == 301 || httpCode == 302 || httpCode == 303 || httpCode == 307 ||
+           httpCode == 308;
+}
+
+// The place a redirect answer points to; empty when it names none.
+QString RedirectTarget(CURL* easy) {
+    char* target = nullptr;
+    if (curl_easy_getinfo(easy, CURLINFO_REDIRECT_URL, &target) != CURLE_OK || target == nullptr) {
+        return {};
+    }
+    return QString::fromUtf8(target);
+}
+
+bool SameHost(const QString& first, const QString& second) {
+    const QString a = QUrl(first).host();
+    return !a.isEmpty() && a.compare(QUrl(second).host(), Qt::CaseInsensitive) == 0;
+}
+
 // Runs a prepared transfer and hands its handle back; a callback's exception
-// is thrown again here, outside libcurl.
+// is thrown again here, outside libcurl. A redirect to the host of the
+// address is followed on the same handle, so cookies and the connection go
+// along; a post becomes a GET after 301, 302 and 303, as browsers do; the
+// body of a redirect answer is dropped.
 NetResult Perform(Easy easy, const QString& url, const NetOptions& options, Transfer& transfer) {
-    const CURLcode code = curl_easy_perform(easy.get());
-    NetResult result = Outcome(easy.get(), code, url, transfer);
+    CURL* e = easy.get();
+    CURLcode code = curl_easy_perform(e);
+    QString redirectError;
+    for (int redirects = 0; code == CURLE_OK && !transfer.failure; ++redirects) {
+        long httpCode = 0;
+        curl_easy_getinfo(e, CURLINFO_RESPONSE_CODE, &httpCode);
+        const QString target = IsRedirect(httpCode) ? RedirectTarget(e) : QString();
+        if (target.isEmpty()) {
+            break;
+        }
+        if (!SameHost(url, target)) {
+            redirectError = QStringLiteral("Redirected to another host, not followed: ") + target +
+                            QStringLiteral(" (") + url + u')';
+            break;
+        }
+        if (redirects >= kMaxRedirects) {
+            redirectError = QStringLiteral("More than %1 redirects: ").arg(kMaxRedirects) + url;
+            break;
+        }
+        transfer.body->clear();
+        transfer.received = 0;
+        if (httpCode != 307 && httpCode != 308) {
+            curl_easy_setopt(e, CURLOPT_HTTPGET, 1L);
+        }
+        curl_easy_setopt(e, CURLOPT_URL, target.toUtf8().constData());
+        code = curl_easy_perform(e);
+    }
+    NetResult result = Outcome(e, code, url, transfer);
+    if (!redirectError.isEmpty()) {
+        result.status = NetStatus::Failed;
+        result.error = redirectError;
+    }
     if (transfer.tooLong) {
         result.error =
             QStringLiteral("The page is longer than %1 bytes: ").arg(transfer.limit) + url;

@@ -15,6 +15,9 @@ struct NetOptions {
     int proxyPort = 0;
     int connectTimeoutMs = 15000;
     int totalTimeoutMs = 300000;  // 0: none
+    // A transfer that receives no byte for this many seconds is dropped at
+    // once, whatever time the total allows; 0: never.
+    int stallTimeoutSec = 60;
     QString userAgent = QStringLiteral("Lotwright/0.1");
     QByteArray cookieFile;  // empty: no cookie jar
 };
@@ -36,6 +39,11 @@ inline constexpr qint64 kPostAnswerLimit = 75000;
 
 // A page of more bytes than this fails rather than fill the memory.
 inline constexpr qint64 kPageLimit = qint64{256} * 1024 * 1024;
+
+// Redirects are followed only to the host the address named, and at most this
+// many for one request; a redirect to any other host fails the transfer, so
+// that nothing the program sends reaches a host it was not given.
+inline constexpr int kMaxRedirects = 10;
 
 // Called while data arrives; return false to abort (the result is Cancelled).
 using NetProgress = std::function<bool(qint64 received, qint64 total)>;

@@ -642,6 +642,21 @@ private Q_SLOTS:
         QCOMPARE(s.Text(0), QStringLiteral("01/02/03 04:05:06 PST"));
     }
 
+    void restoreEarlierRulesAsksFirstAndSaysWhenNoneAreKept() {
+        Prepare();
+        ui::frmAuction* w = Open();
+        QAction* restore = Named<QAction>(w, QStringLiteral("mnuRestoreRules"));
+        m_ui->ScriptAnswer(core::Answer::No);
+        restore->trigger();
+        QCOMPARE(m_ui->History().back().kind, QStringLiteral("ask"));
+        QCOMPARE(m_ui->History().back().title, QStringLiteral("Restore Earlier Rules"));
+        QVERIFY(m_ui->Messages().isEmpty());
+        m_ui->ScriptAnswer(core::Answer::Yes);
+        restore->trigger();
+        QCOMPARE(m_ui->Titles(), QStringList({QStringLiteral("Restore Earlier Rules")}));
+        QVERIFY(m_ui->Messages().at(0).contains(QStringLiteral("No earlier rules")));
+    }
+
     void siteLinksOpenOnlyWhenTheSiteAnswers() {
         Prepare();
         ui::frmAuction* w = Open();

@@ -1,15 +1,23 @@
 // lotwright-cli as a user runs it: a fresh root, the rule look-ups, a rule
-// install, read-only queries, and clear failures that leave files alone.
+// install and restore, read-only queries, clear failures that leave files
+// alone, and a process that writes no core file.
 #include <gtest/gtest.h>
 
 #include <QCryptographicHash>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
+#include <atomic>
+#include <chrono>
+#include <thread>
 
+#include "tests/support/loopback_server.h"
 #include "tests/support/test_support.h"
 
 using lw::test::BinDir;
+using lw::test::LoopbackServer;
 using lw::test::ReadAll;
+using lw::test::SourceDir;
 using lw::test::TempRoot;
 
 namespace {
@@ -99,37 +107,105 @@ TEST(CliRules, LookUpKeysAndNamesByTheStoreRules) {
     EXPECT_EQ(badStore.code, 2);
 }
 
-TEST(CliRules, InstallReplacesBothTextsAndMissingFilesChangeNothing) {
+TEST(CliRules, InstallChecksTheFilesAndRestorePutsTheEarlierRulesBack) {
     TempRoot root;
     ASSERT_EQ(Init(root.Path()).code, 0);
-    const QString site = root.Write(
-        QStringLiteral("new/site.pro"),
-        "[Sites]\nSite0=Demo Market\n\n[Update]\nProtocols=0\n");  // LF only, no blank at the end
-    const QString info = root.Write(QStringLiteral("new/info.pro"),
-                                    "[Mail Server]\r\nServer=mail.example.test:2525");
-    const CliRun missing = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("install"),
-                                             site, root.File(QStringLiteral("new/none.pro"))});
+    const auto get = [&root](const char* section, const char* key, const char* store) {
+        return Cli(root.Path(),
+                   {QStringLiteral("rules"), QStringLiteral("get"), QLatin1String(section),
+                    QLatin1String(key), QStringLiteral("--store"), QLatin1String(store)})
+            .out;
+    };
+    const auto rules = [&root](QStringList words) {
+        words.prepend(QStringLiteral("rules"));
+        return Cli(root.Path(), words);
+    };
+    QByteArray siteText = ReadAll(SourceDir() + QStringLiteral("/rules/site.pro"));
+    siteText.replace("Current Protocol=1", "Current Protocol=Demo").replace("\r\n", "\n");
+    QByteArray infoText = ReadAll(SourceDir() + QStringLiteral("/rules/info.pro"));
+    infoText.replace("Server=127.0.0.1:8025", "Server=mail.example.test:2525");
+    const QString site = root.Write(QStringLiteral("new/site.pro"), siteText);  // LF only
+    const QString info = root.Write(QStringLiteral("new/info.pro"), infoText);
+    const QString portal = root.Write(QStringLiteral("new/portal.pro"),
+                                      "<html><body>Sign in to use this network</body></html>");
+
+    const CliRun nothingKept = rules({QStringLiteral("restore")});
+    EXPECT_EQ(nothingKept.code, 1);
+    EXPECT_TRUE(nothingKept.err.contains(QStringLiteral("No earlier rules")))
+        << nothingKept.err.toStdString();
+    const CliRun missing =
+        rules({QStringLiteral("install"), site, root.File(QStringLiteral("new/none.pro"))});
     EXPECT_NE(missing.code, 0);
     EXPECT_TRUE(missing.err.contains(QStringLiteral("none.pro"))) << missing.err.toStdString();
-    EXPECT_EQ(Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
-                                QStringLiteral("Sites"), QStringLiteral("Site0")})
-                  .out,
-              QStringLiteral("eBay\n"));
+    const CliRun refused = rules({QStringLiteral("install"), portal, info});
+    EXPECT_NE(refused.code, 0);
+    EXPECT_TRUE(refused.err.contains(portal) &&
+                refused.err.contains(QStringLiteral("site.pro is a web page")))
+        << refused.err.toStdString();
+    EXPECT_EQ(get("Protocols", "Current Protocol", "0"), QStringLiteral("1\n"));
 
-    const CliRun install =
-        Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("install"), site, info});
+    const CliRun install = rules({QStringLiteral("install"), site, info});
     ASSERT_EQ(install.code, 0) << install.err.toStdString();
-    EXPECT_EQ(Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
-                                QStringLiteral("Sites"), QStringLiteral("Site0")})
-                  .out,
-              QStringLiteral("Demo Market\n"));
-    EXPECT_EQ(Cli(root.Path(),
-                  {QStringLiteral("rules"), QStringLiteral("get"), QStringLiteral("Mail Server"),
-                   QStringLiteral("Server"), QStringLiteral("--store"), QStringLiteral("1")})
-                  .out,
-              QStringLiteral("mail.example.test:2525\n"));
+    EXPECT_EQ(get("Protocols", "Current Protocol", "0"), QStringLiteral("Demo\n"));
+    EXPECT_EQ(get("Mail Server", "Server", "1"), QStringLiteral("mail.example.test:2525\n"));
     EXPECT_FALSE(QFile::exists(root.File(QStringLiteral("Configs/site.pro"))))
         << "the database is the only home of the rules";
+
+    const CliRun restore = rules({QStringLiteral("restore")});
+    ASSERT_EQ(restore.code, 0) << restore.err.toStdString();
+    EXPECT_EQ(get("Protocols", "Current Protocol", "0"), QStringLiteral("1\n"));
+    EXPECT_EQ(get("Mail Server", "Server", "1"), QStringLiteral("127.0.0.1:8025\n"));
+    ASSERT_EQ(rules({QStringLiteral("restore")}).code, 0);
+    EXPECT_EQ(get("Protocols", "Current Protocol", "0"), QStringLiteral("Demo\n"));
+}
+
+// The site password lives in the process's memory: no core file may take it
+// to disk. The limit is read from /proc while an update waits on the version
+// check of a loopback server.
+TEST(CliProcess, RunsWithCoreDumpsTurnedOff) {
+    LoopbackServer server;
+    std::atomic<bool> asked{false};
+    std::atomic<bool> released{false};
+    server.Routes().Get("/rules/version", [&](const httplib::Request&, httplib::Response& res) {
+        asked = true;
+        for (int i = 0; i < 6000 && !released && !server.Stopping(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        res.set_content("PROTOCOL:1\r\n", "text/plain");
+    });
+    server.Start();
+    TempRoot root;
+    ASSERT_EQ(Init(root.Path()).code, 0);
+    for (const char* name : {"site.pro", "info.pro"}) {
+        QByteArray text = ReadAll(SourceDir() + QStringLiteral("/rules/") + QLatin1String(name));
+        text.replace("http://127.0.0.1:8750", server.Url("").toUtf8());
+        root.Write(QStringLiteral("served/") + QLatin1String(name), text);
+    }
+    const CliRun install = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("install"),
+                                             root.File(QStringLiteral("served/site.pro")),
+                                             root.File(QStringLiteral("served/info.pro"))});
+    ASSERT_EQ(install.code, 0) << install.err.toStdString();
+
+    QProcess process;
+    process.start(
+        BinDir() + QStringLiteral("/lotwright-cli"),
+        {QStringLiteral("--root"), root.Path(), QStringLiteral("update"), QStringLiteral("time")});
+    process.closeWriteChannel();
+    ASSERT_TRUE(process.waitForStarted());
+    for (int i = 0; i < 6000 && !asked && process.state() == QProcess::Running; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_TRUE(asked) << process.readAllStandardError().toStdString();
+    QFile limits(QStringLiteral("/proc/%1/limits").arg(process.processId()));
+    ASSERT_TRUE(limits.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(limits.readAll());
+    released = true;
+    EXPECT_TRUE(text.contains(QRegularExpression(QStringLiteral("Max core file size +0 +0 "))))
+        << text.toStdString();
+    if (!process.waitForFinished(60000)) {
+        process.kill();
+        process.waitForFinished();
+    }
 }
 
 TEST(CliQuery, ReadsOnlyAndEscapesCells) {

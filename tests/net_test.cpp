@@ -201,6 +201,77 @@ TEST(NetGet, FollowsRedirects) {
     EXPECT_EQ(ReadAll(file), QByteArray("arrived"));
 }
 
+TEST(NetGet, RedirectsAreFollowedOnlyOnTheHostOfTheAddress) {
+    LoopbackServer server;
+    std::atomic<int> arrivals{0};
+    const auto redirect = [](const char* to, int status = 302) {
+        return [to, status](const httplib::Request&, httplib::Response& res) {
+            res.set_redirect(to, status);
+        };
+    };
+    server.Routes().Get("/loop", redirect("/loop"));
+    server.Routes().Post("/form", redirect("/done", 303));
+    server.Routes().Get("/done", [](const httplib::Request& req, httplib::Response& res) {
+        res.set_content("done by " + req.method, "text/plain");
+    });
+    server.Routes().Get("/target", [&arrivals](const httplib::Request&, httplib::Response& res) {
+        ++arrivals;
+        res.set_content("should not be reached", "text/plain");
+    });
+    // The same server by another name.
+    const auto away = [&server] {
+        return "http://localhost:" + std::to_string(server.Port()) + "/target";
+    };
+    server.Routes().Get("/away", [away](const httplib::Request&, httplib::Response& res) {
+        res.set_redirect(away());
+    });
+    server.Start();
+
+    const NetResult other = HttpGet(server.Url("/away"), FastOptions());
+    EXPECT_EQ(other.status, NetStatus::Failed);
+    EXPECT_TRUE(other.error.contains(QString::fromStdString(away()))) << other.error.toStdString();
+    EXPECT_TRUE(other.body.isEmpty());
+    EXPECT_EQ(arrivals, 0) << "a request went to a host the address did not name";
+
+    const NetResult loop = HttpGet(server.Url("/loop"), FastOptions());
+    EXPECT_EQ(loop.status, NetStatus::Failed);
+    EXPECT_TRUE(loop.error.contains(QStringLiteral("redirects"))) << loop.error.toStdString();
+
+    const NetResult post = HttpPostForm(server.Url("/form"), "a=1", FastOptions());
+    ASSERT_EQ(post.status, NetStatus::Ok) << post.error.toStdString();
+    EXPECT_EQ(post.body, QByteArray("done by GET"));
+}
+
+TEST(NetGet, ATransferThatStallsIsDroppedWithoutWaitingForTheTotalTime) {
+    LoopbackServer server;
+    std::atomic<bool> released{false};
+    server.Routes().Get("/stall", [&](const httplib::Request&, httplib::Response& res) {
+        res.set_chunked_content_provider("text/plain", [&](size_t offset, httplib::DataSink& sink) {
+            if (offset == 0) {
+                return sink.write("first bytes", 11);
+            }
+            // Nothing more until the client has given up; bounded all the same.
+            for (int i = 0; i < 3000 && !released && !server.Stopping(); ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            }
+            sink.write("rest", 4);
+            sink.done();
+            return true;
+        });
+    });
+    server.Start();
+    TempRoot root;
+    const QString file = root.Write(QStringLiteral("page.htm"), "an old page");
+
+    NetOptions options = FastOptions();
+    options.totalTimeoutMs = 0;  // only the stall can end it
+    options.stallTimeoutSec = 1;
+    const NetResult result = HttpGetToFile(server.Url("/stall"), file, options);
+    released = true;
+    EXPECT_EQ(result.status, NetStatus::Failed) << "the transfer waited out the stall";
+    EXPECT_FALSE(QFile::exists(file));
+}
+
 TEST(NetGet, ServerNotListeningFailsAndLeavesNoFile) {
     const int port = ClosedPort();
     ASSERT_GT(port, 0);

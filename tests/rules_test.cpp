@@ -15,6 +15,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "core/rule_text.h"
@@ -22,6 +23,7 @@
 #include "core/store.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/test_support.h"
+#include "update/rule_check.h"
 #include "update/rules.h"
 
 using lw::core::CurrentSession;
@@ -114,6 +116,34 @@ RuleStore StoreWith(const QString& text, int store = kSiteStore) {
     RuleStore rules;
     rules.SetText(store, text);
     return rules;
+}
+
+// A site.pro that passes the check of an arriving rule file: the given
+// [Protocols] section, an [Update] section that runs the current time, a
+// marker as Site1 of [Sites], and a section with a Url for each protocol the
+// update commands run by name.
+QString ValidSite(const QString& protocols, const QString& marker) {
+    QString text = protocols +
+                   Crlf(
+                       "\n[Update]\nProtocols=1\nProtocol1=Current Time\nProtocol1 Site=0\n\n"
+                       "[Sites]\nSite0=eBay\nSite1=") +
+                   marker + kCrLf;
+    for (const char* name :
+         {"Current Time", "Current Auctions", "Auction Details", "Current Bids", "Bid Details",
+          "Account History", "Account Information", "Watching Items"}) {
+        text += QStringLiteral("\r\n[%1 eBay]\r\nUrl=http://127.0.0.1:8750/page\r\n")
+                    .arg(QLatin1String(name));
+    }
+    return text;
+}
+
+// An info.pro that passes the check, with the given mail server.
+QString ValidInfo(const QString& server) {
+    return Crlf("[Mail Server]\nServer=") + server +
+           Crlf(
+               "\n\n[Tracking]\nhost=t\n\n[Shipping Regions Reversecode]\nEurope=europe\n\n"
+               "[Billpoint Tax States]\nCalifornia=CA\n\n[AuctionPost Names]\nCount=0\n\n"
+               "[AuctionPost Defaults]\nDefault1=x\n");
 }
 
 }  // namespace
@@ -628,45 +658,71 @@ TEST_F(rulesSession, ADamagedDatabaseIsToldAndStartUpGoesOn) {
     EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0), kError);
 }
 
-TEST_F(rulesSession, InstallRuleFilesReplacesTheRulesThroughTheRepair) {
+TEST_F(rulesSession, InstallRuleFilesReplacesTheRulesAndKeepsTheOnesInUse) {
     TempRoot given;
-    const QString site = given.Write(QStringLiteral("my site.pro"), "[Sites]\nSite0=given\n");
-    const QString info = given.Write(QStringLiteral("my info.pro"), "[Mail Server]\nServer=given");
+    const QString site = given.Write(QStringLiteral("my site.pro"),
+                                     ValidSite(Crlf("[Protocols]\nProtocolCheckUrl=u\n"
+                                                    "Current Protocol=1\n"),
+                                               QStringLiteral("given"))
+                                         .toUtf8());
+    const QString info =
+        given.Write(QStringLiteral("my info.pro"), ValidInfo(QStringLiteral("given")).toUtf8());
     QString error;
     ASSERT_TRUE(InstallRuleFiles(site, info, &error)) << error.toStdString();
     EXPECT_TRUE(m_ui.Messages().isEmpty());
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
               QStringLiteral("given"));
     EXPECT_EQ(LookupRuleKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
               QStringLiteral("given"));
     for (const char* name : {"site.pro", "info.pro", "protfix.cfg"}) {
         EXPECT_FALSE(QFile::exists(Config(QString::fromLatin1(name)))) << name;
     }
+    EXPECT_EQ(ReadAll(PreviousRulesDir() + QStringLiteral("site.pro")),
+              QByteArray("[Sites]\r\nSite0=shipped\r\n"));
+    EXPECT_EQ(ReadAll(PreviousRulesDir() + QStringLiteral("info.pro")),
+              QByteArray("[Mail Server]\r\nServer=shipped\r\n"));
     // A later start reads the same rules from the table.
     Rules().ClearAll();
     InstallRuleStore();
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
               QStringLiteral("given"));
 }
 
-TEST_F(rulesSession, InstallRuleFilesNamesAMissingOrEmptyFileAndOverwritesNothing) {
+TEST_F(rulesSession, InstallRuleFilesNamesTheFileAndWhatIsWrongAndOverwritesNothing) {
     TempRoot given;
-    const QString site = given.Write(QStringLiteral("site.pro"), "[Sites]\nSite0=given\n");
+    const QString site =
+        given.Write(QStringLiteral("site.pro"),
+                    ValidSite(Crlf("[Protocols]\nProtocolCheckUrl=u\nCurrent Protocol=1\n"),
+                              QStringLiteral("given"))
+                        .toUtf8());
+    const QString info =
+        given.Write(QStringLiteral("info.pro"), ValidInfo(QStringLiteral("given")).toUtf8());
     const QString empty = given.Write(QStringLiteral("empty.pro"), "\r\n  \r\n");
+    const QString portal = given.Write(QStringLiteral("portal.pro"),
+                                       "\n<!DOCTYPE html><html><body>Sign in</body></html>\n");
     const QString missing = given.File(QStringLiteral("nowhere/info.pro"));
     QFile old(Config(QStringLiteral("site.pro")));
     ASSERT_TRUE(old.open(QIODevice::WriteOnly));
     old.write("old");
     old.close();
 
-    QString error;
-    EXPECT_FALSE(InstallRuleFiles(site, missing, &error));
-    EXPECT_TRUE(error.contains(missing)) << error.toStdString();
-    EXPECT_FALSE(InstallRuleFiles(empty, site, &error));
-    EXPECT_TRUE(error.contains(empty)) << error.toStdString();
+    const struct {
+        QString site, info, bad, says;
+    } cases[] = {
+        {site, missing, missing, QStringLiteral("Cannot read")},
+        {empty, info, empty, QStringLiteral("site.pro holds no rules")},
+        {site, portal, portal, QStringLiteral("info.pro is a web page")},
+        {info, site, info, QStringLiteral("site.pro has no [Protocols] section")},
+    };
+    for (const auto& c : cases) {
+        QString error;
+        EXPECT_FALSE(InstallRuleFiles(c.site, c.info, &error));
+        EXPECT_TRUE(error.contains(c.bad) && error.contains(c.says)) << error.toStdString();
+    }
     EXPECT_EQ(ReadAll(Config(QStringLiteral("site.pro"))), QByteArray("old"));
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
+    EXPECT_FALSE(QFile::exists(PreviousRulesDir()));
 }
 
 // ------------------------------------------------- version check and update
@@ -705,20 +761,20 @@ struct ScriptedServer {
 
 const QString kCheckUrl = QStringLiteral("http://127.0.0.1:8750/rules/version");
 
-QString SiteRules(const QString& version, const QString& siteName) {
-    return Crlf(
-               "[Protocols]\nProtocolCheckUrl=http://127.0.0.1:8750/rules/version\n"
-               "Current Protocol=") +
-           version +
-           Crlf(
-               "\nProtocols=4\n"
-               "ProtocolDownload1=http://127.0.0.1:8750/rules/category.pro\n"
-               "ProtocolName1=category.pro\n"
-               "ProtocolDownload2=http://127.0.0.1:8750/rules/site.pro\nProtocolName2=site.pro\n"
-               "ProtocolDownload3=http://127.0.0.1:8750/rules/info.pro\nProtocolName3=info.pro\n"
-               "ProtocolDownload4=http://127.0.0.1:8750/rules/escape.pro\n"
-               "ProtocolName4=../escape.pro\n\n[Sites]\nSite0=") +
-           siteName + kCrLf;
+QString SiteRules(const QString& version, const QString& marker) {
+    return ValidSite(Crlf("[Protocols]\nProtocolCheckUrl=http://127.0.0.1:8750/rules/version\n"
+                          "Current Protocol=") +
+                         version +
+                         Crlf("\nProtocols=4\n"
+                              "ProtocolDownload1=http://127.0.0.1:8750/rules/category.pro\n"
+                              "ProtocolName1=category.pro\n"
+                              "ProtocolDownload2=http://127.0.0.1:8750/rules/site.pro\n"
+                              "ProtocolName2=site.pro\n"
+                              "ProtocolDownload3=http://127.0.0.1:8750/rules/info.pro\n"
+                              "ProtocolName3=info.pro\n"
+                              "ProtocolDownload4=http://127.0.0.1:8750/rules/escape.pro\n"
+                              "ProtocolName4=../escape.pro\n"),
+                     marker);
 }
 
 class RuleUpdateTest : public RuleStoreDbTest {
@@ -726,7 +782,7 @@ protected:
     void SetUp() override {
         RuleStoreDbTest::SetUp();
         AddRow(QStringLiteral("site.pro"), SiteRules(QStringLiteral("7"), QStringLiteral("old")));
-        AddRow(QStringLiteral("info.pro"), Crlf("[Mail Server]\nServer=old"));
+        AddRow(QStringLiteral("info.pro"), ValidInfo(QStringLiteral("old")));
         ASSERT_TRUE(DecryptProtocols(m_rules, *m_db));
     }
 
@@ -735,11 +791,11 @@ protected:
     void ServeNewRules() {
         m_server.answers[kCheckUrl] = {FetchOutcome::Ok, "PROTOCOL: 8 \r\n"};
         m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/category.pro")] = {
-            FetchOutcome::Ok, "categories"};
+            FetchOutcome::Ok, "[Antiques]\nSilver=102\n"};
         m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/site.pro")] = {
             FetchOutcome::Ok, SiteRules(QStringLiteral("8"), QStringLiteral("new")).toUtf8()};
         m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/info.pro")] = {
-            FetchOutcome::Ok, "[Mail Server]\nServer=new\n"};
+            FetchOutcome::Ok, ValidInfo(QStringLiteral("new")).toUtf8()};
         m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/escape.pro")] = {
             FetchOutcome::Ok, "outside"};
     }
@@ -826,13 +882,14 @@ TEST_F(rulesUpdate, ANewVersionDownloadsTheFilesAndTheRulesTakeEffectAtOnce) {
 
     const QStringList rows = RowData();
     EXPECT_EQ(rows[0], SiteRules(QStringLiteral("8"), QStringLiteral("new")));
-    EXPECT_EQ(rows[1], Crlf("[Mail Server]\nServer=new\n"));
+    EXPECT_EQ(rows[1], ValidInfo(QStringLiteral("new")));
     // The very next lookup sees the new rules.
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
               QStringLiteral("new"));
     EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
               QStringLiteral("new"));
-    EXPECT_EQ(ReadAll(Config(QStringLiteral("category.pro"))), QByteArray("categories"));
+    EXPECT_EQ(ReadAll(Config(QStringLiteral("category.pro"))),
+              QByteArray("[Antiques]\nSilver=102\n"));
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("site.pro"))));
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
     EXPECT_FALSE(QFile::exists(QDir(m_configs).absoluteFilePath(QStringLiteral("../escape.pro"))));
@@ -842,7 +899,7 @@ TEST_F(rulesUpdate, AnAnswerWithoutTheMarkerCountsAsANewVersion) {
     ServeNewRules();
     m_server.answers[kCheckUrl] = {FetchOutcome::Ok, "version 8"};
     EXPECT_TRUE(Check());
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
               QStringLiteral("new"));
 }
 
@@ -854,21 +911,116 @@ TEST_F(rulesUpdate, OneFailingFileDoesNotStopTheNext) {
         FetchOutcome::Cancelled, {}};
     EXPECT_TRUE(Check());
     EXPECT_EQ(m_server.fetched.size(), 4);
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
               QStringLiteral("old"));
     EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
               QStringLiteral("new"));
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 }
 
-TEST_F(rulesUpdate, AnEmptyRuleFileNeverReplacesTheStoredOne) {
+TEST_F(rulesUpdate, FilesThatAreNotRulesReplaceNothingAndTheMessageSaysWhy) {
+    const QByteArray portal =
+        "<html><head><title>Hotel Wi-Fi</title></head>\n"
+        "<body>Accept the terms to go on</body></html>\n";
+    QString noUpdate = SiteRules(QStringLiteral("8"), QStringLiteral("new"));
+    noUpdate.replace(QStringLiteral("[Update]"), QStringLiteral("[Updates]"));
+    QString noWatch = SiteRules(QStringLiteral("8"), QStringLiteral("new"));
+    noWatch.replace(QStringLiteral("[Watching Items eBay]"), QStringLiteral("[Watching eBay]"));
+    const struct {
+        QByteArray site, info, category;
+        QStringList says;
+    } cases[] = {
+        // A network that wants a sign-in first answers every address alike.
+        {portal,
+         portal,
+         portal,
+         {QStringLiteral("site.pro is a web page"), QStringLiteral("info.pro is a web page"),
+          QStringLiteral("category.pro is a web page")}},
+        {"\r\n", {}, {}, {QStringLiteral("site.pro holds no rules")}},
+        {QByteArray("PK\x03\x04\0\0garbage", 12),
+         {},
+         {},
+         {QStringLiteral("site.pro holds binary data")}},
+        {"Welcome to the network\n[Sites]\nSite0=x\n",
+         {},
+         {},
+         {QStringLiteral("site.pro does not begin with a [section] line but with \"Welcome")}},
+        {noUpdate.toUtf8(), {}, {}, {QStringLiteral("site.pro has no [Update] section")}},
+        {noWatch.toUtf8(),
+         {},
+         {},
+         {QStringLiteral("site.pro has no [Watching Items eBay] section")}},
+        {{}, "[Mail Server]\nServer=new\n", {}, {QStringLiteral("info.pro has no [Tracking]")}},
+        {{},
+         (ValidInfo(QStringLiteral("new")) + QStringLiteral("a stray line\r\n")).toUtf8(),
+         {},
+         {QStringLiteral("info.pro has a line 18 that is neither a [section] nor key=value")}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.says.join(u' ').toStdString());
+        ScriptedUi ui;
+        CurrentSession().ui = &ui;
+        CurrentSession().RulesChecked = false;
+        ServeNewRules();
+        WriteConfig(QStringLiteral("category.pro"), "[Antiques]\nold=1\n");
+        const QString base = QStringLiteral("http://127.0.0.1:8750/rules/");
+        for (const auto& [name, body] :
+             {std::pair{"site.pro", c.site}, std::pair{"info.pro", c.info},
+              std::pair{"category.pro", c.category}}) {
+            if (!body.isNull()) {
+                m_server.answers[base + QLatin1String(name)] = {FetchOutcome::Ok, body};
+            }
+        }
+
+        EXPECT_TRUE(Check()) << "the update goes on with the rules in use";
+        EXPECT_FALSE(CurrentSession().RulesChecked) << "the next update checks again";
+        ASSERT_EQ(ui.Titles(), QStringList{QStringLiteral("Rule Update Refused")});
+        for (const QString& said : c.says) {
+            EXPECT_TRUE(ui.Messages().first().contains(said)) << Visible(ui.Messages().first());
+        }
+        EXPECT_EQ(RowData(), (QStringList{SiteRules(QStringLiteral("7"), QStringLiteral("old")),
+                                          ValidInfo(QStringLiteral("old"))}));
+        EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
+                  QStringLiteral("old"));
+        EXPECT_EQ(ReadAll(Config(QStringLiteral("category.pro"))),
+                  QByteArray("[Antiques]\nold=1\n"));
+        EXPECT_EQ(QDir(m_configs).entryList(QDir::Files),
+                  (QStringList{QStringLiteral("category.pro"), QStringLiteral("update.txt")}));
+        EXPECT_FALSE(QFile::exists(PreviousRulesDir()));
+        CurrentSession().ui = &m_ui;
+    }
+}
+
+TEST_F(rulesUpdate, TheReplacedRulesAreKeptAndRestoreSwapsThemBack) {
+    QString error;
+    EXPECT_FALSE(RestorePreviousRules(m_rules, *m_db, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("No earlier rules are kept"))) << error.toStdString();
+
     ServeNewRules();
-    m_server.answers[QStringLiteral("http://127.0.0.1:8750/rules/site.pro")] = {FetchOutcome::Ok,
-                                                                                "\r\n"};
-    EXPECT_TRUE(Check());
-    EXPECT_EQ(RowData()[0], SiteRules(QStringLiteral("7"), QStringLiteral("old")));
+    ASSERT_TRUE(Check());
+    const QStringList oldRows = {SiteRules(QStringLiteral("7"), QStringLiteral("old")),
+                                 ValidInfo(QStringLiteral("old"))};
+    const QStringList newRows = {SiteRules(QStringLiteral("8"), QStringLiteral("new")),
+                                 ValidInfo(QStringLiteral("new"))};
+    ASSERT_EQ(RowData(), newRows);
+    EXPECT_EQ(ReadAll(PreviousRulesDir() + QStringLiteral("site.pro")), oldRows[0].toUtf8());
+    EXPECT_EQ(ReadAll(PreviousRulesDir() + QStringLiteral("info.pro")), oldRows[1].toUtf8());
+
+    ASSERT_TRUE(RestorePreviousRules(m_rules, *m_db, &error)) << error.toStdString();
+    EXPECT_EQ(RowData(), oldRows);
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
+              QStringLiteral("old"));
     EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("new"));
+              QStringLiteral("old"));
+    // The rules the restore replaced are kept in turn: a second restore undoes it.
+    ASSERT_TRUE(RestorePreviousRules(m_rules, *m_db, &error)) << error.toStdString();
+    EXPECT_EQ(RowData(), newRows);
+
+    // Kept files that are not rules (edited by hand, damaged) are refused.
+    WriteConfig(QStringLiteral("previous/info.pro"), "<html>gone</html>");
+    EXPECT_FALSE(RestorePreviousRules(m_rules, *m_db, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("info.pro is a web page"))) << error.toStdString();
+    EXPECT_EQ(RowData(), newRows);
 }
 
 TEST_F(rulesUpdate, TheCheckRunsOnlyUntilItHasOnceSucceeded) {
@@ -947,7 +1099,7 @@ TEST_F(rulesTable, TheSelfUpdateRunsAgainstALoopbackServer) {
                          QStringLiteral("/rules/category.pro\r\nProtocolName2=category.pro") +
                          QStringLiteral("\r\nProtocolDownload3=") + base +
                          QStringLiteral("/rules/info.pro\r\nProtocolName3=info.pro\r\n");
-    const QByteArray newSite = (site + QStringLiteral("\r\n[Sites]\r\nSite0=served\r\n")).toUtf8();
+    const QByteArray newSite = ValidSite(site, QStringLiteral("served")).toUtf8();
     server.Routes().Get("/rules/version", [](const httplib::Request&, httplib::Response& res) {
         res.set_content("PROTOCOL: 2", "text/plain");
     });
@@ -956,7 +1108,7 @@ TEST_F(rulesTable, TheSelfUpdateRunsAgainstALoopbackServer) {
                             res.set_content(newSite.toStdString(), "text/plain");
                         });
     server.Routes().Get("/rules/info.pro", [](const httplib::Request&, httplib::Response& res) {
-        res.set_content("[Mail Server]\nServer=served\n", "text/plain");
+        res.set_content(ValidInfo(QStringLiteral("served")).toStdString(), "text/plain");
     });
     AddRow(QStringLiteral("site.pro"), site);
     AddRow(QStringLiteral("info.pro"), QStringLiteral("[Mail Server]\r\nServer=old"));
@@ -964,7 +1116,7 @@ TEST_F(rulesTable, TheSelfUpdateRunsAgainstALoopbackServer) {
 
     EXPECT_TRUE(CheckRuleUpdate(m_rules, *m_db));
     EXPECT_TRUE(m_ui.Messages().isEmpty());
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
+    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
               QStringLiteral("served"));
     EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
               QStringLiteral("served"));
@@ -1019,6 +1171,20 @@ TEST(rulesShipped, TheFilesKeepCrLfLineEnds) {
         EXPECT_EQ(bytes.count("\n"), bytes.count("\r\n")) << name;
         EXPECT_EQ(bytes.count("\r"), bytes.count("\r\n")) << name;
     }
+}
+
+TEST(rulesShipped, EveryShippedFilePassesTheCheckOfAnArrivingRuleFile) {
+    for (const char* name : {"site.pro", "info.pro", "seller.pro", "category.pro"}) {
+        const std::optional<QString> text =
+            lw::core::LoadRuleFile(SourceDir() + QStringLiteral("/rules/") + QLatin1String(name));
+        ASSERT_TRUE(text.has_value()) << name;
+        EXPECT_EQ(RuleFileProblem(QLatin1String(name), *text), QString()) << name;
+    }
+    // Lines without "=" are passed over in the other files, never in the two rule stores.
+    const QString loose = Crlf("[Antiques]\nnot a pair\nSilver=102\n");
+    EXPECT_EQ(RuleFileProblem(QStringLiteral("category.pro"), loose), QString());
+    EXPECT_TRUE(
+        RuleFileProblem(QStringLiteral("site.pro"), loose).contains(QStringLiteral("line 2")));
 }
 
 TEST(rulesShipped, SiteProHoldsTheSelfUpdateAndTheRunList) {

@@ -32,6 +32,7 @@
 #include "ui/frmUpdate.h"
 #include "ui/frmUserPreferences.h"
 #include "update/repair.h"
+#include "update/rules.h"
 #include "update/site_session.h"
 #include "views/main_commands.h"
 
@@ -46,6 +47,25 @@ QAction* NamedAction(QObject* parent, const QString& name, const QString& captio
     auto* action = new QAction(caption, parent);
     action->setObjectName(name);
     return action;
+}
+
+// Puts back the rules that the last rule update or install replaced, after
+// asking; the rules in use are kept in their place, so the same command undoes
+// it.
+void RestoreEarlierRules() {
+    const QString title = QStringLiteral("Restore Earlier Rules");
+    core::Ui& ui = core::CurrentUi();
+    if (ui.Ask(QStringLiteral("Put back the rules that the last rule update replaced?  The "
+                              "rules in use now are kept, so the same command undoes it."),
+               title, core::Buttons::YesNo, core::Answer::No) != core::Answer::Yes) {
+        return;
+    }
+    QString error;
+    if (update::RestorePreviousRules(&error)) {
+        ui.Message(QStringLiteral("The earlier rules are in use again."), title);
+    } else {
+        ui.Message(error, title, core::Icon::Warning);
+    }
 }
 
 }  // namespace
@@ -158,6 +178,11 @@ void frmAuction::BuildMenus() {
         connect(action, &QAction::triggered, this, entry.handler);
         update->addAction(action);
     }
+    update->addSeparator();
+    QAction* restoreRules = NamedAction(this, QStringLiteral("mnuRestoreRules"),
+                                        QStringLiteral("Restore Earlier Rules..."));
+    connect(restoreRules, &QAction::triggered, this, [] { RestoreEarlierRules(); });
+    update->addAction(restoreRules);
     // The complete update with the account figures has no menu row of its
     // own; it is a command of the window all the same.
     QAction* complete = NamedAction(this, QStringLiteral("mnuUpdateComplete"), QString());

@@ -12,15 +12,18 @@
 #include <QStringView>
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <exception>
 #include <limits>
 #include <optional>
+#include <vector>
 
 #include "core/net.h"
 #include "core/rule_text.h"
 #include "core/session.h"
 #include "core/text.h"
 #include "core/ui_port.h"
+#include "update/rule_check.h"
 
 namespace lw::update {
 
@@ -188,37 +191,119 @@ bool IsPlainFileName(const QString& name) {
            !name.contains(u'\\') && name != QLatin1String(".") && name != QLatin1String("..");
 }
 
-// One file of the self-update. Returns quietly on any failure; the loop goes
-// on with the next file.
-void DownloadRuleFile(const RuleStore& rules, const std::function<Database&()>& database,
-                      const RuleFetcher& fetch, int n, const QString& configs) {
+// The self-update takes at most this many files, whatever count its section
+// gives.
+constexpr int kMostRuleFiles = 64;
+
+// A file of the self-update, fetched beside the file it is to replace.
+struct ArrivedFile {
+    QString name;    // as the rule text names it: site.pro, category.pro, ...
+    QString staged;  // where it waits until all have been checked
+    int row = -1;    // row of Protocols for site.pro and info.pro, else -1
+    QString text;    // the text of site.pro and info.pro
+};
+
+QString StagedPath(const QString& configs, const QString& name) {
+    return configs + name + QStringLiteral(".new");
+}
+
+// One file of the self-update, fetched to its staging name. Nothing on any
+// failure; the loop goes on with the next file.
+std::optional<ArrivedFile> DownloadRuleFile(const RuleStore& rules, const RuleFetcher& fetch, int n,
+                                            const QString& configs) {
     const QString number = QString::number(n);
     const QString url = rules.LookupKey(QStringLiteral("Protocols"),
                                         QStringLiteral("ProtocolDownload") + number, kSiteStore);
     const QString name = rules.LookupKey(QStringLiteral("Protocols"),
                                          QStringLiteral("ProtocolName") + number, kSiteStore);
     if (url == RuleError() || !IsPlainFileName(name)) {
-        return;
+        return std::nullopt;
     }
-    const QString path = configs + name;
-    if (fetch(url, path) != FetchOutcome::Ok) {
-        return;
+    ArrivedFile file;
+    file.name = name;
+    file.staged = StagedPath(configs, name);
+    QFile::remove(file.staged);
+    if (fetch(url, file.staged) != FetchOutcome::Ok || !QFileInfo::exists(file.staged)) {
+        QFile::remove(file.staged);
+        return std::nullopt;
     }
-    int row = -1;
     if (name == QLatin1String("site.pro")) {
-        row = 0;
+        file.row = 0;
     } else if (name == QLatin1String("info.pro")) {
-        row = 1;
+        file.row = 1;
     }
-    if (row < 0) {
-        return;  // category.pro, seller.pro and the like stay in ConfigsDir
+    return file;
+}
+
+// What is wrong with each file that arrived, one line each; empty when all
+// may be used. The texts of site.pro and info.pro are read into the files.
+QStringList ArrivedProblems(std::vector<ArrivedFile>& files) {
+    QStringList problems;
+    for (ArrivedFile& file : files) {
+        const std::optional<QString> text = core::LoadRuleFile(file.staged);
+        if (!text) {
+            problems << file.name + QStringLiteral(" could not be read back from ") + file.staged;
+            continue;
+        }
+        const QString problem = RuleFileProblem(file.name, *text);
+        if (!problem.isEmpty()) {
+            problems << problem;
+        }
+        if (file.row >= 0) {
+            file.text = *text;
+        }
     }
-    const std::optional<QString> text = core::LoadRuleFile(path);
-    // An empty answer would wipe every rule of the store.
-    if (!text || text->trimmed().isEmpty()) {
-        return;
+    return problems;
+}
+
+void RemoveStaged(const std::vector<ArrivedFile>& files) {
+    for (const ArrivedFile& file : files) {
+        QFile::remove(file.staged);
     }
-    WriteProtocolRow(database(), row, *text);
+}
+
+// The checked files take their places: the rules in use are kept as the
+// previous rules, site.pro and info.pro go to their rows of Protocols together,
+// the other files onto their names in ConfigsDir. False, told by message, when
+// the rows could not be kept or written; nothing is replaced then.
+bool PutArrivedInPlace(const std::vector<ArrivedFile>& files, Database& db,
+                       const QString& configs) {
+    core::Ui& ui = CurrentUi();
+    const bool anyRow = std::any_of(files.begin(), files.end(),
+                                    [](const ArrivedFile& file) { return file.row >= 0; });
+    try {
+        QString error;
+        if (anyRow && !KeepPreviousRules(db, &error)) {
+            ui.Message(QStringLiteral("The new rules were not installed, because the rules in use "
+                                      "could not be kept: %1")
+                           .arg(error),
+                       kStoreErrorTitle, core::Icon::Critical);
+            return false;
+        }
+        Savepoint savepoint(db);
+        for (const ArrivedFile& file : files) {
+            if (file.row >= 0) {
+                WriteProtocolRow(db, file.row, file.text);
+            }
+        }
+        savepoint.Release();
+    } catch (const StoreError& e) {
+        ui.Message(e.Message(), kStoreErrorTitle, core::Icon::Critical);
+        return false;
+    }
+    for (const ArrivedFile& file : files) {
+        if (file.row >= 0) {
+            QFile::remove(file.staged);  // the table is the home of these two
+            continue;
+        }
+        const QString target = configs + file.name;
+        // rename(2) puts the new file in place of the old one in one step.
+        if (std::rename(QFile::encodeName(file.staged).constData(),
+                        QFile::encodeName(target).constData()) != 0) {
+            QFile::remove(file.staged);
+        }
+    }
+    return true;
 }
 
 bool CheckRuleUpdateWith(RuleStore& rules, const std::function<Database&()>& database,
@@ -277,14 +362,37 @@ bool CheckRuleUpdateWith(RuleStore& rules, const std::function<Database&()>& dat
 
     const int files = CountValue(
         rules.LookupKey(QStringLiteral("Protocols"), QStringLiteral("Protocols"), kSiteStore),
-        std::numeric_limits<int>::max());
+        kMostRuleFiles);
+    std::vector<ArrivedFile> arrived;
     for (int n = 1; n <= files; ++n) {
         ui.Status(QStringLiteral("Updating engine."));
         try {
-            DownloadRuleFile(rules, database, fetch, n, configs);
+            if (std::optional<ArrivedFile> file = DownloadRuleFile(rules, fetch, n, configs)) {
+                arrived.push_back(std::move(*file));
+            }
         } catch (const std::exception&) {
             // One file failing must not keep the others from coming.
         }
+    }
+
+    // Nothing replaces anything until every file that came has passed.
+    const QStringList problems = ArrivedProblems(arrived);
+    if (!problems.isEmpty()) {
+        RemoveStaged(arrived);
+        ui.Message(QStringLiteral("The new rules were not installed, and the update goes on with "
+                                  "the rules in use:\n") +
+                       problems.join(u'\n'),
+                   QStringLiteral("Rule Update Refused"), core::Icon::Warning);
+        ui.Status(QStringLiteral("Continuing Update."));
+        return true;
+    }
+    try {
+        if (!PutArrivedInPlace(arrived, database(), configs)) {
+            RemoveStaged(arrived);
+        }
+    } catch (const StoreError& e) {
+        RemoveStaged(arrived);
+        ui.Message(e.Message(), kStoreErrorTitle, core::Icon::Critical);
     }
 
     session.RulesChecked = true;
@@ -454,6 +562,13 @@ std::vector<RuleListRow> RuleStore::FillList(int store, const QString& section) 
     return rows;
 }
 
+bool RuleStore::HasSection(const QString& section, int store) const {
+    if (store < 0 || store >= kRuleStoreCount) {
+        return false;
+    }
+    return FindBlock(m_stores[static_cast<size_t>(store)], section).start >= 0;
+}
+
 // ------------------------------------------------------- the process's store
 
 RuleStore& Rules() {
@@ -536,6 +651,119 @@ void DecryptProtocols() {
     WithSessionStore([](Database& db) { DecryptProtocols(Rules(), db); });
 }
 
+namespace {
+
+const QString kPreviousFiles[2] = {QStringLiteral("site.pro"), QStringLiteral("info.pro")};
+
+// The first two rows of Protocols, as many as there are.
+QStringList ReadProtocolRows(Database& db) {
+    QStringList rows;
+    core::Statement select =
+        db.Prepare(QStringLiteral("SELECT ProtocolData FROM Protocols ORDER BY rowid"));
+    while (rows.size() < 2 && select.Step()) {
+        rows << select.Text(0);
+    }
+    return rows;
+}
+
+bool WriteWhole(const QString& path, const QByteArray& bytes, QString* error) {
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) {
+        return true;
+    }
+    if (error != nullptr) {
+        *error = QStringLiteral("Cannot write %1: %2.").arg(path, file.errorString());
+    }
+    return false;
+}
+
+bool WritePrevious(const QStringList& rows, QString* error) {
+    const QString folder = PreviousRulesDir();
+    if (!QDir().mkpath(folder)) {
+        if (error != nullptr) {
+            *error = QStringLiteral("Cannot make the folder %1.").arg(folder);
+        }
+        return false;
+    }
+    for (int i = 0; i < 2; ++i) {
+        if (!WriteWhole(folder + kPreviousFiles[i], rows.at(i).toUtf8(), error)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+QString PreviousRulesDir() {
+    return CurrentSession().ConfigsDir + QStringLiteral("previous/");
+}
+
+bool KeepPreviousRules(Database& db, QString* error) {
+    const QStringList rows = ReadProtocolRows(db);
+    if (rows.size() < 2 || (rows.at(0).trimmed().isEmpty() && rows.at(1).trimmed().isEmpty())) {
+        return true;  // nothing in use that could be lost
+    }
+    return WritePrevious(rows, error);
+}
+
+bool RestorePreviousRules(RuleStore& rules, Database& db, QString* error) {
+    auto fail = [error](const QString& text) {
+        if (error != nullptr) {
+            *error = text;
+        }
+        return false;
+    };
+    const QString folder = PreviousRulesDir();
+    QStringList kept;
+    for (const QString& name : kPreviousFiles) {
+        const std::optional<QString> text = core::LoadRuleFile(folder + name);
+        if (!text) {
+            return fail(QStringLiteral("No earlier rules are kept in %1, so none were restored.")
+                            .arg(folder));
+        }
+        const QString problem = RuleFileProblem(name, *text);
+        if (!problem.isEmpty()) {
+            return fail(QStringLiteral("The earlier rules in %1 were not restored: %2.")
+                            .arg(folder, problem));
+        }
+        kept << *text;
+    }
+    try {
+        const QStringList current = ReadProtocolRows(db);
+        Savepoint savepoint(db);
+        WriteProtocolRow(db, 0, kept.at(0));
+        WriteProtocolRow(db, 1, kept.at(1));
+        // The rules in use become the kept ones before the rows are let go,
+        // so that a failure here leaves both as they were.
+        QString written;
+        if (current.size() == 2 && !WritePrevious(current, &written)) {
+            return fail(written);
+        }
+        savepoint.Release();
+    } catch (const StoreError& e) {
+        return fail(e.Message());
+    }
+    if (!FillStoresFromTable(rules, db)) {
+        return fail(QStringLiteral("The restored rules could not be read back from the database "
+                                   "%1.")
+                        .arg(db.Path()));
+    }
+    return true;
+}
+
+bool RestorePreviousRules(QString* error) {
+    try {
+        Database db = core::OpenStore();
+        return RestorePreviousRules(Rules(), db, error);
+    } catch (const StoreError& e) {
+        if (error != nullptr) {
+            *error = e.Message();
+        }
+        return false;
+    }
+}
+
 bool InstallRuleFiles(const QString& sitePro, const QString& infoPro, QString* error) {
     auto fail = [error](const QString& text) {
         if (error != nullptr) {
@@ -547,8 +775,8 @@ bool InstallRuleFiles(const QString& sitePro, const QString& infoPro, QString* e
     if (configs.isEmpty()) {
         return fail(QStringLiteral("No Configs folder is set up."));
     }
-    // Both files are read before anything is written, so a bad second file
-    // leaves the first one's old copy in place.
+    // Both files are read and checked before anything is written, so a bad
+    // second file leaves the first one's old copy in place.
     QByteArray bytes[2];
     const QString sources[2] = {sitePro, infoPro};
     for (int i = 0; i < 2; ++i) {
@@ -558,27 +786,34 @@ bool InstallRuleFiles(const QString& sitePro, const QString& infoPro, QString* e
                             .arg(sources[i], file.errorString()));
         }
         bytes[i] = file.readAll();
-        if (core::RuleTextFromBytes(bytes[i]).trimmed().isEmpty()) {
-            return fail(QStringLiteral("The rule file %1 holds no rules.").arg(sources[i]));
-        }
-    }
-    const QString targets[3] = {configs + QStringLiteral("site.pro"),
-                                configs + QStringLiteral("info.pro"), FixFile(configs)};
-    const QByteArray contents[3] = {bytes[0], bytes[1], QByteArray()};
-    for (int i = 0; i < 3; ++i) {
-        QSaveFile file(targets[i]);
-        if (!file.open(QIODevice::WriteOnly) || file.write(contents[i]) != contents[i].size() ||
-            !file.commit()) {
-            return fail(QStringLiteral("Cannot write %1: %2.").arg(targets[i], file.errorString()));
+        const QString problem =
+            RuleFileProblem(kPreviousFiles[i], core::RuleTextFromBytes(bytes[i]));
+        if (!problem.isEmpty()) {
+            return fail(
+                QStringLiteral("The rule file %1 was not installed: %2.").arg(sources[i], problem));
         }
     }
     std::optional<Database> db;
     try {
         db.emplace(core::OpenStore());
     } catch (const StoreError& e) {
-        return fail(QStringLiteral("The rule files wait in %1 and are installed at the next "
-                                   "start; the database could not be opened: %2")
-                        .arg(configs, e.Message()));
+        return fail(QStringLiteral("The database could not be opened, so nothing was installed: %1")
+                        .arg(e.Message()));
+    }
+    QString kept;
+    if (!KeepPreviousRules(*db, &kept)) {
+        return fail(QStringLiteral("The rules in use could not be kept, so nothing was installed: "
+                                   "%1")
+                        .arg(kept));
+    }
+    const QString targets[3] = {configs + QStringLiteral("site.pro"),
+                                configs + QStringLiteral("info.pro"), FixFile(configs)};
+    const QByteArray contents[3] = {bytes[0], bytes[1], QByteArray()};
+    for (int i = 0; i < 3; ++i) {
+        QString written;
+        if (!WriteWhole(targets[i], contents[i], &written)) {
+            return fail(written);
+        }
     }
     RuleFixResult fix = RuleFixResult::NotPending;
     const bool filled = InstallWithFix(Rules(), *db, &fix);

@@ -56,6 +56,9 @@ public:
     // Every line of the section as key and number. A section whose header
     // stands at the very first position of the text counts as absent.
     std::vector<RuleListRow> FillList(int store, const QString& section) const;
+    // True when the lookups find the section's header and the blank line
+    // that ends its block.
+    bool HasSection(const QString& section, int store) const;
 
 private:
     // Where a section's block lies in the text, found once per spelling of the
@@ -111,11 +114,27 @@ void InstallRuleStore();
 bool DecryptProtocols(RuleStore& rules, core::Database& db);
 void DecryptProtocols();
 
-// For the command line: copies the two files into ConfigsDir as site.pro and
-// info.pro, leaves protfix.cfg beside them and installs the store through the
-// repair. False with an error naming the file at fault; when a given file is
-// missing or unreadable nothing is overwritten.
+// For the command line: checks both files as rule files (RuleFileProblem),
+// keeps the rules in use as the previous rules, copies the two files into
+// ConfigsDir as site.pro and info.pro, leaves protfix.cfg beside them and
+// installs the store through the repair. False with an error naming the file
+// at fault and what is wrong with it; when a given file is missing, unreadable
+// or not a rule file nothing is overwritten.
 bool InstallRuleFiles(const QString& sitePro, const QString& infoPro, QString* error);
+
+// The rules that an update or an install replaced are kept in this folder of
+// ConfigsDir as site.pro and info.pro, until the next one replaces them.
+QString PreviousRulesDir();
+// Writes the first two rows of Protocols to PreviousRulesDir. True also when
+// the table holds no rules to keep; false with the reason when they cannot be
+// written.
+bool KeepPreviousRules(core::Database& db, QString* error);
+// Puts the kept rules back into Protocols and both stores, and keeps the rules
+// they replace in their place, so that a second restore undoes the first.
+// False with the reason, and nothing changed, when no rules are kept, they
+// fail the check of a rule file, or they cannot be written.
+bool RestorePreviousRules(RuleStore& rules, core::Database& db, QString* error);
+bool RestorePreviousRules(QString* error);
 
 enum class FetchOutcome { Ok, Failed, Cancelled };
 // Fetches url to filePath. The update engine passes one that uses its proxy.
@@ -128,7 +147,12 @@ RuleFetcher DefaultRuleFetcher();
 // The version check at the start of an update, until it has once succeeded in
 // this run (RulesChecked). True when the update may go on with the rules now
 // in the store; False when it was cancelled or the check failed, or at once
-// when the check already succeeded earlier in this run.
+// when the check already succeeded earlier in this run. The files of a new
+// version are all fetched first and checked (RuleFileProblem); when one of
+// them fails, none replaces anything, the message names what was wrong, and
+// the update goes on with the rules in use (the next update checks again).
+// Otherwise the rules in use are kept as the previous rules before the new
+// ones take their rows.
 bool CheckRuleUpdate(RuleStore& rules, core::Database& db,
                      const RuleFetcher& fetch = DefaultRuleFetcher());
 bool CheckRuleUpdate(const RuleFetcher& fetch = DefaultRuleFetcher());
