@@ -243,8 +243,9 @@ TEST(NetGet, RedirectsAreFollowedOnlyOnTheHostOfTheAddress) {
 }
 
 TEST(NetGet, ATransferThatStallsIsDroppedWithoutWaitingForTheTotalTime) {
-    LoopbackServer server;
+    // Before the server, so that it outlives the server's threads.
     std::atomic<bool> released{false};
+    LoopbackServer server;
     server.Routes().Get("/stall", [&](const httplib::Request&, httplib::Response& res) {
         res.set_chunked_content_provider("text/plain", [&](size_t offset, httplib::DataSink& sink) {
             if (offset == 0) {
