@@ -27,7 +27,7 @@ const char* const kUser = lw::bench::kFixtureUser;
 QByteArray FloorSql(const char* source, const char* order) {
     QByteArray columns;
     for (const char* column : {"ItemNumber", "ItemTitle", "NumberBids", "HighBid", "EndDate",
-                               "HighBidderName", "HighBidNum", "EndStamp"}) {
+                               "HighBidderName", "HighBidNum"}) {
         if (!columns.isEmpty()) {
             columns += ", ";
         }
@@ -36,7 +36,7 @@ QByteArray FloorSql(const char* source, const char* order) {
     return "SELECT " + columns +
            ", ReserveBid, HighBidNum >= ReserveBidNum, EndDay <= date('now', 'localtime', "
            "'-3 days') FROM " +
-           source + " WHERE UserName = ? ORDER BY " + order + ", ItemNumber LIMIT ? OFFSET ?";
+           source + " WHERE UserName = ? ORDER BY " + order + " LIMIT ? OFFSET ?";
 }
 
 qint64 StepToEnd(sqlite3* db, const QByteArray& sql, qint64& bytes) {

@@ -75,7 +75,9 @@ void CreateSchema(Database& db, const QString& shippedDir) {
     tx.Commit();
 }
 
-void CheckOwnFile(Database& db) {
+// Throws unless the file is this program's, of a schema it knows; gives the
+// file's schema version.
+qint64 CheckOwnFile(Database& db) {
     const qint64 appId = db.ScalarInt(QStringLiteral("PRAGMA application_id"));
     const qint64 version = db.ScalarInt(QStringLiteral("PRAGMA user_version"));
     if (appId != kApplicationId) {
@@ -92,6 +94,7 @@ void CheckOwnFile(Database& db) {
                              .arg(kSchemaVersion),
                          0);
     }
+    return version;
 }
 
 QString QuotedName(const QString& name) {
@@ -149,8 +152,7 @@ void MendNumberColumns(Database& db) {
 
 // Brings a database of an earlier build to this one's schema, one step per
 // version, each in its own transaction.
-void Migrate(Database& db) {
-    const qint64 version = db.ScalarInt(QStringLiteral("PRAGMA user_version"));
+void Migrate(Database& db, qint64 version) {
     if (version < 2) {
         Transaction tx(db);
         MendNumberColumns(db);
@@ -185,12 +187,11 @@ bool EnsureOwnDirectory(const QString& path) {
 }
 
 // Opens our own existing database for use: checked first, and only then
-// changed (schema steps, journal mode, permissions).
+// changed (schema steps, journal mode). Its permissions are seen to once a
+// start, by SetupDirectories; the journals SQLite makes take the file's.
 Database OpenOwnStore(const QString& path) {
     Database db = Database::Open(path, Database::Mode::ReadWrite);
-    CheckOwnFile(db);
-    KeepStoreToOwner(path);
-    Migrate(db);
+    Migrate(db, CheckOwnFile(db));
     db.Exec(QStringLiteral("PRAGMA journal_mode = WAL"));
     return db;
 }
@@ -325,6 +326,8 @@ bool SetupDirectories(const QString& appRoot, QString* error) {
             return false;
         }
     }
+    // A database made or opened up by an earlier build is closed to others.
+    KeepStoreToOwner(StorePath());
     return true;
 }
 

@@ -151,6 +151,11 @@ void SqlLeft(sqlite3_context* context, int, sqlite3_value** argv) {
     ResultText(context, LeftChars(TextOf(argv[0]), *count));
 }
 
+// `take` code points from the zero-based position `from`.
+QString CodePoints(const QList<uint>& points, qsizetype from, qsizetype take) {
+    return QString::fromUcs4(reinterpret_cast<const char32_t*>(points.constData()) + from, take);
+}
+
 // The last count characters.
 void SqlRight(sqlite3_context* context, int, sqlite3_value** argv) {
     if (IsNull(argv[0]) || IsNull(argv[1])) {
@@ -164,9 +169,7 @@ void SqlRight(sqlite3_context* context, int, sqlite3_value** argv) {
     }
     const QList<uint> points = TextOf(argv[0]).toUcs4();
     const qsizetype keep = std::min<qsizetype>(points.size(), *count);
-    ResultText(context, QString::fromUcs4(reinterpret_cast<const char32_t*>(points.constData()) +
-                                              (points.size() - keep),
-                                          keep));
+    ResultText(context, CodePoints(points, points.size() - keep, keep));
 }
 
 // Mid(text, start[, length]): from the one-based start, to the end or for length.
@@ -187,8 +190,7 @@ void SqlMid(sqlite3_context* context, int argc, sqlite3_value** argv) {
     const qsizetype from = std::min<qsizetype>(points.size(), *start - 1);
     const qsizetype rest = points.size() - from;
     const qsizetype take = *length < 0 ? rest : std::min<qsizetype>(rest, *length);
-    ResultText(context, QString::fromUcs4(
-                            reinterpret_cast<const char32_t*>(points.constData()) + from, take));
+    ResultText(context, CodePoints(points, from, take));
 }
 
 template <bool Upper>

@@ -47,6 +47,12 @@ bool HasNumericAffinity(const QString& declaredType) {
     return true;  // REAL, FLOAT, DOUBLE, NUMERIC, BOOLEAN, DATE, ...
 }
 
+bool IsPlainNumber(const QString& text) {
+    static const QRegularExpression number(
+        QStringLiteral("^\\s*[+-]?(\\d+\\.?\\d*|\\.\\d+)([eE][+-]?\\d+)?\\s*$"));
+    return number.match(text).hasMatch();
+}
+
 std::optional<QString> NumberColumnText(const QString& text) {
     if (text.isNull()) {
         return text;
@@ -62,9 +68,7 @@ std::optional<QString> NumberColumnText(const QString& text) {
             return QStringLiteral("0");
         }
     }
-    static const QRegularExpression number(
-        QStringLiteral("^[+-]?(\\d+\\.?\\d*|\\.\\d+)([eE][+-]?\\d+)?$"));
-    if (number.match(value).hasMatch()) {
+    if (IsPlainNumber(value)) {
         return value;
     }
     return std::nullopt;

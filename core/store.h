@@ -38,6 +38,9 @@ QString StoreText(const QString& text);
 // are numbers 1/0): SQLite's INTEGER, REAL and NUMERIC affinities.
 bool HasNumericAffinity(const QString& declaredType);
 
+// A plain decimal number ("12", "-0.5", "1e3"), blanks around it allowed.
+bool IsPlainNumber(const QString& text);
+
 // The text to store into a number or flag column for a text as scraped or
 // typed: "True" and "Yes" are 1, "False" and "No" are 0 (any case), a number
 // stands as it is, a Null stays Null. Anything else is a value the column

@@ -15,9 +15,9 @@
 
 #include <sqlite3.h>
 
-#include <QRegularExpression>
 #include <QVariant>
 
+#include "core/store.h"
 #include "core/text.h"
 #include "update/rules.h"
 
@@ -175,13 +175,6 @@ bool ComparisonAfter(const QString& text, qsizetype start) {
     return i < text.size() && IsComparisonChar(text[i]);
 }
 
-// A plain number, as Jet reads a text compared with a number.
-bool IsNumberText(const QString& text) {
-    static const QRegularExpression number(
-        QStringLiteral("^\\s*[+-]?(\\d+\\.?\\d*|\\.\\d+)([eE][+-]?\\d+)?\\s*$"));
-    return number.match(text).hasMatch();
-}
-
 // Jet's functions whose names SQLite reads as join words: they are called by
 // their "$" names, which the store registers.
 bool IsJoinWordFunction(QStringView word) {
@@ -209,7 +202,7 @@ Translated TranslateJet(const QString& query) {
         // A text compared with a function's value or a bracketed expression
         // ("DateDiff(...) < '0'") is a number there, as Jet compares it: the
         // cast gives it numeric affinity, which the other side then takes.
-        if (compared && operand == u')' && !HoldsMacro(body) && IsNumberText(body)) {
+        if (compared && operand == u')' && !HoldsMacro(body) && core::IsPlainNumber(body)) {
             out.Add(u"CAST('", false);
             out.Add(body.trimmed(), true);
             out.Add(u"' AS NUMERIC)", false);
