@@ -149,6 +149,23 @@ int main(int argc, char** argv) {
     if (tabs != nullptr) {
         tabs->setCurrentIndex(0);
     }
+    // The sale with the longest title selected: its panel must keep to the
+    // window, whatever the title's length.
+    if (auto* grid = window->findChild<QAbstractItemView*>(QStringLiteral("grdAuction"))) {
+        int longest = -1;
+        qsizetype length = -1;
+        for (int row = 0; row < grid->model()->rowCount(); ++row) {
+            const qsizetype size = grid->model()->index(row, 1).data().toString().size();
+            if (size > length) {
+                longest = row;
+                length = size;
+            }
+        }
+        if (longest >= 0) {
+            grid->setCurrentIndex(grid->model()->index(longest, 0));
+            shots.Take(window, QStringLiteral("frmAuction-0-MySales-LongestTitle"));
+        }
+    }
 
     // The update window at work: taken from inside the run, when the second
     // page is asked for.
@@ -179,7 +196,13 @@ int main(int argc, char** argv) {
 
     {
         lw::ui::frmUserPreferences preferences(window);
-        shots.Take(&preferences, QStringLiteral("frmUserPreferences"));
+        auto* pages = preferences.findChild<QTabWidget*>(QStringLiteral("tabPreferences"));
+        for (int index = 0; pages != nullptr && index < pages->count(); ++index) {
+            pages->setCurrentIndex(index);
+            shots.Take(&preferences, QStringLiteral("frmUserPreferences-%1-%2")
+                                         .arg(index)
+                                         .arg(pages->widget(index)->objectName()));
+        }
     }
     {
         lw::ui::frmNewUser newUser(window);
