@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The new user: checks, the two rows, or the cancel marker.
 #include "admin/new_user.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The new-user window's logic: checks what the person typed, adds the Users
 // row (the default user) and its UserSites row for site 0, or leaves the
 // cancel marker that tells start-up to end. Nothing else in the program

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The user preferences: load, field checks, password change and the write on
 // Update. The write binds every value; the only names that enter SQL text are
 // region columns looked up in the rule store, and those are used only when

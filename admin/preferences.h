@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The user preferences without a window: what the preferences window shows
 // for the current user (Users, UserSites, Global and the view settings), the
 // character filters and the checks that run while a field is edited, the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Start-up steps of the desktop program that need no window. Each step that
 // can fail tells why; a failed rule store or repair does not stop the start,
 // as the program can still show what the database holds.

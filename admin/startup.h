@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The desktop program's start-up and stop as steps that need no window: the
 // folders, the rule store and the repair before the user is chosen, the
 // choice of the user with the new-user window as a hook, the first retrieval

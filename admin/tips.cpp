@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Tips from the shipped file and the setting that decides whether they show.
 #include "admin/tips.h"
 

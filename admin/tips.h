@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tip of the day: the tips shipped in data/tipofday.txt, a random pick
 // that never repeats the tip on screen, and the "Show Tips at Startup"
 // setting. No window here.

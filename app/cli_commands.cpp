@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Parsing and running the command line. Every failure ends in one clear line
 // on standard error and a non-zero exit code; nothing is half-written.
 #include "app/cli_commands.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The commands of lotwright-cli, callable in-process so that tests run them as
 // the terminal does: same arguments, same output, same exit codes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-cli: the program's operations without a window.
 #include <QCoreApplication>
 #include <QTextStream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-cli scan: the update's own scanner over a saved page, with the
 // database and the network replaced by printing and by a folder of pages.
 #include "app/cli_scan.h"

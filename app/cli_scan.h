@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-cli scan: runs one protocol of a rule file over a saved page and
 // prints the records it yields, so that a rule author sees at once what a
 // changed page or a changed rule does. It reads no database and reaches no

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright: the desktop program. Sets up the application and the session's
 // Ui, runs the start-up and then the main window's event loop. It saves
 // nothing at exit: every change has gone to the database when it was made.
@@ -8,7 +9,7 @@
 #include "core/core_dumps.h"
 #include "core/session.h"
 #include "core/settings.h"
-#include "ui/DesktopStart.h"
+#include "ui/desktop_start.h"
 #include "ui/frmAuction.h"
 #include "ui/qt_ui.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-shots: opens each window of the program in turn on a prepared
 // AppRoot and writes one PNG per window, so that the windows can be looked at
 // without sitting at the screen. It starts as lotwright does (the first
@@ -19,7 +20,7 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
-#include "ui/DesktopStart.h"
+#include "ui/desktop_start.h"
 #include "ui/frmAuction.h"
 #include "ui/frmGeneral.h"
 #include "ui/frmNewUser.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The terminal's Ui port. The SIGINT handler only sets a flag that the
 // long work polls at each record; a second Ctrl-C ends the process at once.
 #include "app/terminal_ui.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The Ui port on a terminal: messages and status lines on standard error,
 // questions answered from standard input when it is a terminal and by their
 // default (said aloud) otherwise, and Ctrl-C as the Cancel button. On a

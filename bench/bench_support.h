@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Timing for the benchmarks. The machines are noisy, so no figure stands
 // alone: each benchmark times its floor in the same run, takes the best of a
 // few rounds for both, and prints the ratio.

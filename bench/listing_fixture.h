@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The database of the list benchmarks: 100,000 sales of one user, half of
 // them running in the coming week and half ended between ten days and a year
 // ago, some with reserves, some multi-winner lots, some titles with

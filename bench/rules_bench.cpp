@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Rule lookup figures: a rule text of about 200 KB (many protocol sections of
 // many item keys), then 10,000 records of 20 key lookups each, as a run reads
 // them at each protocol start, some keys missing. The floor is the least any

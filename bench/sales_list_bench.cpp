@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // My Sales over 100,000 sales: both groups (current and archived) filled on
 // one page each through the listing and the model the main window shows,
 // against the floor of the same two SELECTs stepped to their ends by the

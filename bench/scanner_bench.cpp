@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page scanner over a 5 MB selling page shaped like the demo site's list
 // (one table row of ten cells per sale), with the shipped rules' own sales
 // protocol. The floor is a single case-blind pass over the same text that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Start of the main window on a database of 100,000 sales and 20,000 bids:
 // the window made, loaded (both lists on their current group, all rows on one
 // page, the captions, the balance) and shown, up to its first paint; against

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Store figures: 100,000 sales written through the store wrapper against raw
 // sqlite3 inserts of the same rows in one transaction, and the yearly sales
 // sum of the analysis page against a plain SUM over a REAL column.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Update figure: a first retrieval of a marketplace seeded with 2,000 sales
 // and 2,000 bids (each with its item page) through `lotwright-cli update
 // first` as a child process, against the floor of the same work done bare:

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # A subsystem library: every .cpp of the folder, linked with what it stands on.
 # A folder with no sources yet makes no library.
 function(lw_subsystem_library target)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Warnings are errors in the project's own code. Applied per target through
 # lw_warnings() so that third-party headers keep their own settings.
 function(lw_warnings target)

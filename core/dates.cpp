@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Dates as the site writes them and as the database rules read them: the
 // parser for the site's date forms, the two-digit-year pivot, the Left$(x,8)
 // day rule, date serials and DateDiff. Everything here works on wall-clock

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Format(value, pattern): numbers and dates shown the way the program's texts,
 // mails and reports show them, with the named patterns ("General Number",
 // "Currency", "Long Time", ...) and the picture patterns ("#,###.##",

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // HTTP over libcurl: the page GET into memory or into a file, the form POST
 // with its capped answer, and the connection test. It never lets a
 // half-written or stale page stand at a target path, never keeps more of an

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // HTTP for the whole program, over libcurl: a GET of a page into memory or a
 // file with progress and abort, a form POST whose answer is kept up to the size of
 // the answer buffer, and the short connection test. Proxy and time-outs come

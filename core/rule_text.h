@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reading a rule file from disk into the form the rule store keeps: text with
 // CR LF line ends, whatever the file used. Knows nothing of sections or keys.
 #pragma once

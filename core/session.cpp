@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Process values and the start-up steps that need no window. The database is
 // made here from the shipped schema, seed rows and rule files when it is
 // missing; a damaged or foreign file is reported by name and never touched.

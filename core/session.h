@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The process values that every part of the program reads (folders, the
 // current user, the site clock correction, whether the rules were checked in
 // this run) and the start-up steps that need no window. Tests set them up

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Settings live as one INI file per application name, so that each keeps the
 // sections and keys under the name the rest of the program uses.
 #include "core/settings.h"

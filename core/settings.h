@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The settings store: keys by application, section and key, kept as one INI
 // file per application name under the user's configuration folder (or a
 // folder a test or the command line chose). Values survive between runs.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The expression functions that SQL of rule files and reports calls, bound to
 // a connection: Val, Format (and Format$), Left (and Left$), Right$, Mid,
 // UCase, LCase, Trim$ and their "$" kin, InStr, DateDiff, CDate, Now, Year,

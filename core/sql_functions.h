@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The functions that SQL carried by rule files and reports may call, registered
 // on every connection the program opens: Val, Format, Left, InStr, DateDiff,
 // CDate, Now, Year, IsNull. They call the helpers of text.h, so SQL and C++

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The SQLite wrapper. Text goes in as UTF-8 without a copy by SQLite (the
 // statement keeps the bytes alive until the next bind or reset), trailing
 // blanks trimmed; column look-up by name is case-blind, as every reader of

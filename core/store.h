@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program's one database: a thin owner of an SQLite connection and its
 // prepared statements. It binds every value (no value ever enters SQL text),
 // trims trailing blanks from the text it writes and compares with, and reads

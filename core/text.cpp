@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The small text helpers every part of the program shares: replacing,
 // entity decoding, site time and time left, folders and files, cutting, and
 // the number rule. They keep no state and never throw; a failure is one of the

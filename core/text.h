@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Small pure helpers over text shared by the whole program: replacing,
 // entity decoding, site time, time left, the number rule and the date rules.
 // None keeps state; failures are the plain text marks ("ERROR", "FALSE", "0")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Usage counters in the one row of Tracking. Counting may never stop real
 // work: both calls swallow every failure.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The one door through which the program speaks to the person at the screen:
 // messages, questions, prompts, the status line, progress, and letting events
 // run during long work. The window layer implements it with dialogs, tests with

@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: GPL-3.0-or-later
 -- Lotwright.db: the tables, keys and saved queries of the program's one
 -- database. The program runs this file, then seed.sql, once, inside one
 -- transaction, when it makes a new database; it sets the pragmas itself.

@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: GPL-3.0-or-later
 -- The rows a new Lotwright.db starts with: the two task trees and their
 -- filters, the top-level categories, the one row of Global and of Tracking,
 -- the system document of the auction creator and the system folder of the

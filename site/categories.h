@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The demo marketplace's listing categories: one fixed directory, the source
 // of both the item pages ("Meta: Category") and the category.pro file that the
 // rules ship. It never changes at run time.

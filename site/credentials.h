@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How the demo marketplace signs a member in: the password is scrambled with
 // the member's user id into the "encoded password" that the sign-in answer
 // hands out (followed by one check character) and that every member page

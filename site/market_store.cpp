@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The demo marketplace's state and market rules.
 #include "site/market_store.h"
 

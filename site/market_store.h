@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The demo marketplace's state: users, items, bids, watch lists, the account
 // ledger, feedback and listings awaiting confirmation, in the site's own
 // SQLite file, and the market rules that turn bids into prices and winners.

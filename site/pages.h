@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The demo marketplace's HTML. Every page is plain 2000-era markup with CR LF
 // line ends, every value is escaped, and every list stands between fixed
 // comment markers with one row per record and one cell per value, the value

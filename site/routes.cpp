@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The demo marketplace's HTTP face.
 #include "site/routes.h"
 

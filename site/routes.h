@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The demo marketplace's HTTP face: the CGI path that takes every page and
 // post by its command, the rule-update endpoint, and the admin routes that
 // tests use to steer the market. It owns the site's one lock: every request

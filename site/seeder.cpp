@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Deterministic demo data for the marketplace.
 #include "site/seeder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Deterministic demo data for the marketplace: the same options give the same
 // members, item numbers, bids and ledger, whatever the machine or the hour,
 // apart from the times, which are laid out around the site clock's `now`. It

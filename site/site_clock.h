@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The demo marketplace's clock: it starts at a chosen moment and runs a chosen
 // number of times faster than the wall clock (0 stops it), so that auctions
 // end while one watches, or never move at all in a test. Not thread-safe on

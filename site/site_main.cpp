@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-site: the demo marketplace that the shipped rules describe. It
 // reads its options, opens (and when asked, seeds) its own database, binds to
 // 127.0.0.1 and serves until it is stopped. It never listens beyond loopback.

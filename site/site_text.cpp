@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Text forms of the demo marketplace.
 #include "site/site_text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Text forms of the demo marketplace: HTML escaping, money, the site's date
 // and clock formats, query encoding and JSON strings. Pure functions; they
 // never read the market's state or the clock.

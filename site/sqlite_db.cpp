@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // SQLite connection and cached statements for the demo marketplace.
 #include "site/sqlite_db.h"
 

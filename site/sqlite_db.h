@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The demo marketplace's own SQLite access: a connection and prepared
 // statements that bind every value. It keeps statements for reuse so a page
 // costs no SQL compilation; it never holds market rules.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The "Auction Analysis" tab on the offscreen platform: the two rows of the
 // source combo, the frame titles, both grids with their labels and figures,
 // the chart's three series over the years with the leading empty ones left
@@ -21,7 +22,7 @@
 #include "core/store.h"
 #include "tests/support/test_support.h"
 #include "tests/support/window_test.h"
-#include "ui/AuctionAnalysisTab.h"
+#include "ui/auction_analysis_tab.h"
 #include "views/analysis.h"
 
 using namespace lw;

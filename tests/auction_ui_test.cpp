@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window on the offscreen platform over a prepared database: the
 // rows, captions, totals and move buttons of My Sales and My Bids, head-click
 // sorts, the item panels of a selected row (a multi-winner sale included),

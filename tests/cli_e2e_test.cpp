@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-cli as a user runs it: a fresh root, the rule look-ups, a rule
 // install and restore, read-only queries, clear failures that leave files
 // alone, and a process that writes no core file.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // `lotwright-cli scan` as a rule author uses it: pages saved from a running
 // lotwright-site, scanned with the shipped rules/site.pro, the printed
 // records compared with the rows of the saved pages; item pages found in a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Format: every pattern the program shows values with, for positive,
 // negative and zero numbers, money texts, dates and texts no pattern takes.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The general dialog on the offscreen platform: the item cost form of a sale
 // opened by the whole command (the row's figures with Null as "$0.00", the
 // title with the item number), OK writing the boxes back, Cancel writing

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // core/net against real HTTP servers on loopback: pages to files (exact bytes,
 // error pages, redirects, failures and cancels that leave no file), capped form
 // answers, the proxy from the options and never from the environment, and the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The new-user window on the offscreen platform: OK adds the default user and
 // its site row, refusals are told and write nothing, Cancel and closing leave
 // the marker, and start-up's choice of user runs through the window.

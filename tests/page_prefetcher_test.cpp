@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page prefetcher against a fetch of its own: pages come in the order
 // asked, never more than the depth ahead of the taker, each fetched once;
 // what is not taken as asked is dropped; a taker that gives up gets Cancelled

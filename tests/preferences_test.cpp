@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // User preferences without a window: the lists from the shipped rules, the
 // filters and checks while editing (texts, titles, questions and their
 // answers), the password change, the one write on Update read back from the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The preferences window on the offscreen platform: named controls loaded from
 // the store, typing filtered, checks on leaving a field with the focus put
 // back, proxy, password, view and list controls, Update writing the rows and

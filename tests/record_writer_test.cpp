@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The record writer over a database made from the shipped schema: macros
 // put into the QueryString as quoted literals, the refusal of anything but
 // one SELECT over a table, update-or-insert on the first row found, the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The post-update repair: the Null mending of Auctions, Bids and Global,
 // checked case by case and against a row-by-row walk over many random rows,
 // a clean database left unwritten; and the reconciliation of retrieved

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rule store: lookups against a plain search of the whole text (by hand
 // and over random texts), lists from sections, the repair from protfix.cfg,
 // the install from table Protocols, the version check and self-update with a

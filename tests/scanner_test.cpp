@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page scanner: the item steps one by one (marker choice, tags stepped
 // over, the value, replacements, includes, skips), the values that live for a
 // whole update, ancillary records with their deliberate differences, the page

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The shipped schema and seed rows (data/schema.sql, data/seed.sql): every
 // table and saved query answers, in the program's store and in the plain
 // sqlite3 shell; text keys ignore case and trailing blanks; the generated

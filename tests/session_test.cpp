@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Start-up without a window: folders, making and guarding the database,
 // choosing the user, the site clock correction and the time-left timer.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The settings store keeps values by application, section and key between runs.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The demo marketplace as the program meets it: a real lotwright-site on a
 // free loopback port, asked over HTTP. Sign-in and the encoded password,
 // paging to the empty page, deterministic seeds, the admin steering, lots

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The site session: [DAYS] from the last update, page addresses with every
 // macro, the form encoding and post bodies, hidden fields of a real form, and
 // against servers on loopback the sign-in token, the page fetch with its

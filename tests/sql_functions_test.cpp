@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The SQL functions as statements see them: registered on a bare in-memory
 // connection and called from SQL with bound values, including NULLs and
 // arguments of the wrong kind.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Start-up of the desktop program without its windows: the steps before the
 // user is chosen, the choice of the user with a stand-in for the new-user
 // window, and the first retrieval of a new user with stand-ins for the main

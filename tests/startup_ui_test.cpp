@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The desktop program's start on the offscreen platform, through the same
 // start-up that lotwright runs: with no user the new-user window appears,
 // and filling it writes the user's rows while cancelling it leaves the
@@ -33,7 +34,7 @@
 #include "tests/support/site_process.h"
 #include "tests/support/test_support.h"
 #include "tests/support/window_test.h"
-#include "ui/DesktopStart.h"
+#include "ui/desktop_start.h"
 #include "ui/frmAuction.h"
 
 using namespace lw;

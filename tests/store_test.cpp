@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The SQLite wrapper: binding, trimming, case-blind columns, transactions and
 // clear failures on files that are not databases.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The shared text helpers: replacing, entities, site time and time left,
 // folders and files, cutting, Val, the number rule and the date rules, and the
 // agreement of the number and date rules with their SQL twins.

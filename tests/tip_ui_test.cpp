@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tip window on the offscreen platform: a line of the shipped tips file,
 // Next Tip moving to another line, and the check box bound to "Show Tips at
 // Startup".

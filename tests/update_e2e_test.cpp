@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Real updates against a real lotwright-site on a free loopback port: the
 // shipped rules pointed at it, the user made and the rules installed by
 // lotwright-cli, the update run by `lotwright-cli update` or in this process

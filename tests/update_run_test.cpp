@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The update run over a database from the shipped schema with a fake site:
 // pages served from memory by a fetch hook, the password refresh and the
 // rule check scripted. Covers the words shown, the progress, the one

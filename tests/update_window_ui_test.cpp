@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The update window on the offscreen platform, over a loopback site whose
 // pages the program's own fetch reads: the run's words on lblStatus with the
 // moving dots, the fetch's words on lblConnectStatus, Bar1, lblLastUrl, the

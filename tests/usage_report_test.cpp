@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The usage report: switched off, not yet due, due with the file's exact
 // lines and the date stored, a sender that fails; the scramble of the e-mail
 // line; and the FTP upload against a small FTP server on loopback.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The analysis page: frame titles, both sales sources, the bids grid, the
 // ratio rows and their zero divisors, and the chart's years.
 #include <gtest/gtest.h>

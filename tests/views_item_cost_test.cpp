@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The item cost figures of a sale: what the form is shown (Null as "$0.00"),
 // which typed texts count as money, and what goes back to the row: amounts
 // in "Currency", an emptied box as Null, the ShippingMethod mark of an

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // My Sales and My Bids: the current and archived cuts and the successful
 // filters, the sales pages and their stored bounds, row texts and colours,
 // totals, captions, the head-click sorts, the time-left column and its

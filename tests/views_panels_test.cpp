@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The item panels: star pictures by feedback, the plain and multi-winner sale
 // panels, the bid panels, their "n/a" and "-" rules, colours, captions with
 // ampersands, the fixed-column winner lists and the empty state.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window's frame and commands: tabs, menus, tool bar, status bar,
 // the two timers, the update commands with their run lists, the site links,
 // preferences, tips and about. The lists, their panels and the pop-up menus
@@ -24,13 +25,13 @@
 
 #include "admin/startup.h"
 #include "core/text.h"
-#include "ui/AuctionAnalysisTab.h"
-#include "ui/ItemPanels.h"
-#include "ui/ListingGrid.h"
+#include "ui/auction_analysis_tab.h"
 #include "ui/frmGeneral.h"
 #include "ui/frmTip.h"
 #include "ui/frmUpdate.h"
 #include "ui/frmUserPreferences.h"
+#include "ui/item_panels.h"
+#include "ui/listing_grid.h"
 #include "update/repair.h"
 #include "update/rules.h"
 #include "update/site_session.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window: the tabs "My Sales", "My Bids", "Task Manager" and
 // "Auction Analysis", the menus, the tool bar, the two pop-up menus and the
 // status bar with the site clock, the balance and the list totals. Every

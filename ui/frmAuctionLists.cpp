@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // My Sales and My Bids in the main window: the group combos, the successful
 // checks, the move buttons, the two grids over the listings' models, the item
 // panels of the selected row, the time-left refresh and the two pop-up menus
@@ -13,10 +14,10 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 
-#include "ui/ItemPanels.h"
-#include "ui/ListingGrid.h"
 #include "ui/frmAuction.h"
 #include "ui/frmGeneral.h"
+#include "ui/item_panels.h"
+#include "ui/listing_grid.h"
 #include "views/main_commands.h"
 #include "views/panels.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The general dialog: the item cost form (form 9) and the about form. The
 // money boxes are checked before the dialog closes with OK, so that a typo
 // is told and the typing is kept; the row itself is views/item_cost's.

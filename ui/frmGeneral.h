@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The general dialog, one window with several forms of which one shows at a
 // time: form 9, the item cost and shipping figures of a sale, and the about
 // form. The form only shows and reads its boxes; the row is read and written

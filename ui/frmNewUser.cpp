@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The new-user window: layout and the two handlers over admin/new_user.
 #include "ui/frmNewUser.h"
 

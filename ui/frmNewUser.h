@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The new-user window: shown by start-up when no user exists yet. OK adds the
 // user (the default Users row and its UserSites row for site 0); Cancel, or
 // closing the window, leaves the marker that ends the program. Controls:

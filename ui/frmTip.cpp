@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tip window: a label for the tip and the setting's check box.
 #include "ui/frmTip.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tip of the day: one random tip from the shipped data/tipofday.txt, the
 // "Show Tips at Startup" check box bound to its setting, Next Tip and Close.
 // Controls: lblTipText, chkLoadTipsAtStartup, cmdNextTip, cmdOK.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The update window over update::UpdateRun. While the run goes, the session's
 // Ui is a relay of this window's: the fetch's words land on lblConnectStatus,
 // letting events run keeps the window and its Cancel alive, Cancel is what

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The update window: runs the list in RunProt.dat over the site while the
 // person watches. lblStatus carries the run's words with moving dots,
 // lblConnectStatus the fetch's words, Bar1 the progress and lblLastUrl the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The preferences window: layout and thin handlers. Checks, answers and writes
 // all live in admin/preferences; this file only copies values between the
 // controls and a Preferences, and moves the focus.

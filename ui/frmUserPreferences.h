@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The preferences window: the current user's addresses, site account, mail,
 // connection, listing and shipping defaults, task-list rules, views and
 // time-left refresh, in tabs. Every control carries the system's name as its

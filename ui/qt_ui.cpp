@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Dialog boxes for the Ui port. Texts and titles pass through untouched.
 #include "ui/qt_ui.h"
 

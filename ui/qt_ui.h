@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The Ui port on the desktop: message boxes and questions with the system's
 // texts and titles word for word, a text prompt, the status line and progress
 // passed on as signals for whichever window shows them, events let run during

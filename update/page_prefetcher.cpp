@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page prefetcher: threads that fetch the asked addresses in order, at
 // most `depth` ahead of the taker, and a taker that waits for the page it
 // needs while its own events go on.

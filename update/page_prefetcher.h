@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Pages fetched ahead of an update, on a thread of their own. Once a list
 // page is read, the addresses of its item pages are known (a scan that only
 // collects them), so each item page is on its way while the records before it

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reading a protocol's keys into one record. Every key is looked up once,
 // when the protocol starts, so that a rule text installed by this update's
 // version check is the one the protocol runs with. The two kinds of protocol

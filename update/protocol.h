@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A protocol's keys, read from the rule store once when the protocol starts:
 // the page address, the markers of the record part, one set of keys per item
 // and the extra writes. The record holds the texts exactly as the rule store

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The record writer. How the row is found: the built QueryString must be one
 // statement, a SELECT that only reads; the first table named behind its
 // first FROM (outside brackets) is the table written, and the same query with

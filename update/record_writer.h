@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The record writer: turns one scanned record into one row of a table. The
 // table and the row are chosen only by the protocol's QueryString, a SELECT
 // with the macros [1], [A1], ...; the first row it finds is updated, else a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Post-update repair: the Null mending of Auctions, Bids and Global, and the
 // reconciliation of retrieved auctions with the creator records they were
 // posted from. Neither ever shows anything; neither may leave a table half

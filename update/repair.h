@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Post-update repair: mends the Nulls that pages leave in scanned rows (at
 // every start, after every update, on entering the task list, after an
 // import), and ties retrieved auctions to the creator records they were

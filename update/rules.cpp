@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rule store: lookups over the rule texts, their lasting home in table
 // Protocols, the repair from protfix.cfg and the self-update of the rule files.
 // The lookups keep a cache of where each section lies and what its keys hold;

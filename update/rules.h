@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rule store: the rule texts that hold everything the program knows of the
 // auction site's pages (which pages, which markers, which fields), the lookups
 // over them, their lasting home in table Protocols, and their self-update from

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The run lists of the update commands and RunProt.dat. The file is written
 // whole and at once (a half-written list would run half an update), with
 // CR LF line ends as the program has always written it, and read back with

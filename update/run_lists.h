@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The run lists: which protocols an update command runs, in order, and the
 // file RunProt.dat in ConfigsDir that carries the list from the command to
 // the update window. The lists name protocol sections; nothing here reads a

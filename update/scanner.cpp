@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page scanner. A page is kept as the bytes it arrived as, with one
 // lower-case copy in which every marker is searched, so that a search is a
 // plain byte search and positions in the copy are positions in the page.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page scanner: turns a fetched page into records with no HTML parser,
 // walking a cursor through the page's bytes guided only by the current
 // protocol's markers. The order of its tests is what the rule files rely on,

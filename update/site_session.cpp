@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The site session: macros of page addresses, the page fetch with its status
 // words, the form post to the site's CGI address, the connection test, and
 // the encoded password. It never keeps a page it could not fetch in full,

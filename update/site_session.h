@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The site session: page addresses built from rule macros, pages fetched to
 // file, form posts, the connection test, and the sign-in material (user id,
 // password, the encoded password the site hands back). It knows no page

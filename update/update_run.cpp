@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The update run. Each page's records are written inside one transaction
 // that is committed when the page ends, whatever ends it: a cancel or a
 // failure keeps what was written before it. A database that cannot be

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One update, as the update window drives it: the run list from RunProt.dat,
 // each protocol's pages fetched, scanned and written, the progress, the one
 // password refresh, paging, cancel, and the end-of-run steps (site clock,

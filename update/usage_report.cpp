@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The usage report to the program's maker: the file trkrpt.dat of counters,
 // written at most every ten days, and its FTP upload. Nothing here may stop
 // or slow an update for long: every failure is swallowed, and the upload has

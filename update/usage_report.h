@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The usage report: every ten days at most, a small file of counters
 // (trkrpt.dat) sent by FTP to the address in the rule store. Tracking may be
 // switched off; any failure is ignored, because counting may never stop real work.

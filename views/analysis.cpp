@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The analysis page. Each yearly figure is summed by one GROUP BY Year query
 // over the saved analysis queries, reading the stored number columns (the
 // number rule of every money text), from the year of the first record to

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The "Auction Analysis" page as data: the sales grid, the bids grid, their
 // frame titles and the chart rows by year, for the current user. The yearly
 // figures come from one grouped query per sum over the saved analysis queries,

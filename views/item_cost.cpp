@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The item cost figures of a sale: read for the form, checked, written back.
 #include "views/item_cost.h"
 

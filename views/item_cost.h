@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The cost and shipping figures of one sale, as the item cost command of the
 // sales list reads and writes them: ItemCost, OrderShipping and
 // InsuranceCost of the user's Auctions row, with the ShippingMethod mark that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The list model: cell texts, colours, heads and the head-click sorts of the
 // sales and bids lists. Sorting reorders the rows in memory only: the query
 // order and the stored page bounds stay as they are.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rows of one list of the main window (My Sales or My Bids) as a table
 // model: the five columns, their texts, the colour of the high-bid cell, the
 // sort rules of a head click and the time-left column. The rows are filled by

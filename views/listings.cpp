@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sales and bids lists: their queries, pages, captions, totals and the
 // time-left refresh. Every value is bound; the only words that enter the SQL
 // text are the sort column and direction of the view settings, and those

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // My Sales and My Bids: which rows each list shows (the current and archived
 // cuts, the successful filters), how the sales pages move, the view settings
 // they read and store, the captions of the group combos, the totals, and the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window's own commands: site links from the rule store, the account
 // balance, delete and return-to-task, the pop-up menus' states and the
 // LastUpdate marks. Every value is bound.

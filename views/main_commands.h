@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window's own commands as data: the site links built from the rule
 // store, the account balance of the status bar, the delete and return-to-task
 // commands of the two pop-up menus and what those menus enable for an item,

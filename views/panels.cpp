@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The item panels' content, one row read by item number for the current user.
 // Every field has its own rule for Null and "-"; none of them fails.
 #include "views/panels.h"

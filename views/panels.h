@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The item panels below the lists: what the plain sale, multi-winner sale,
 // plain bid and multi-winner bid panels show for one item, read from the
 // database by item number, with the "n/a" and "-" conventions, the colours and

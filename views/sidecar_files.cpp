@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Sidecar files into their sales rows. A file is deleted only after its row
 // was written, so a failed write leaves it for the next time.
 #include "views/sidecar_files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The files that the auction poster leaves beside a new listing in the user's
 // folder, named by item number: "<item>.pos" (shipping charged, shipping
 // method) and "<item>.itc" (the item's cost). Once the sale's row exists they

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Shared pieces of the fuzz targets: rule texts from bytes, a whole scan of a
 // page (every record, then the page as an ancillary page), and the checks
 // that every scan must pass. A failed check traps, which libFuzzer reports.

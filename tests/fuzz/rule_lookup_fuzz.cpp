@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rule lookups over fuzzed rule texts: the input is split at NUL bytes
 // into a rule text, a section name and a key (or value). Every answer of the
 // store, cached or not, must equal the plain search of the whole text.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page scanner over fuzzed page bytes with a fixed protocol that uses
 // every item key: fallback markers, [HR], skips, replacements, includes,
 // alternate starts, spans and ends, AccountType and ancillary triggers.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page scanner with a fuzzed protocol: the input up to its first NUL
 // byte is the keys of section [P], the rest is the page. Also builds the
 // protocol's QueryString with the values of the last record.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Servers and ports on 127.0.0.1 for the suites that talk to a network peer:
 // an httplib server on a free port, listening on its own thread for the life
 // of the object, and a port that nothing listens on. Nothing here reaches

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reading the demo marketplace's pages the way a browser shows them, for
 // suites that compare what the program stored or printed with what the site
 // sent: the record rows between a list's markers, cell by cell, with the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A running lotwright-site for end-to-end suites: started on a free loopback
 // port, asked over HTTP (pages, posts, admin routes), optionally with its
 // request log written to a file so that a test can see which addresses a run

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Shared pieces of the test suites: a temporary AppRoot, a Ui that answers from
 // a script and records what it was shown, and paths to the sources and to the
 // built executables.

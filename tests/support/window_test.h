@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Helpers of the window suites: a control found by the name it carries.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The desktop program's start: the steps of admin/startup bound to the
 // windows. The folders, rules and repair; the user, with the new-user window
 // when there is none; a new user's first retrieval through the update

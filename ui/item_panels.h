@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The item panels below the two lists: fraAuctionInfo and fraDutchInfo under
 // My Sales, fraBidInfo and frmDutchBid under My Bids, with the star pictures
 // beside the bidder and seller names. They only show what views/panels

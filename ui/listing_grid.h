@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The grid of one list (grdAuction or GrdBid): a table view over the list's
 // ListingModel with fixed row heights and the column widths of the lists, so
 // that 100,000 rows cost nothing until they are scrolled into view, and very

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The "Auction Analysis" tab over views::AnalysisRefresh: the figures are
 // the page's own texts, put into the cells as they come; the chart draws the
 // page's yearly rows as three bar series. Nothing here computes a figure.
-#include "ui/AuctionAnalysisTab.h"
+#include "ui/auction_analysis_tab.h"
 
 #include <QBarCategoryAxis>
 #include <QBarSeries>

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The list grid: fixed-size rows and the lists' column widths over a model,
 // head clicks turned into the sort of the column clicked.
-#include "ui/ListingGrid.h"
+#include "ui/listing_grid.h"
 
 #include <QHeaderView>
 #include <QItemSelectionModel>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The content of the main window's "Auction Analysis" tab: the source combo
 // lstAnalysis with its two rows, the sales grid mfgMyAuctions and the bids grid mfgMyBids
 // in their frames fmeMyAuctions and fmeMyBids, and the chart chtMyChart with

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The start of the desktop program, step by step in the order the program
 // has always taken them; the logic of each step is in admin/startup.
-#include "ui/DesktopStart.h"
+#include "ui/desktop_start.h"
 
 #include <QTimer>
 

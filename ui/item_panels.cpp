@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The four item panels and the star pictures. Values arrive finished from
 // views/panels; this file only places them, colours them and keeps very long
 // texts from making a label lay out megabytes on every paint. No value sets
 // the least size of a panel: a long title or name is cut where the panel
 // ends, so that the main window's least size never follows the data.
-#include "ui/ItemPanels.h"
+#include "ui/item_panels.h"
 
 #include <QFontDatabase>
 #include <QGridLayout>
