@@ -11,6 +11,7 @@
 #include <QTemporaryFile>
 
 #include "core/rule_text.h"
+#include "core/secrets.h"
 #include "core/text.h"
 
 namespace lw::core {
@@ -19,7 +20,7 @@ namespace {
 
 // 'LWRT': marks a file as this program's database.
 constexpr qint64 kApplicationId = 0x4C575254;
-constexpr int kSchemaVersion = 2;
+constexpr int kSchemaVersion = 3;
 
 Session& Instance() {
     static Session session;
@@ -160,10 +161,22 @@ void Migrate(Database& db, qint64 version) {
         db.Exec(QStringLiteral("PRAGMA user_version = 2"));
         tx.Commit();
     }
+    if (version < 3) {
+        // Where no keyring answers the site password stays in the database;
+        // Global remembers that the user was told so.
+        Transaction tx(db);
+        if (db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM pragma_table_info('Global') "
+                                        "WHERE name = 'PasswordInStoreTold'")) == 0) {
+            db.Exec(QStringLiteral(
+                "ALTER TABLE Global ADD COLUMN PasswordInStoreTold INTEGER DEFAULT 0"));
+        }
+        db.Exec(QStringLiteral("PRAGMA user_version = 3"));
+        tx.Commit();
+    }
 }
 
-// The database, its journals and the data folders are the user's alone: they
-// hold the site password in clear.
+// The database, its journals and the data folders are the user's alone: where
+// no keyring answers they hold the site password in clear.
 constexpr QFile::Permissions kOwnerFile = QFile::ReadOwner | QFile::WriteOwner;
 constexpr QFile::Permissions kOwnerDir = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
 
@@ -448,11 +461,14 @@ void AddUser(Database& db, const NewUser& user, bool makeDefault) {
     Statement addSite = db.Prepare(QStringLiteral(
         "INSERT INTO UserSites (UserName, AuctionSiteFlag, UserID, UserPassword, SiteEmailAddress, "
         "duration, ShipAbroadPref, shipUSPlus, billpoint) VALUES (?, 0, ?, ?, ?, 7, 0, 0, 0)"));
+    // The row holds the password until the keyring has confirmed it, so
+    // that it is never lost between the two.
     addSite
         .BindAll(name, user.siteUserId.trimmed(), user.password,
                  user.email.trimmed().isEmpty() ? QString() : user.email.trimmed())
         .Run();
     tx.Commit();
+    SaveSitePassword(db, name, 0, user.password);
 }
 
 }  // namespace lw::core

@@ -88,8 +88,9 @@ TimeLeftTimer TimeLeftTimerRule(Database& db);
 TimeLeftTimer TimeLeftTimerFor(bool autoUpdate, qint64 timeLeftInterval);
 
 // Adds a local user: the Users row (isDefault set, every other row's cleared
-// when makeDefault) and its UserSites row for site 0. Throws StoreError; a
-// name already present is refused with a message.
+// when makeDefault) and its UserSites row for site 0, whose password is then
+// kept as SaveSitePassword keeps it. Throws StoreError; a name already present
+// is refused with a message.
 struct NewUser {
     QString userName;
     QString siteUserId;

@@ -164,7 +164,8 @@ TEST_F(SessionTest, TheDatabaseAndTheDataFoldersAreTheUsersAlone) {
 
 // A database of the first schema held flags as the texts "True" and
 // "False" and refused texts in number columns; opening it mends them, so a
-// lost bid is lost to every view.
+// lost bid is lost to every view. It had no mark of the notice that the site
+// password is kept in it either; opening adds one, not yet given.
 TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
     {
         Database db = OpenStore();
@@ -175,6 +176,7 @@ TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
             "('3', 'false ', 'ERROR', '06/07/00, 12:04:00 PST', NULL), "
             "('4', 'outbid', 0, '06/07/00, 12:04:00 PST', 1);"
             "INSERT INTO Auctions (ItemNumber, ToDoComplete) VALUES ('5', 'TRUE');"
+            "ALTER TABLE Global DROP COLUMN PasswordInStoreTold;"
             "PRAGMA user_version = 1"));
         ASSERT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), 4);
     }
@@ -191,6 +193,7 @@ TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
                                  QStringLiteral("3:0:0:NULL"), QStringLiteral("4:0:0:1")}));
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), 1);
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT ToDoComplete FROM Auctions")), 1);
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT PasswordInStoreTold FROM Global")), 0);
 }
 
 TEST_F(SessionTest, AMissingShippedFileIsNamedAndNoDatabaseIsLeft) {
