@@ -12,7 +12,6 @@
 #include <QCoreApplication>
 #include <QProcess>
 #include <QStandardPaths>
-#include <memory>
 #include <optional>
 #include <tuple>
 
