@@ -31,7 +31,7 @@ constexpr long kFtpConnectTimeoutMs = 5000;
 constexpr long kFtpTotalTimeoutMs = 15000;
 
 QString ReportPath() {
-    return CurrentSession().ConfigsDir + QStringLiteral("trkrpt.dat");
+    return CurrentSession().ScratchDir + QStringLiteral("trkrpt.dat");
 }
 
 // A Yes/No column as it reads in text: "True" or "False".
