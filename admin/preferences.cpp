@@ -10,6 +10,7 @@
 
 #include "core/settings.h"
 #include "core/text.h"
+#include "core/tracking.h"
 
 namespace lw::admin {
 
@@ -369,7 +370,7 @@ Preferences LoadPreferences(core::Database& db, const QString& userName,
     }
     prefs.archiveView = LoadViewGroup(QStringLiteral("AA"), false);
     prefs.currentView = LoadViewGroup(QStringLiteral("CA"), true);
-    prefs.tracking = ReadOption(QStringLiteral("Track"), QString()) != QLatin1String("OFF");
+    prefs.tracking = core::UsageReportOn();
     return prefs;
 }
 
