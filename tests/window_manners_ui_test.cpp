@@ -269,6 +269,23 @@ void Settle(QWidget* window) {
     QCoreApplication::processEvents();
 }
 
+// Whether some pixel of the area, as the widget paints itself, is the
+// colour (within what anti-aliasing leaves of a glyph's stem).
+bool DrawnIn(QWidget* widget, const QRect& area, const QColor& colour) {
+    const QImage image = widget->grab(area).toImage();
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            if (std::abs(pixel.red() - colour.red()) <= 24 &&
+                std::abs(pixel.green() - colour.green()) <= 24 &&
+                std::abs(pixel.blue() - colour.blue()) <= 24) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 // Acts on the first visible top-level of that name once it shows, from
 // inside its modal loop.
 void WhenShown(const QString& objectName, std::function<void(QWidget*)> act) {
@@ -693,6 +710,16 @@ private Q_SLOTS:
                                    ->property("titleColour")
                                    .toString());
             QVERIFY2(reads(title, ground), qPrintable(title.name() + " on " + ground.name()));
+            // ... and drawn in it.
+            auto* frame = Named<QGroupBox>(w.get(), QStringLiteral("fraAuctionInfo"));
+            QVERIFY2(DrawnIn(frame, QRect(0, 0, frame->width(), frame->fontMetrics().height() + 4),
+                             title),
+                     qPrintable(title.name()));
+            // The star beside the bidder is the one drawn for this ground.
+            auto* star = Named<QLabel>(w.get(), QStringLiteral("picStar"));
+            QCOMPARE(star->pixmap().toImage(), ui::StarPicture(star->property("picture").toString(),
+                                                               star->devicePixelRatioF(), ground)
+                                                   .toImage());
         }
 
         // The status bar: its words in a quieter colour, not disabled, and
@@ -723,6 +750,22 @@ private Q_SLOTS:
             // Drawn at its density, not the small one blown up.
             QVERIFY(two.toImage() != one.toImage().scaled(32, 32));
             meanings << ui::StarMeaning(name);
+        }
+        // The empty star is its outline alone: on a dark ground as on a light
+        // one it stands out, 3:1 at least, as a shape must.
+        for (const QColor& ground :
+             {QColor(Qt::white), ui::DarkPalette().color(QPalette::Window)}) {
+            const QImage outline = ui::StarPicture(QStringLiteral("eBayNoStar"), 2.0, ground)
+                                       .toImage()
+                                       .convertToFormat(QImage::Format_ARGB32);
+            bool seen = false;
+            for (int y = 0; y < outline.height() && !seen; ++y) {
+                for (int x = 0; x < outline.width() && !seen; ++x) {
+                    const QColor pixel = outline.pixelColor(x, y);
+                    seen = pixel.alpha() == 255 && ui::ContrastRatio(pixel, ground) >= 3.0;
+                }
+            }
+            QVERIFY2(seen, qPrintable(ground.name()));
         }
         QCOMPARE(meanings.size(), names.size());
         QVERIFY(!meanings.contains(QString()));

@@ -94,8 +94,8 @@ QLabel* Star(QWidget* parent, const QString& name, const QString& whose) {
 }
 
 void SetStar(QLabel* label, const QString& picture) {
-    label->setPixmap(
-        StarPicture(picture, label->devicePixelRatioF(), label->palette().color(QPalette::Window)));
+    label->setPixmap(StarPicture(picture, label->devicePixelRatioF(),
+                                 label->window()->palette().color(QPalette::Window)));
     label->setProperty("picture", picture);
     const QString meaning = StarMeaning(picture);
     label->setToolTip(meaning);
@@ -143,7 +143,10 @@ protected:
         QStyleOptionGroupBox option;
         initStyleOption(&option);
         if (m_titleColour.isValid()) {
+            // Some styles take the title's colour from the option, others
+            // (Fusion) from the palette's window text.
             option.textColor = m_titleColour;
+            option.palette.setColor(QPalette::WindowText, m_titleColour);
         }
         // Room for the title: the frame less a margin of two characters on
         // each side.
@@ -165,6 +168,11 @@ void Recolour(QWidget* panel) {
         const QVariant colour = label->property(kCellColour);
         if (colour.isValid()) {
             SetColour(label, static_cast<views::CellColour>(colour.toInt()));
+        }
+        // A star's outline must stand out from the new ground too.
+        const QVariant picture = label->property("picture");
+        if (picture.isValid()) {
+            SetStar(label, picture.toString());
         }
     }
     const auto boxes = panel->findChildren<PanelFrame*>();
