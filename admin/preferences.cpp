@@ -11,6 +11,7 @@
 #include "core/secrets.h"
 #include "core/settings.h"
 #include "core/text.h"
+#include "core/tracking.h"
 
 namespace lw::admin {
 
@@ -371,7 +372,7 @@ Preferences LoadPreferences(core::Database& db, const QString& userName,
     }
     prefs.archiveView = LoadViewGroup(QStringLiteral("AA"), false);
     prefs.currentView = LoadViewGroup(QStringLiteral("CA"), true);
-    prefs.tracking = ReadOption(QStringLiteral("Track"), QString()) != QLatin1String("OFF");
+    prefs.tracking = core::UsageReportOn();
     return prefs;
 }
 

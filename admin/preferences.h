@@ -119,7 +119,7 @@ struct Preferences {
     ViewGroup currentView = ViewGroupReset(true);
     bool autoUpdateTimeLeft = false;
     int timeLeftOption = -1;  // position in lstTimeLeftOptions
-    bool tracking = true;     // chkTracking
+    bool tracking = false;    // chkTracking: the usage report, off until switched on
 };
 
 // cmdReset: every field from the store and the settings. Throws StoreError

@@ -16,6 +16,7 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/text.h"
+#include "core/tracking.h"
 #include "update/rules.h"
 
 namespace lw::update {
@@ -235,8 +236,8 @@ ReportSender FtpReportSender() {
 
 bool PrepareUsageReport(Database& db, const ReportSender& send, const QDate& today) {
     try {
-        if (core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
-                             QStringLiteral("Track")) == QLatin1String("OFF")) {
+        // Off until the user switched it on: nothing is written or sent.
+        if (!core::UsageReportOn()) {
             return false;
         }
         const QString path = ReportPath();
