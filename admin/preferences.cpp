@@ -170,6 +170,12 @@ const QStringList& ConnectionCaptions() {
     return captions;
 }
 
+QString ConnectionsNote() {
+    return QStringLiteral(
+        "Some sites limit or block many connections from one address: choose fewer if updates "
+        "fail there.");
+}
+
 const QStringList& SaleOverEntries() {
     static const QStringList entries = {
         QStringLiteral("After I've shipped the item"),
@@ -370,6 +376,7 @@ Preferences LoadPreferences(core::Database& db, const QString& userName,
     prefs.archiveView = LoadViewGroup(QStringLiteral("AA"), false);
     prefs.currentView = LoadViewGroup(QStringLiteral("CA"), true);
     prefs.tracking = ReadOption(QStringLiteral("Track"), QString()) != QLatin1String("OFF");
+    prefs.connections = update::ConnectionsSetting();
     return prefs;
 }
 
@@ -555,6 +562,7 @@ core::TimeLeftTimer SavePreferences(core::Database& db, const QString& userName,
         WriteOption(QStringLiteral("CAViewInterval"), QStringLiteral("0"));
         WriteOption(QStringLiteral("CAViewOrder"), orderDefault);
     }
+    update::SaveConnectionsSetting(prefs.connections);
 
     core::Transaction tx(db);
     {

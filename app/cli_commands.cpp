@@ -30,6 +30,7 @@ struct Options {
     QString rulesFile, protocol, page, pagesDir;  // scan
     bool list = false;                            // update --list
     bool wait = false;                            // update --wait
+    std::optional<int> connections;               // update --connections
     QStringList words;                            // the command and its positional arguments
 };
 
@@ -76,6 +77,18 @@ QString Parse(const QStringList& args, Options& options) {
             options.list = true;
         } else if (arg == QLatin1String("--wait")) {
             options.wait = true;
+        } else if (arg == QLatin1String("--connections")) {
+            QString text;
+            error = value(text);
+            bool ok = false;
+            const int connections = text.toInt(&ok);
+            if (error.isEmpty() && (!ok || connections < update::kFewestConnections ||
+                                    connections > update::kMostConnections)) {
+                error = QStringLiteral("--connections takes a whole number from %1 to %2.")
+                            .arg(update::kFewestConnections)
+                            .arg(update::kMostConnections);
+            }
+            options.connections = connections;
         } else if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
             options.words.prepend(QStringLiteral("help"));
         } else if (arg.startsWith(QLatin1String("--")) && arg.size() > 2) {
@@ -373,7 +386,9 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
     }
 
     update::UiUpdateView view;
-    update::UpdateRun run(db, view, update::DefaultUpdateHooks(db));
+    update::UpdateHooks hooks = update::DefaultUpdateHooks(db);
+    hooks.connections = options.connections.value_or(0);
+    update::UpdateRun run(db, view, std::move(hooks));
     const update::UpdateRun::Result result = run.Activate();
     core::CurrentUi().Status(QString());
     if (command && Reconciles(*command)) {
@@ -439,6 +454,8 @@ QString CliUsage() {
                "  update --list PROTOCOL ...            run the named protocols, in order\n"
                "  update ... --wait                     wait for an update that is running to "
                "end\n"
+               "  update ... --connections N            keep N connections to the site (1 to 8;\n"
+               "        default: the setting Connections of [Update], else 6)\n"
                "--root DIR is the folder that holds Configs/, Data/ and Templates/.\n"
                "Ctrl-C stops an update at the next record and keeps what was written.\n")
         .arg(UpdateWordsHelp());
