@@ -18,7 +18,7 @@
 // The site's clock is stopped, so every round sees the same pages.
 // Options: --sales N --bids N (the first figures), --latency MS (the site's
 // delay, default 50), --connections N (default 6), --rounds N, --big-sales
-// N --big-bids N, --skip-big, --skip-latency.
+// N --big-bids N --big-rounds N, --skip-big, --skip-latency.
 #include <curl/curl.h>
 #include <fcntl.h>
 #include <spawn.h>
@@ -61,6 +61,7 @@ struct Options {
     int rounds = 3;
     int bigSales = 20000;
     int bigBids = 20000;
+    int bigRounds = 2;
     bool big = true;
     bool latency = true;
 };
@@ -429,6 +430,8 @@ std::optional<Options> ParseOptions(const QStringList& args) {
             options.bigSales = value;
         } else if (arg == QLatin1String("--big-bids")) {
             options.bigBids = value;
+        } else if (arg == QLatin1String("--big-rounds") && value >= 1) {
+            options.bigRounds = value;
         } else {
             return std::nullopt;
         }
@@ -459,7 +462,8 @@ int main(int argc, char** argv) {
     if (!parsed) {
         std::fprintf(stderr,
                      "Usage: update_bench [--sales N] [--bids N] [--latency MS] [--connections "
-                     "1-8] [--rounds N] [--big-sales N] [--big-bids N] [--skip-big] "
+                     "1-8] [--rounds N] [--big-sales N] [--big-bids N] [--big-rounds N] "
+                     "[--skip-big] "
                      "[--skip-latency]\n");
         return 2;
     }
@@ -595,22 +599,32 @@ int main(int argc, char** argv) {
             return 1;
         }
         const QString rulesDir = RulesFor(site.Base(), QStringLiteral("rules-big"));
-        const QString root = dir.filePath(QStringLiteral("big-root"));
-        if (!PrepareRoot(root, rulesDir)) {
-            std::fprintf(stderr, "could not prepare %s\n", qPrintable(root));
-            return 1;
-        }
-        const qint64 logStart = site.SettledLogSize();
-        const ChildRun run = Update(root, n);
-        if (!run.ok) {
-            std::fprintf(stderr, "update failed: %s\n", qPrintable(run.failure));
-            return 1;
-        }
-        const QStringList lines = site.LogLines(logStart, site.SettledLogSize());
+        // The best of a few rounds, as for the figure it is held against.
+        ChildRun best;
         size_t pages = 0;
-        for (const QString& line : lines) {
-            pages += line.startsWith(QLatin1String("GET ")) ? 1 : 0;
+        for (int round = 0; round < options.bigRounds; ++round) {
+            const QString root = dir.filePath(QStringLiteral("big-root%1").arg(round));
+            if (!PrepareRoot(root, rulesDir)) {
+                std::fprintf(stderr, "could not prepare %s\n", qPrintable(root));
+                return 1;
+            }
+            const qint64 logStart = site.SettledLogSize();
+            const ChildRun run = Update(root, n);
+            if (!run.ok) {
+                std::fprintf(stderr, "update failed: %s\n", qPrintable(run.failure));
+                return 1;
+            }
+            if (round == 0) {
+                for (const QString& line : site.LogLines(logStart, site.SettledLogSize())) {
+                    pages += line.startsWith(QLatin1String("GET ")) ? 1 : 0;
+                }
+            }
+            if (round == 0 || run.seconds < best.seconds) {
+                best.seconds = run.seconds;
+            }
+            best.peakMb = std::max(best.peakMb, run.peakMb);
         }
+        const ChildRun& run = best;
         const double perPage = run.seconds / static_cast<double>(std::max<size_t>(pages, 1));
         const double smallPerPage =
             loopSeconds / static_cast<double>(std::max<size_t>(loopPages, 1));

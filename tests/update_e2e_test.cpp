@@ -1033,7 +1033,7 @@ TEST_F(UpdateE2e, ACancelWhilePagesAreOnTheirWayStopsTheRunThere) {
     StartSite(Seed(6) << QStringLiteral("--sales") << QStringLiteral("300")
                       << QStringLiteral("--latency") << QStringLiteral("40"));
     Database db = OpenHere();
-    CancelWhileWaitingUi ui(QStringLiteral("Processing Sale Details"), 20);
+    CancelWhileWaitingUi ui(QStringLiteral("Processing Sale Details"), 2);
     lw::core::CurrentSession().ui = &ui;
     lw::update::UiUpdateView view;
     lw::update::UpdateRun run(db, view, lw::update::DefaultUpdateHooks(db));

@@ -111,6 +111,10 @@ protected:
         void Status(const QString& text) override {
             statuses << text;
             if (text == cancelOn) {
+                // A page held ahead is under way before the user cancels.
+                for (int i = 0; i < 10000 && holdOn && !*holdOn; ++i) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                }
                 ui->RequestCancel();
             }
             if (text == releaseOn && release != nullptr) {
@@ -129,6 +133,7 @@ protected:
         QString cancelOn;
         QString releaseOn;  // the page held ahead is let go at this status
         std::atomic<bool>* release = nullptr;
+        const std::atomic<bool>* holdOn = nullptr;  // set: cancel once the held page is under way
         ScriptedUi* ui = nullptr;
     };
 
@@ -218,6 +223,9 @@ protected:
                         const std::lock_guard lock(m_aheadMutex);
                         m_fetchedAhead << url;
                     }
+                    if (url == m_holdAhead) {
+                        m_holding = true;
+                    }
                     while (url == m_holdAhead && !m_holdReleased && !stop) {
                         std::this_thread::sleep_for(std::chrono::milliseconds(1));
                     }
@@ -294,6 +302,7 @@ protected:
     // it is set before the run.
     QString m_holdAhead;
     std::atomic<bool> m_holdReleased{false};
+    std::atomic<bool> m_holding{false};  // the held page is under way
     int m_connections = 2;
     std::mutex m_aheadMutex;
     QStringList m_fetchedAhead;
@@ -714,6 +723,7 @@ TEST_F(RunTest, ACancelWhileAPageFetchedAheadIsAwaitedStopsItsTransfer) {
     m_fetchAhead = true;
     m_holdAhead = QStringLiteral("http://site/item?no=101");
     m_view.cancelOn = QStringLiteral("Fetching Item Page");
+    m_view.holdOn = &m_holding;
     const auto result = Activate({QStringLiteral("Auction Details eBay")});
     EXPECT_EQ(result, UpdateRun::Result::Cancelled);
     EXPECT_TRUE(m_aheadStopped);

@@ -13,6 +13,13 @@ namespace {
 
 // Pages that may start before an idle thread is woken for them.
 constexpr size_t kWakeBatch = 8;
+// Pages that have come, from the one the taker awaits on, before it is
+// woken while more are on their way right behind them: a taker woken for
+// each page of a distant site would spend more on waking (its caches gone
+// cold meanwhile) than on the page, while a few at a time cost no time,
+// the connections fetching on meanwhile. At most half the depth, so that
+// the connections never run out of pages to start while the taker sleeps.
+constexpr size_t kWakeBurst = 16;
 
 bool SleepUntilWoken(core::Wakeup& wakeup) {
     wakeup.Wait();
@@ -113,6 +120,20 @@ PagePrefetcher::Entry* PagePrefetcher::Find(quint64 id) {
     return it == m_entries.end() ? nullptr : &*it;
 }
 
+bool PagePrefetcher::TakerHasEnoughLocked() const {
+    auto it = std::find_if(m_entries.begin(), m_entries.end(),
+                           [this](const Entry& entry) { return entry.id == m_awaited; });
+    size_t ready = 0;
+    for (; it != m_entries.end() && it->done; ++it) {
+        if (++ready >= std::min(kWakeBurst, m_depth / 2)) {
+            return true;
+        }
+    }
+    // The page after those that came is not on its way (nothing after it is
+    // either): no reason to wait longer. One on its way comes soon.
+    return ready > 0 && (it == m_entries.end() || !it->started);
+}
+
 PagePrefetcher::Entry* PagePrefetcher::NextToStart() {
     if (m_entries.empty()) {
         return nullptr;
@@ -209,7 +230,7 @@ void PagePrefetcher::Work(Worker& worker) {
             entry->result = result;
             entry->page = std::move(page);
             m_heldBytes += entry->page.size();
-            if (m_takerWaiting) {
+            if (m_awaited != 0 && (entry->early || TakerHasEnoughLocked())) {
                 m_wakeup.Notify();
             }
         }
@@ -265,11 +286,11 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
         if (!entry->started && m_idle > 0) {
             m_work.notify_one();
         }
-        m_takerWaiting = true;
+        m_awaited = id;
         lock.unlock();
         const bool waitOn = m_waiter(m_wakeup);
         lock.lock();
-        m_takerWaiting = false;
+        m_awaited = 0;
         if (!waitOn) {
             DropLocked(m_entries.size());
             page.clear();

@@ -118,6 +118,8 @@ private:
     Entry* NextToStart();
     // How many entries a free thread could start.
     size_t StartableLocked() const;
+    // Whether the pages that came are enough to wake the taker for.
+    bool TakerHasEnoughLocked() const;
     Entry* Find(quint64 id);
     // Drops entries [0, end) of the queue, stopping the transfers under way.
     void DropLocked(size_t end);
@@ -138,8 +140,8 @@ private:
     std::deque<Entry> m_entries;
     std::deque<Job*> m_jobs;  // waiting to start
     quint64 m_nextId = 0;
-    int m_idle = 0;               // fetching threads waiting for work
-    bool m_takerWaiting = false;  // the taker sleeps until a page comes
+    int m_idle = 0;         // fetching threads waiting for work
+    quint64 m_awaited = 0;  // the page the taker sleeps until; 0: it is awake
     bool m_stopping = false;
     std::deque<Worker> m_workers;
 };
