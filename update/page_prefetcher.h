@@ -66,7 +66,8 @@ public:
     // Adds addresses, in the order in which they will be taken.
     void Ask(const QStringList& urls);
     // Adds an address to be taken after those asked before it, but fetched
-    // before any of them that has not started, and told on arrival.
+    // before any of them that has not started (but the next one to be
+    // taken), and told on arrival.
     void AskEarly(const QString& url);
     // Puts an address before everything asked: the taker needs it now.
     void AskFirst(const QString& url);
