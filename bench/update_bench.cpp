@@ -36,11 +36,13 @@
 #include <QTemporaryDir>
 #include <QThread>
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "bench/bench_support.h"
@@ -69,8 +71,10 @@ struct Options {
 QString g_bin;
 QTemporaryDir* g_dir = nullptr;
 
-// What one child process cost: wall time, processor time (user + system)
-// and peak resident memory, from wait4.
+// What one child process cost: wall time and processor time (user + system)
+// from wait4, and peak resident memory from the child's own VmHWM, read while
+// it runs (wait4's maximum would count this process's memory too: a spawned
+// child's figure starts from its parent's).
 struct ChildRun {
     bool ok = false;
     double seconds = 0;
@@ -105,14 +109,33 @@ ChildRun RunCli(const QStringList& args) {
         run.failure = QStringLiteral("cannot start lotwright-cli");
         return run;
     }
+    std::atomic<bool> ended{false};
+    std::atomic<qint64> peakKb{0};
+    std::thread watch([pid, &ended, &peakKb] {
+        const QString path = QStringLiteral("/proc/%1/status").arg(pid);
+        while (!ended) {
+            QFile status(path);
+            if (status.open(QIODevice::ReadOnly)) {
+                for (const QByteArray& line : status.readAll().split('\n')) {
+                    if (line.startsWith("VmHWM:")) {
+                        const qint64 kb = line.mid(6).trimmed().split(' ').value(0).toLongLong();
+                        peakKb = std::max(peakKb.load(), kb);
+                    }
+                }
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    });
     int status = 0;
     rusage usage{};
     while (wait4(pid, &status, 0, &usage) < 0) {
     }
+    ended = true;
+    watch.join();
     run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     run.cpuSeconds = static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
                      static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-    run.peakMb = static_cast<double>(usage.ru_maxrss) / 1024.0;
+    run.peakMb = static_cast<double>(peakKb.load()) / 1024.0;
     run.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     if (!run.ok) {
         QFile err(QString::fromStdString(errPath));
@@ -481,6 +504,7 @@ int main(int argc, char** argv) {
     const QString marketDb = dir.filePath(QStringLiteral("market.db"));
     double loopSeconds = 1e300;
     double loopCpu = 1e300;
+    double loopPeak = 0;
     size_t loopPages = 0;
     {
         Site site(SiteArgs(marketDb, clockStart, options.sales, options.bids, true),
@@ -510,6 +534,7 @@ int main(int argc, char** argv) {
             }
             loopSeconds = std::min(loopSeconds, run.seconds);
             loopCpu = std::min(loopCpu, run.cpuSeconds);
+            loopPeak = std::max(loopPeak, run.peakMb);
             if (round == 0) {
                 logEnd = site.SettledLogSize();
             }
@@ -548,8 +573,10 @@ int main(int argc, char** argv) {
                     bytes / static_cast<size_t>(options.rounds), items, n);
         ok &=
             lw::bench::Report("update first, loopback: " + size, loopSeconds, fetch + insert, 1.2);
-        std::printf("  floor: fetch %.3f s over %d connections, insert %.3f s; client %.3f s CPU\n",
-                    fetch, n, insert, loopCpu);
+        std::printf(
+            "  floor: fetch %.3f s over %d connections, insert %.3f s; client %.3f s CPU, peak "
+            "%.1f MB\n",
+            fetch, n, insert, loopCpu, loopPeak);
     }
 
     // ---------------------------------------------------------------- a round trip away
@@ -619,6 +646,8 @@ int main(int argc, char** argv) {
                     pages += line.startsWith(QLatin1String("GET ")) ? 1 : 0;
                 }
             }
+            std::printf("  round %d: %.3f s, %.3f s CPU, peak %.1f MB\n", round + 1, run.seconds,
+                        run.cpuSeconds, run.peakMb);
             if (round == 0 || run.seconds < best.seconds) {
                 best.seconds = run.seconds;
             }
