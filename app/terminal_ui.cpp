@@ -10,7 +10,6 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <QRegularExpression>
 #include <QTextStream>
 #include <algorithm>
 #include <atomic>
@@ -67,6 +66,24 @@ QString AnswerName(core::Answer answer) {
             return QStringLiteral("No");
     }
     return {};
+}
+
+// The text with each run of digits as one "#". A status is told for every
+// page of an update: a plain pass, no pattern.
+QString FiguresFolded(const QString& text) {
+    QString key;
+    key.reserve(text.size());
+    bool inFigure = false;
+    for (const QChar c : text) {
+        const bool digit = c >= u'0' && c <= u'9';
+        if (!digit) {
+            key += c;
+        } else if (!inFigure) {
+            key += u'#';
+        }
+        inFigure = digit;
+    }
+    return key;
 }
 
 }  // namespace
@@ -195,9 +212,7 @@ void TerminalUi::Status(const QString& text) {
         Redraw();
     } else {
         // "Transferring Page: 2198 bytes" and "...: 2201 bytes" are one line.
-        static const QRegularExpression figures(QStringLiteral("[0-9]+"));
-        QString key = text;
-        key.replace(figures, QStringLiteral("#"));
+        const QString key = FiguresFolded(text);
         if (!m_written.contains(key)) {
             m_written.insert(key);
             Err(text + u'\n');
