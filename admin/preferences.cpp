@@ -172,6 +172,12 @@ const QStringList& ConnectionCaptions() {
     return captions;
 }
 
+QString ConnectionsNote() {
+    return QStringLiteral(
+        "Some sites limit or block many connections from one address: choose fewer if updates "
+        "fail there.");
+}
+
 const QStringList& SaleOverEntries() {
     static const QStringList entries = {
         QStringLiteral("After I've shipped the item"),
@@ -373,6 +379,7 @@ Preferences LoadPreferences(core::Database& db, const QString& userName,
     prefs.archiveView = LoadViewGroup(QStringLiteral("AA"), false);
     prefs.currentView = LoadViewGroup(QStringLiteral("CA"), true);
     prefs.tracking = core::UsageReportOn();
+    prefs.connections = update::ConnectionsSetting();
     return prefs;
 }
 
@@ -558,6 +565,7 @@ core::TimeLeftTimer SavePreferences(core::Database& db, const QString& userName,
         WriteOption(QStringLiteral("CAViewInterval"), QStringLiteral("0"));
         WriteOption(QStringLiteral("CAViewOrder"), orderDefault);
     }
+    update::SaveConnectionsSetting(prefs.connections);
 
     core::Transaction tx(db);
     {

@@ -16,6 +16,7 @@
 #include "core/store.h"
 #include "core/ui_port.h"
 #include "update/rules.h"
+#include "update/update_connections.h"
 
 namespace lw::admin {
 
@@ -61,8 +62,10 @@ PreferenceLists LoadPreferenceLists();
 
 // Fixed captions and the values that go with them, by list position.
 const QStringList& ConnectionCaptions();  // optConnection 0 to 4
-const QStringList& SaleOverEntries();     // cmbSaleOverPref
-const QStringList& SaleOverTags();        // SHS SHE SHR FBL FBR
+// The line beside spnConnections: why a site may want fewer.
+QString ConnectionsNote();
+const QStringList& SaleOverEntries();  // cmbSaleOverPref
+const QStringList& SaleOverTags();     // SHS SHE SHR FBL FBR
 const QStringList& WinningBidOverEntries();
 const QStringList& WinningBidOverTags();  // IRR IRE FBL FBR
 const QStringList& ViewOrderFields();     // lstAOrder / lstCOrder: EndDate HighBid ...
@@ -102,6 +105,9 @@ struct Preferences {
     std::array<QString, kUserPrefCount> field;
     int connection = 0;  // optConnection
     QString proxyServer;
+    // spnConnections: connections an update keeps to the site (a setting,
+    // not a column).
+    int connections = update::kDefaultConnections;
     QString proxyPort;
     QString countryShipping;  // texts of the country lists
     QString countryPayment;

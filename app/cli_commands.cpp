@@ -37,7 +37,8 @@ struct Options {
     bool list = false;                            // update --list
     bool wait = false;                            // update --wait
     bool version = false;
-    QStringList words;  // the command and its positional arguments
+    std::optional<int> connections;  // update --connections
+    QStringList words;               // the command and its positional arguments
 };
 
 // The options of every command; each command reads those it takes. They may
@@ -59,10 +60,12 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption pages(QStringLiteral("pages"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption list(QStringLiteral("list"));
     const QCommandLineOption wait(QStringLiteral("wait"));
+    const QCommandLineOption connections(QStringLiteral("connections"), QString(),
+                                         QStringLiteral("N"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
     parser.addOptions({root, user, siteId, password, passwordStdin, email, store, rules, protocol,
-                       page, pages, list, wait, help, version});
+                       page, pages, list, wait, connections, help, version});
     if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
         return parser.errorText();
     }
@@ -89,6 +92,16 @@ QString Parse(const QStringList& args, Options& options) {
     options.list = parser.isSet(list);
     options.wait = parser.isSet(wait);
     options.version = parser.isSet(version);
+    if (parser.isSet(connections)) {
+        bool ok = false;
+        const int number = parser.value(connections).toInt(&ok);
+        if (!ok || number < update::kFewestConnections || number > update::kMostConnections) {
+            return QStringLiteral("--connections takes a whole number from %1 to %2.")
+                .arg(update::kFewestConnections)
+                .arg(update::kMostConnections);
+        }
+        options.connections = number;
+    }
     options.words = parser.positionalArguments();
     if (parser.isSet(help)) {
         options.words.prepend(QStringLiteral("help"));
@@ -418,7 +431,9 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
     }
 
     update::UiUpdateView view;
-    update::UpdateRun run(db, view, update::DefaultUpdateHooks(db));
+    update::UpdateHooks hooks = update::DefaultUpdateHooks(db);
+    hooks.connections = options.connections.value_or(0);
+    update::UpdateRun run(db, view, std::move(hooks));
     const update::UpdateRun::Result result = run.Activate();
     core::CurrentUi().Status(QString());
     if (command && Reconciles(*command)) {
@@ -490,6 +505,8 @@ QString CliUsage() {
                "  update --list PROTOCOL ...            run the named protocols, in order\n"
                "  update ... --wait                     wait for an update that is running to "
                "end\n"
+               "  update ... --connections N            keep N connections to the site (1 to 8;\n"
+               "        default: the setting Connections of [Update], else 6)\n"
                "Options:\n"
                "  --root DIR      the folder that holds Configs/, Data/ and Templates/, and\n"
                "                  the settings; without it a portable copy uses its own\n"

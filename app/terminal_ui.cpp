@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The terminal's Ui port. The SIGINT handler only sets a flag that the
-// long work polls at each record; a second Ctrl-C ends the process at once.
+// long work reads at each record, and writes a byte to a pipe that a wait
+// watches, so that a wait hears Ctrl-C at once; a second Ctrl-C ends the
+// process at once.
 #include "app/terminal_ui.h"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <QRegularExpression>
 #include <QTextStream>
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -19,11 +23,21 @@ namespace lw::app {
 namespace {
 
 std::atomic<bool> g_cancel{false};
+// Ctrl-C's pipe: the handler writes, a wait reads. -1 when there is none.
+std::atomic<int> g_interruptWrite{-1};
+int g_interruptRead = -1;
 
 extern "C" void OnInterrupt(int) {
     if (g_cancel.exchange(true)) {
         std::_Exit(130);
     }
+    const int saved = errno;
+    const int pipe = g_interruptWrite.load();
+    if (pipe >= 0) {
+        const char byte = 1;
+        [[maybe_unused]] const ssize_t written = write(pipe, &byte, 1);
+    }
+    errno = saved;
 }
 
 void Err(const QString& text) {
@@ -54,12 +68,35 @@ QString AnswerName(core::Answer answer) {
     return {};
 }
 
+// The text with each run of digits as one "#". A status is told for every
+// page of an update: a plain pass, no pattern.
+QString FiguresFolded(const QString& text) {
+    QString key;
+    key.reserve(text.size());
+    bool inFigure = false;
+    for (const QChar c : text) {
+        const bool digit = c >= u'0' && c <= u'9';
+        if (!digit) {
+            key += c;
+        } else if (!inFigure) {
+            key += u'#';
+        }
+        inFigure = digit;
+    }
+    return key;
+}
+
 }  // namespace
 
 TerminalUi::TerminalUi()
     : m_interactive(isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0),
       m_tty(isatty(STDERR_FILENO) != 0) {
     g_cancel = false;
+    int ends[2] = {-1, -1};
+    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0) {
+        g_interruptRead = ends[0];
+        g_interruptWrite = ends[1];
+    }
     struct sigaction action {};
     action.sa_handler = OnInterrupt;
     sigemptyset(&action.sa_mask);
@@ -70,6 +107,12 @@ TerminalUi::TerminalUi()
 TerminalUi::~TerminalUi() {
     EndLine();
     std::signal(SIGINT, SIG_DFL);
+    const int write = g_interruptWrite.exchange(-1);
+    if (write >= 0) {
+        close(write);
+        close(g_interruptRead);
+        g_interruptRead = -1;
+    }
 }
 
 void TerminalUi::EndLine() {
@@ -169,9 +212,7 @@ void TerminalUi::Status(const QString& text) {
         Redraw();
     } else {
         // "Transferring Page: 2198 bytes" and "...: 2201 bytes" are one line.
-        static const QRegularExpression figures(QStringLiteral("[0-9]+"));
-        QString key = text;
-        key.replace(figures, QStringLiteral("#"));
+        const QString key = FiguresFolded(text);
         if (!m_written.contains(key)) {
             m_written.insert(key);
             Err(text + u'\n');
@@ -197,6 +238,20 @@ void TerminalUi::Progress(qint64 value, qint64 maximum) {
 }
 
 void TerminalUi::PumpEvents() {}
+
+void TerminalUi::WaitFor(core::Wakeup& wakeup) {
+    if (g_cancel.load()) {
+        return;
+    }
+    // A Ctrl-C after the look above still finds its byte in the pipe.
+    pollfd watch[2] = {{wakeup.Descriptor(), POLLIN, 0}, {g_interruptRead, POLLIN, 0}};
+    while (poll(watch, 2, -1) < 0 && errno == EINTR && !g_cancel.load()) {
+    }
+    wakeup.Clear();
+    char drained[16];
+    while (g_interruptRead >= 0 && read(g_interruptRead, drained, sizeof drained) > 0) {
+    }
+}
 
 bool TerminalUi::CancelRequested() {
     return g_cancel.load();

@@ -32,6 +32,8 @@ public:
     void Progress(qint64 value, qint64 maximum) override;
     void PumpEvents() override;
     bool CancelRequested() override;
+    // Sleeps until woken or Ctrl-C.
+    void WaitFor(core::Wakeup& wakeup) override;
 
 private:
     // Ends the redrawn line so that the next text starts on a line of its own.

@@ -137,6 +137,31 @@ Easy TakeEasy() {
     return Easy(curl_easy_init());
 }
 
+// The lane of this thread's transfers; null: its own connection.
+thread_local TransferLane* t_lane = nullptr;
+
+// A transfer of a thread with a lane: performed by the lane (whose threads
+// have none), its progress reported here.
+NetResult OverLane(TransferLane& lane, const NetProgress& progress,
+                   const std::function<NetResult(const NetProgress&)>& transfer) {
+    NetResult result;
+    std::atomic<qint64> received{0};
+    std::atomic<qint64> total{0};
+    lane.Run(
+        [&](const std::atomic<bool>& stop, const std::function<void()>& moved) {
+            result = transfer([&](qint64 now, qint64 all) {
+                if (now != received.load() || all != total.load()) {
+                    received = now;
+                    total = all;
+                    moved();
+                }
+                return !stop.load();
+            });
+        },
+        [&] { return !progress || progress(received.load(), total.load()); });
+    return result;
+}
+
 void GiveBack(Easy easy, const NetOptions& options) {
     if (easy && options.cookieFile.isEmpty()) {
         curl_easy_reset(easy.get());
@@ -282,7 +307,20 @@ NetResult Perform(Easy easy, const QString& url, const NetOptions& options, Tran
 
 }  // namespace
 
+LaneScope::LaneScope(TransferLane& lane) : m_saved(t_lane) {
+    t_spare.reset();
+    t_lane = &lane;
+}
+
+LaneScope::~LaneScope() {
+    t_lane = m_saved;
+}
+
 NetResult HttpGet(const QString& url, const NetOptions& options, const NetProgress& progress) {
+    if (t_lane != nullptr) {
+        return OverLane(*t_lane, progress,
+                        [&](const NetProgress& told) { return HttpGet(url, options, told); });
+    }
     QByteArray page;
     Transfer transfer;
     transfer.progress = &progress;
@@ -363,6 +401,11 @@ NetResult HttpGetToFile(const QString& url, const QString& filePath, const NetOp
 
 NetResult HttpPostForm(const QString& url, const QByteArray& body, const NetOptions& options,
                        const NetProgress& progress, const QByteArray& contentType) {
+    if (t_lane != nullptr) {
+        return OverLane(*t_lane, progress, [&](const NetProgress& told) {
+            return HttpPostForm(url, body, options, told, contentType);
+        });
+    }
     QByteArray answer;
     Transfer transfer;
     transfer.progress = &progress;

@@ -2,11 +2,13 @@
 // HTTP for the whole program, over libcurl: a GET of a page into memory or a
 // file with progress and abort, a form POST whose answer is kept up to the size of
 // the answer buffer, and the short connection test. Proxy and time-outs come
-// from the caller. It knows no site and no rule file.
+// from the caller; a thread may hand its transfers to a lane of connections
+// kept elsewhere. It knows no site and no rule file.
 #pragma once
 
 #include <QByteArray>
 #include <QString>
+#include <atomic>
 #include <functional>
 
 namespace lw::core {
@@ -74,5 +76,39 @@ bool CanReach(const QString& url, const NetOptions& options, int timeoutMs = 500
 
 // The version of the libcurl the program runs with, as "8.5.0".
 QString CurlVersion();
+
+// Where the transfers of a thread go while it has a lane: the lane performs
+// each on a connection it keeps, and the thread only waits for the end. An
+// update gives its thread a lane, so that every transfer of the run, pages
+// and posts alike, goes over the few connections the run keeps to the site.
+class TransferLane {
+public:
+    // Runs on a thread of the lane; calls moved() whenever it has news, and
+    // gives up soon after stop turns true.
+    using Perform =
+        std::function<void(const std::atomic<bool>& stop, const std::function<void()>& moved)>;
+
+    virtual ~TransferLane() = default;
+    // Performs perform and returns once it has ended. Meanwhile tick runs on
+    // the calling thread at each piece of news and whenever the caller's
+    // events run; false from tick tells perform to stop. An exception of
+    // perform or of tick comes out here, after perform has ended.
+    virtual void Run(const Perform& perform, const std::function<bool()>& tick) = 0;
+};
+
+// For its lifetime, the transfers the calling thread starts (HttpGet,
+// HttpGetToFile, HttpPostForm) go over lane, their progress told on this
+// thread as ever. The thread's own idle connection is closed at the start,
+// so that the lane's are the only ones the program holds.
+class LaneScope {
+public:
+    explicit LaneScope(TransferLane& lane);
+    ~LaneScope();
+    LaneScope(const LaneScope&) = delete;
+    LaneScope& operator=(const LaneScope&) = delete;
+
+private:
+    TransferLane* m_saved;
+};
 
 }  // namespace lw::core

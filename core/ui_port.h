@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The one door through which the program speaks to the person at the screen:
 // messages, questions, prompts, the status line, progress, and letting events
-// run during long work. The window layer implements it with dialogs, tests with
-// a script of answers, the command line on the terminal. Nothing below ui/ may
+// run during long work and while it waits for other threads. The window layer implements it with
+// dialogs, tests with a script of answers, the command line on the terminal. Nothing below ui/ may
 // show anything any other way.
 #pragma once
 
 #include <QString>
 #include <optional>
+
+#include "core/wakeup.h"
 
 namespace lw::core {
 
@@ -36,6 +38,17 @@ public:
     virtual void PumpEvents() = 0;
     // True once the user asked to stop the long work under way.
     virtual bool CancelRequested() = 0;
+    // Waits until wakeup is called or the user asks to cancel, letting events
+    // run meanwhile, and costs no processor time while nothing happens. Once
+    // a cancel has been asked for it returns at once. A front whose cancel can
+    // only come from its own events needs no more than this: run them, then
+    // sleep until woken.
+    virtual void WaitFor(Wakeup& wakeup) {
+        PumpEvents();
+        if (!CancelRequested()) {
+            wakeup.Wait();
+        }
+    }
 };
 
 // Says nothing and answers every question with its default: for work that runs

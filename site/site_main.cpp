@@ -10,12 +10,14 @@
 #include <QCommandLineParser>
 #include <QStringList>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
@@ -47,7 +49,11 @@ constexpr const char* kUsage =
     "  --rule-version V   what the version check answers (default: the served site.pro's\n"
     "                     Current Protocol)\n"
     "  --page-size K      records per list page (default 50)\n"
-    "  --quiet            no request log on stderr\n"
+    "  --latency MS       every answer leaves MS milliseconds after its request came, a\n"
+    "                     new connection's first answer MS more: loopback plays a site\n"
+    "                     that far away (default 0)\n"
+    "  --quiet            no request log on stderr (one line per request, with the port\n"
+    "                     of the connection it came over)\n"
     "  --print-categories write the category directory as category.pro holds it, and exit\n"
     "  -h, --help         this text\n"
     "  -v, --version      the program's version\n";
@@ -63,6 +69,7 @@ struct Options {
     std::string rulesDir;
     std::string ruleVersion;
     int pageSize = 50;
+    int latencyMs = 0;
     bool quiet = false;
     bool printCategories = false;
 };
@@ -102,6 +109,7 @@ Options ParseOptions(int argc, char** argv) {
     const QCommandLineOption rules = valued("rules");
     const QCommandLineOption ruleVersion = valued("rule-version");
     const QCommandLineOption pageSize = valued("page-size");
+    const QCommandLineOption latency = valued("latency");
     const QCommandLineOption quiet(QStringLiteral("quiet"));
     const QCommandLineOption printCategories(QStringLiteral("print-categories"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
@@ -166,6 +174,9 @@ Options ParseOptions(int argc, char** argv) {
     if (parser.isSet(pageSize)) {
         options.pageSize = IntArgument("--page-size", text(pageSize), 1, 1000);
     }
+    if (parser.isSet(latency)) {
+        options.latencyMs = IntArgument("--latency", text(latency), 0, 600000);
+    }
     if ((options.sales > 0 || options.bids > 0) && !options.seed) {
         Usage("--sales and --bids need --seed");
     }
@@ -204,6 +215,62 @@ void RemoveDatabase(const std::string& path) {
 
 // Log lines carry the server's own time per request, measured around routing.
 thread_local std::chrono::steady_clock::time_point t_requestStart;
+// No answer has yet left over the connection this worker serves.
+thread_local bool t_firstAnswer = false;
+
+// Each accepted connection is one task, served on one worker until it
+// closes; the task marks its connection new, so that the first answer over it
+// can be held back as a real connection's handshake would hold it.
+class ConnectionQueue final : public httplib::TaskQueue {
+public:
+    explicit ConnectionQueue(size_t workers) : m_pool(workers) {}
+    void enqueue(std::function<void()> serve) override {
+        m_pool.enqueue([serve = std::move(serve)] {
+            t_firstAnswer = true;
+            serve();
+        });
+    }
+    void shutdown() override { m_pool.shutdown(); }
+
+private:
+    httplib::ThreadPool m_pool;
+};
+
+// Answers held back as a site that far away would send them. A held answer
+// only waits (it holds no lock of the market), and the wait ends at once when
+// the server stops.
+class Latency {
+public:
+    explicit Latency(int ms) : m_delay(ms) {}
+    bool Active() const { return m_delay.count() > 0; }
+    // Until the answer to the request that came at arrived may leave.
+    void Hold(std::chrono::steady_clock::time_point arrived, bool firstOnConnection) {
+        const auto due = arrived + m_delay * (firstOnConnection ? 2 : 1);
+        std::unique_lock lock(m_mutex);
+        m_stop.wait_until(lock, due, [this] { return m_stopping; });
+    }
+    void Stop() {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_stopping = true;
+        }
+        m_stop.notify_all();
+    }
+
+private:
+    const std::chrono::milliseconds m_delay;
+    std::mutex m_mutex;
+    std::condition_variable m_stop;
+    bool m_stopping = false;
+};
+
+// Workers of the server. Without a latency, room for a few programs at once,
+// each fetching over a few connections; with one, every connection waits out
+// its answers on its own worker, so there are enough that held answers never
+// queue behind each other: a program keeps at most 8 connections, and a test
+// or a benchmark adds one or two of its own.
+constexpr size_t kWorkers = 16;
+constexpr size_t kWorkersWithLatency = 64;
 
 }  // namespace
 
@@ -269,10 +336,11 @@ int main(int argc, char** argv) {
         settings.quiet = options.quiet;
         lw::site::MarketSite site(store, clock, settings);
 
+        Latency latency(options.latencyMs);
         httplib::Server server;
-        // Each open connection holds a worker while it is kept alive: room
-        // for a few programs at once, each fetching over a few connections.
-        server.new_task_queue = [] { return new httplib::ThreadPool(16); };
+        // Each open connection holds a worker while it is kept alive.
+        const size_t workers = latency.Active() ? kWorkersWithLatency : kWorkers;
+        server.new_task_queue = [workers] { return new ConnectionQueue(workers); };
         server.set_keep_alive_max_count(100000);
         // Headers and body go out in separate writes; without this each page
         // would wait for the client's delayed acknowledgement.
@@ -281,6 +349,14 @@ int main(int argc, char** argv) {
             t_requestStart = std::chrono::steady_clock::now();
             return httplib::Server::HandlerResponse::Unhandled;
         });
+        // Called once the answer is made, just before it is written.
+        server.set_post_routing_handler([&latency](const httplib::Request&, httplib::Response&) {
+            const bool first = t_firstAnswer;
+            t_firstAnswer = false;
+            if (latency.Active()) {
+                latency.Hold(t_requestStart, first);
+            }
+        });
         if (!options.quiet) {
             server.set_logger([](const httplib::Request& request,
                                  const httplib::Response& response) {
@@ -288,9 +364,9 @@ int main(int argc, char** argv) {
                                       std::chrono::steady_clock::now() - t_requestStart)
                                       .count();
                 const std::string target = request.target.empty() ? request.path : request.target;
-                std::fprintf(stderr, "%s %s %d %zu bytes %.3f ms\n", request.method.c_str(),
+                std::fprintf(stderr, "%s %s %d %zu bytes %.3f ms port %d\n", request.method.c_str(),
                              lw::site::MaskSecrets(target).c_str(), response.status,
-                             response.body.size(), ms);
+                             response.body.size(), ms, request.remote_port);
             });
         }
         site.Register(server);
@@ -316,10 +392,15 @@ int main(int argc, char** argv) {
                   << ", version " << options.ruleVersion << std::endl;
         std::cout << "site clock: " << lw::site::ClockText(clock.Now()) << ", factor "
                   << options.clockFactor << std::endl;
+        if (latency.Active()) {
+            std::cout << "latency: " << options.latencyMs << " ms an answer, " << options.latencyMs
+                      << " ms more for a new connection's first" << std::endl;
+        }
 
-        std::thread stopper([&server, stopSignals] {
+        std::thread stopper([&server, &latency, stopSignals] {
             int signal = 0;
             sigwait(&stopSignals, &signal);
+            latency.Stop();
             server.stop();
         });
         const bool served = server.listen_after_bind();

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The page prefetcher against a fetch of its own: pages come in the order
 // asked, never more than the depth ahead of the taker, each fetched once;
-// what is not taken as asked is dropped; a taker that gives up gets Cancelled
-// and the transfer under way is told to stop.
+// what is not taken as asked is dropped; a page asked for early is fetched
+// before what was asked before it and told once it has come; a page asked
+// for first goes before everything; the lane's transfers run on a fetching
+// thread before any page, with their news told on the caller's thread; a
+// taker that gives up gets Cancelled and the transfer under way is told to
+// stop.
 #include <gtest/gtest.h>
 
 #include <QByteArray>
@@ -12,6 +16,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 
 #include "update/page_prefetcher.h"
@@ -120,7 +125,7 @@ TEST(PagePrefetcher, PagesComeInOrderEachFetchedOnceAndNeverBeyondTheDepth) {
     ahead.Ask(urls);
     for (const QString& url : urls) {
         QByteArray page;
-        const auto result = ahead.Take(url, page, {});
+        const auto result = ahead.Take(url, page);
         site.Taken();
         ASSERT_TRUE(result.has_value()) << url.toStdString();
         if (url.startsWith(QStringLiteral("bad"))) {
@@ -147,7 +152,7 @@ TEST(PagePrefetcher, OverTwoConnectionsAPageThatComesLateIsStillTakenInItsPlace)
     ahead.Ask(urls);
     for (const QString& url : urls) {
         QByteArray page;
-        EXPECT_EQ(ahead.Take(url, page, {}), FetchResult::Ok);
+        EXPECT_EQ(ahead.Take(url, page), FetchResult::Ok);
         site.Taken();
         EXPECT_EQ(page, "page of " + url.toUtf8());
     }
@@ -172,7 +177,7 @@ TEST(PagePrefetcher, DroppingStopsTheTransfersOfEveryConnection) {
     site.Release();
     ahead.Ask({QStringLiteral("after")});
     QByteArray page;
-    EXPECT_EQ(ahead.Take(QStringLiteral("after"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(QStringLiteral("after"), page), FetchResult::Ok);
     EXPECT_EQ(site.Asked().size(), 3);
 }
 
@@ -187,20 +192,25 @@ TEST(PagePrefetcher, PagesHeldAheadStayWithinTheirBytes) {
     EXPECT_EQ(site.Asked().size(), 3);
     for (const QString& url : urls) {
         QByteArray page;
-        EXPECT_EQ(ahead.Take(url, page, {}), FetchResult::Ok);
+        EXPECT_EQ(ahead.Take(url, page), FetchResult::Ok);
         EXPECT_EQ(page, "page of " + url.toUtf8());
     }
     EXPECT_EQ(site.Asked(), urls);
 }
 
-TEST(PagePrefetcher, AnAddressNotAskedForIsLeftToTheCallerAndTheRestStays) {
+TEST(PagePrefetcher, AnAddressNotAskedForIsLeftToTheCallerAndOneAskedFirstGoesBeforeTheRest) {
     FakeSite site;
     PagePrefetcher ahead(site.Fetch(), 4);
     ahead.Ask(Addresses(3));
     QByteArray page;
-    EXPECT_FALSE(ahead.Take(QStringLiteral("elsewhere"), page, {}).has_value());
+    EXPECT_FALSE(ahead.Take(QStringLiteral("elsewhere"), page).has_value());
     EXPECT_EQ(ahead.Waiting(), 3);
-    EXPECT_EQ(ahead.Take(QStringLiteral("item0"), page, {}), FetchResult::Ok);
+    // Needed now: taken without dropping what was asked before it.
+    ahead.AskFirst(QStringLiteral("elsewhere"));
+    EXPECT_EQ(ahead.Take(QStringLiteral("elsewhere"), page), FetchResult::Ok);
+    EXPECT_EQ(page, QByteArray("page of elsewhere"));
+    EXPECT_EQ(ahead.Waiting(), 3);
+    EXPECT_EQ(ahead.Take(QStringLiteral("item0"), page), FetchResult::Ok);
     EXPECT_EQ(page, QByteArray("page of item0"));
 }
 
@@ -212,25 +222,109 @@ TEST(PagePrefetcher, TakingALaterAddressDropsTheOnesBeforeItAndTheSameAddressCom
     ahead.Ask({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("c"),
                QStringLiteral("d")});
     QByteArray page;
-    EXPECT_EQ(ahead.Take(QStringLiteral("c"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(QStringLiteral("c"), page), FetchResult::Ok);
     EXPECT_EQ(ahead.Waiting(), 2);
-    EXPECT_EQ(ahead.Take(QStringLiteral("c"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(QStringLiteral("c"), page), FetchResult::Ok);
     EXPECT_EQ(page, QByteArray("page of c"));
     // "a" and "b" are gone: taking them now is the caller's own fetch.
-    EXPECT_FALSE(ahead.Take(QStringLiteral("a"), page, {}).has_value());
-    EXPECT_EQ(ahead.Take(QStringLiteral("d"), page, {}), FetchResult::Ok);
+    EXPECT_FALSE(ahead.Take(QStringLiteral("a"), page).has_value());
+    EXPECT_EQ(ahead.Take(QStringLiteral("d"), page), FetchResult::Ok);
     EXPECT_EQ(ahead.Waiting(), 0);
+}
+
+TEST(PagePrefetcher, APageAskedForEarlyGoesBeforeThePagesAskedBeforeItAndIsToldOnceItCame) {
+    FakeSite site;
+    site.Hold();
+    PagePrefetcher ahead(site.Fetch(), 8, 1);
+    const std::thread::id taker = std::this_thread::get_id();
+    QStringList told;
+    bool toldHere = true;
+    ahead.SetArrival([&](const QString& url, const QByteArray& page, FetchResult result) {
+        told << url + QStringLiteral(": ") + QString::fromUtf8(page);
+        toldHere = toldHere && std::this_thread::get_id() == taker && result == FetchResult::Ok;
+    });
+    const QStringList items = Addresses(4);
+    ahead.Ask(items);
+    ahead.AskEarly(QStringLiteral("list1"));
+    ASSERT_TRUE(site.WaitForAsked(1));
+    site.Release();
+    // The first item was under way; the early page goes next.
+    QByteArray page;
+    for (const QString& url : items) {
+        EXPECT_EQ(ahead.Take(url, page), FetchResult::Ok);
+    }
+    EXPECT_EQ(site.Asked(), (QStringList{QStringLiteral("item0"), QStringLiteral("list1"),
+                                         QStringLiteral("item1"), QStringLiteral("item2"),
+                                         QStringLiteral("item3")}));
+    EXPECT_EQ(told, QStringList{QStringLiteral("list1: page of list1")});
+    EXPECT_TRUE(toldHere);
+    // It is still taken in its place, and told no more.
+    EXPECT_EQ(ahead.Take(QStringLiteral("list1"), page), FetchResult::Ok);
+    EXPECT_EQ(page, QByteArray("page of list1"));
+    EXPECT_EQ(told.size(), 1);
+}
+
+TEST(PagePrefetcher, TheLaneRunsATransferOnAFetchingThreadBeforeThePagesWaitingToStart) {
+    FakeSite site;
+    site.Hold();
+    PagePrefetcher ahead(site.Fetch(), 8, 1);
+    ahead.Ask({QStringLiteral("p0"), QStringLiteral("p1")});
+    ASSERT_TRUE(site.WaitForAsked(1));
+    const std::thread::id caller = std::this_thread::get_id();
+    std::thread::id performedOn;
+    qsizetype askedBefore = -1;
+    int ticks = 0;
+    bool ticksHere = true;
+    ahead.Run(
+        [&](const std::atomic<bool>&, const std::function<void()>& moved) {
+            performedOn = std::this_thread::get_id();
+            askedBefore = site.Asked().size();
+            moved();
+        },
+        [&] {
+            ticksHere = ticksHere && std::this_thread::get_id() == caller;
+            if (++ticks == 1) {
+                site.Release();  // p0 ends; the connection is free
+            }
+            return true;
+        });
+    EXPECT_NE(performedOn, caller);
+    EXPECT_EQ(askedBefore, 1) << "the transfer went before p1";
+    EXPECT_GE(ticks, 1);
+    EXPECT_TRUE(ticksHere);
+    QByteArray page;
+    EXPECT_EQ(ahead.Take(QStringLiteral("p0"), page), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(QStringLiteral("p1"), page), FetchResult::Ok);
+
+    // A tick that says no stops the transfer; a failure of the transfer comes
+    // out on the caller's thread.
+    bool sawStop = false;
+    ahead.Run(
+        [&sawStop](const std::atomic<bool>& stop, const std::function<void()>& moved) {
+            while (!stop) {
+                moved();
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+            sawStop = true;
+        },
+        [] { return false; });
+    EXPECT_TRUE(sawStop);
+    EXPECT_THROW(ahead.Run([](const std::atomic<bool>&,
+                              const std::function<void()>&) { throw std::runtime_error("lost"); },
+                           {}),
+                 std::runtime_error);
 }
 
 TEST(PagePrefetcher, ATakerThatGivesUpGetsCancelledAndTheTransferIsStopped) {
     FakeSite site;
     site.Hold();
-    PagePrefetcher ahead(site.Fetch(), 2);
+    int looks = 0;
+    PagePrefetcher ahead(site.Fetch(), 2, 1, qint64{1} << 20,
+                         [&looks](lw::core::Wakeup&) { return ++looks < 3; });
     ahead.Ask(Addresses(5));
     ASSERT_TRUE(site.WaitForAsked(1));
-    int looks = 0;
     QByteArray page = "stale";
-    const auto result = ahead.Take(QStringLiteral("item0"), page, [&looks] { return ++looks < 3; });
+    const auto result = ahead.Take(QStringLiteral("item0"), page);
     EXPECT_EQ(result, FetchResult::Cancelled);
     EXPECT_EQ(looks, 3);
     EXPECT_TRUE(page.isEmpty());
@@ -238,6 +332,26 @@ TEST(PagePrefetcher, ATakerThatGivesUpGetsCancelledAndTheTransferIsStopped) {
     // The transfer that was held sees its stop.
     EXPECT_TRUE(site.WaitForStopped(1));
     EXPECT_EQ(site.Stopped(), 1);
+}
+
+TEST(PagePrefetcher, TheTakerSleepsThroughItsWaiterUntilThePageComes) {
+    FakeSite site;
+    site.Hold();
+    int sleeps = 0;
+    PagePrefetcher ahead(site.Fetch(), 2, 1, qint64{1} << 20,
+                         [&sleeps, &site](lw::core::Wakeup& wakeup) {
+                             if (++sleeps == 1) {
+                                 site.Release();
+                             }
+                             wakeup.Wait();
+                             return true;
+                         });
+    ahead.Ask({QStringLiteral("held")});
+    ASSERT_TRUE(site.WaitForAsked(1));
+    QByteArray page;
+    EXPECT_EQ(ahead.Take(QStringLiteral("held"), page), FetchResult::Ok);
+    EXPECT_EQ(page, QByteArray("page of held"));
+    EXPECT_GE(sleeps, 1);
 }
 
 TEST(PagePrefetcher, DropForgetsWhatWasAskedAndANewPageIsAskedAfresh) {
@@ -248,7 +362,7 @@ TEST(PagePrefetcher, DropForgetsWhatWasAskedAndANewPageIsAskedAfresh) {
     EXPECT_EQ(ahead.Waiting(), 0);
     ahead.Ask(Addresses(2, "second"));
     QByteArray page;
-    EXPECT_EQ(ahead.Take(QStringLiteral("second1"), page, {}), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(QStringLiteral("second1"), page), FetchResult::Ok);
     EXPECT_EQ(page, QByteArray("page of second1"));
     // Of the first page's addresses, at most the window was fetched.
     EXPECT_LE(site.Asked().filter(QStringLiteral("first")).size(), 2);

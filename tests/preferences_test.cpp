@@ -18,6 +18,7 @@
 #include "core/store.h"
 #include "tests/support/test_support.h"
 #include "update/rules.h"
+#include "update/update_connections.h"
 
 using namespace lw;
 using namespace lw::admin;
@@ -656,6 +657,7 @@ TEST_F(PreferencesTest, ResetReadsBackWhatUpdateWrote) {
     p.connection = 3;
     p.proxyServer = QStringLiteral("proxy.example.com");
     p.proxyPort = QStringLiteral("3128");
+    p.connections = 3;
     p.archiveView = {true, QStringLiteral("14"), 3, true};
     p.currentView = {true, QStringLiteral("14"), 3, false};
     Save(p);
@@ -664,6 +666,7 @@ TEST_F(PreferencesTest, ResetReadsBackWhatUpdateWrote) {
     EXPECT_EQ(back.connection, 3);
     EXPECT_EQ(back.proxyServer, p.proxyServer);
     EXPECT_EQ(back.proxyPort, p.proxyPort);
+    EXPECT_EQ(back.connections, 3);
     EXPECT_EQ(back.countryShipping, p.countryShipping);
     EXPECT_EQ(back.countryPayment, p.countryPayment);
     EXPECT_EQ(back.shipFromCountry, p.shipFromCountry);
@@ -701,6 +704,30 @@ TEST_F(PreferencesTest, ANewUserLoadsWithTheDefaults) {
     EXPECT_FALSE(p.archiveView.descending);
     EXPECT_TRUE(p.currentView.descending);
     EXPECT_FALSE(p.tracking);  // the usage report waits for the user to switch it on
+    EXPECT_EQ(p.connections, 6);
+}
+
+// The window offers 1 to 8; a hand-edited file may hold anything, and is
+// read as the nearer end of the range, or as the default when it holds no
+// whole number.
+TEST_F(PreferencesTest, TheConnectionsSettingIsReadIntoItsRange) {
+    const struct {
+        const char* stored;
+        int read;
+    } cases[] = {{"3", 3},  {"8", 8},  {" 4 ", 4}, {"0", 1},
+                 {"-2", 1}, {"12", 8}, {"six", 6}, {"", 6}};
+    for (const auto& c : cases) {
+        core::SaveSetting(QStringLiteral("Lotwright"), QStringLiteral("Update"),
+                          QStringLiteral("Connections"), QString::fromLatin1(c.stored));
+        EXPECT_EQ(update::ConnectionsSetting(), c.read) << '"' << c.stored << '"';
+    }
+    core::DeleteSetting(QStringLiteral("Lotwright"), QStringLiteral("Update"),
+                        QStringLiteral("Connections"));
+    EXPECT_EQ(update::ConnectionsSetting(), update::kDefaultConnections);
+    update::SaveConnectionsSetting(20);
+    EXPECT_EQ(core::GetSetting(QStringLiteral("Lotwright"), QStringLiteral("Update"),
+                               QStringLiteral("Connections")),
+              QStringLiteral("8"));
 }
 
 TEST_F(PreferencesTest, TheTaxRateShowsAsPercentWithTwoDecimals) {

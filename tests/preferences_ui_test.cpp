@@ -16,6 +16,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTimer>
 #include <QtTest>
@@ -30,6 +31,7 @@
 #include "ui/frmUserPreferences.h"
 #include "ui/qt_ui.h"
 #include "update/rules.h"
+#include "update/update_connections.h"
 
 using namespace lw;
 
@@ -343,6 +345,23 @@ private Q_SLOTS:
         QCOMPARE(UserValue(QStringLiteral("ProxyServer")).toString(),
                  QStringLiteral("proxy.example.com"));
         QCOMPARE(UserValue(QStringLiteral("ProxyPort")).toString(), QStringLiteral("80"));
+    }
+
+    void connectionsToTheSiteAreASettingOnTheConnectionTab() {
+        ui::frmUserPreferences w;
+        FillRequired(&w);
+        auto* connections = Named<QSpinBox>(&w, QStringLiteral("spnConnections"));
+        QCOMPARE(connections->minimum(), 1);
+        QCOMPARE(connections->maximum(), 8);
+        QCOMPARE(connections->value(), 6);
+        QCOMPARE(Named<QLabel>(&w, QStringLiteral("lblConnectionsNote"))->text(),
+                 admin::ConnectionsNote());
+        QVERIFY(Named<QWidget>(&w, QStringLiteral("tabConnection"))->isAncestorOf(connections));
+        connections->setValue(2);
+        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdUpdate")), Qt::LeftButton);
+        QCOMPARE(update::ConnectionsSetting(), 2);
+        ui::frmUserPreferences again;
+        QCOMPARE(Named<QSpinBox>(&again, QStringLiteral("spnConnections"))->value(), 2);
     }
 
     void passwordChangeRunsOnItsOwnTab() {

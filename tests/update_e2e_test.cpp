@@ -4,7 +4,8 @@
 // lotwright-cli, the update run by `lotwright-cli update` or in this process
 // by UpdateRun with the default hooks. What arrived is compared with the
 // site's own pages, read here with a plain parser of their rows, never with
-// figures copied from a run.
+// figures copied from a run. The suite runs once over one connection and once
+// over eight (LW_TEST_CONNECTIONS, written to the setting of each root).
 #include <gtest/gtest.h>
 #include <signal.h>
 
@@ -16,10 +17,13 @@
 #include <QSet>
 #include <QSysInfo>
 #include <QThread>
+#include <condition_variable>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -27,12 +31,14 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "tests/support/loopback_server.h"
 #include "tests/support/site_pages.h"
 #include "tests/support/site_process.h"
 #include "tests/support/test_support.h"
 #include "update/rules.h"
 #include "update/run_lists.h"
 #include "update/scanner.h"
+#include "update/update_connections.h"
 #include "update/update_lock.h"
 #include "update/update_run.h"
 #include "views/analysis.h"
@@ -108,6 +114,13 @@ protected:
                                     m_root.File(QStringLiteral("rules/site.pro")),
                                     m_root.File(QStringLiteral("rules/info.pro"))});
         ASSERT_EQ(install.code, 0) << install.err.toStdString();
+        // The connections of every update of this root, the command line's
+        // and this process's alike.
+        if (const char* connections = std::getenv("LW_TEST_CONNECTIONS")) {
+            lw::core::SetSettingsFolder(Home() + QStringLiteral("/Configs/Settings"));
+            lw::update::SaveConnectionsSetting(QByteArray(connections).toInt());
+            lw::core::SetSettingsFolder({});
+        }
     }
 
     QString Home() const { return m_root.File(QStringLiteral("home")); }
@@ -373,6 +386,75 @@ private:
     int m_left;
     bool m_armed = false;
 };
+
+// A ScriptedUi whose user presses Cancel while the run waits for a page,
+// the given number of waits after a status.
+class CancelWhileWaitingUi : public ScriptedUi {
+public:
+    CancelWhileWaitingUi(QString status, int waits) : m_status(std::move(status)), m_left(waits) {}
+    void Status(const QString& text) override {
+        ScriptedUi::Status(text);
+        m_armed = m_armed || text == m_status;
+    }
+    void WaitFor(lw::core::Wakeup& wakeup) override {
+        if (m_armed && --m_left == 0) {
+            RequestCancel();
+            return;
+        }
+        ScriptedUi::WaitFor(wakeup);
+    }
+
+private:
+    QString m_status;
+    int m_left;
+    bool m_armed = false;
+};
+
+// A server that takes requests and answers none until it is let go (or
+// stopped), and tells when the first request has come.
+class SilentSite {
+public:
+    SilentSite() {
+        m_server.Routes().Get("/never", [this](const httplib::Request&, httplib::Response& res) {
+            std::unique_lock lock(m_mutex);
+            m_asked = true;
+            m_changed.notify_all();
+            for (int i = 0; i < 1200 && !m_released && !m_server.Stopping(); ++i) {
+                m_changed.wait_for(lock, std::chrono::milliseconds(100));
+            }
+            res.set_content("<html>late</html>", "text/html");
+        });
+        m_server.Start();
+    }
+    ~SilentSite() { Release(); }
+    SilentSite(const SilentSite&) = delete;
+    SilentSite& operator=(const SilentSite&) = delete;
+
+    QString Url() const { return m_server.Url("/never"); }
+    bool WaitForRequest() {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, std::chrono::seconds(60), [this] { return m_asked; });
+    }
+    void Release() {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_released = true;
+        }
+        m_changed.notify_all();
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_asked = false;
+    bool m_released = false;
+    lw::test::LoopbackServer m_server;
+};
+
+// The port of the connection a line of the site's log came over.
+QString LoggedPort(const QString& line) {
+    return line.section(u' ', -1);
+}
 
 }  // namespace
 
@@ -864,6 +946,14 @@ TEST_F(UpdateE2e, UnknownCommandsAndProtocolsAreRefusedBeforeAnyPage) {
     EXPECT_TRUE(word.err.contains(QStringLiteral("everything"))) << word.err.toStdString();
     EXPECT_EQ(Cli({QStringLiteral("update")}).code, 2);
     EXPECT_EQ(Cli({QStringLiteral("update"), QStringLiteral("--list")}).code, 2);
+    for (const char* connections : {"0", "9", "six"}) {
+        const CliRun refused = Cli({QStringLiteral("update"), QStringLiteral("time"),
+                                    QStringLiteral("--connections"), QLatin1String(connections)});
+        EXPECT_EQ(refused.code, 2) << connections;
+        EXPECT_TRUE(
+            refused.err.contains(QStringLiteral("--connections takes a whole number from 1 to 8.")))
+            << refused.err.toStdString();
+    }
     const CliRun protocol =
         Cli({QStringLiteral("update"), QStringLiteral("--list"),
              QStringLiteral("Current Time eBay"), QStringLiteral("Current Lots eBay")});
@@ -902,4 +992,101 @@ TEST_F(UpdateE2e, TheMaximumUpdateAsksAndThenAsksTheSiteForThirtyDays) {
     ExpectSalesAndBidsMatch(truth);
     ExpectLedgerMatches(truth);
     EXPECT_NE(LastUpdate(), "null");
+}
+
+// Each line of the site's log names the port of the connection it came over:
+// all the pages and posts of an update came over at most as many connections
+// as it was given, none of them the one the rule check used before the run.
+TEST_F(UpdateE2e, AnUpdateHoldsNoMoreConnectionsThanItWasGiven) {
+    StartSite(Seed(6) << QStringLiteral("--sales") << QStringLiteral("120"));
+    for (const int connections : {1, 3}) {
+        SCOPED_TRACE(connections);
+        // Each round asks for the last 30 days, as the first did.
+        Db().Exec(QStringLiteral("UPDATE UserSites SET LastUpdate = NULL"));
+        const qsizetype logStart = SettledLog().size();
+        const CliRun run = Cli({QStringLiteral("update"), QStringLiteral("first"),
+                                QStringLiteral("--connections"), QString::number(connections)});
+        ASSERT_EQ(run.code, 0) << run.err.toStdString();
+        const QStringList log = SettledLog();
+        QSet<QString> rulePorts;
+        QSet<QString> pagePorts;
+        int pages = 0;
+        for (qsizetype i = logStart; i < log.size(); ++i) {
+            if (log[i].contains(QLatin1String(" /rules/"))) {
+                rulePorts.insert(LoggedPort(log[i]));
+            } else if (log[i].contains(QLatin1String("eBayISAPI.dll"))) {
+                pagePorts.insert(LoggedPort(log[i]));
+                ++pages;
+            }
+        }
+        ASSERT_GT(pages, 120);
+        EXPECT_GE(pagePorts.size(), 1);
+        EXPECT_LE(pagePorts.size(), connections) << pagePorts.values().join(u' ').toStdString();
+        EXPECT_FALSE(pagePorts.intersects(rulePorts));
+    }
+    ExpectSalesAndBidsMatch(Truth());
+}
+
+// A site 40 ms away: the user cancels while the run waits for an item page.
+// The run ends there, keeps what it wrote, and asks for no more pages.
+TEST_F(UpdateE2e, ACancelWhilePagesAreOnTheirWayStopsTheRunThere) {
+    StartSite(Seed(6) << QStringLiteral("--sales") << QStringLiteral("300")
+                      << QStringLiteral("--latency") << QStringLiteral("40"));
+    Database db = OpenHere();
+    CancelWhileWaitingUi ui(QStringLiteral("Processing Sale Details"), 2);
+    lw::core::CurrentSession().ui = &ui;
+    lw::update::UiUpdateView view;
+    lw::update::UpdateRun run(db, view, lw::update::DefaultUpdateHooks(db));
+    const auto result = run.Activate(
+        lw::update::RunList(lw::update::UpdateCommand::FirstRetrieval, lw::update::Rules()));
+    EXPECT_EQ(result, lw::update::UpdateRun::Result::Cancelled);
+    EXPECT_EQ(ui.Messages(),
+              QStringList{QStringLiteral(
+                  "Update cancelled.  Some Auction/Bid information may be incomplete.")});
+    EXPECT_NE(LastUpdate(), "null");
+
+    // The sales list was whole before the cancel; of its item pages only the
+    // first few were read, and the site was asked for few more than those.
+    const Rows selling = List("MyEbaySelling", "SELLING");
+    ASSERT_GT(selling.size(), 300u);
+    EXPECT_EQ(Count(QStringLiteral("Auctions")), selling.size());
+    const size_t detailed = Count(QStringLiteral("Auctions WHERE ItemCategory IS NOT NULL"));
+    EXPECT_GT(detailed, 0u);
+    size_t itemPages = 0;
+    for (const QString& line : SettledLog()) {
+        itemPages += line.contains(QLatin1String("ViewItem")) ? 1 : 0;
+    }
+    EXPECT_LT(itemPages, selling.size() / 2);
+    EXPECT_EQ(Count(QStringLiteral("Bids")), 0u) << "the protocols after the cancel never ran";
+}
+
+// The site's clock page never comes: Ctrl-C ends the wait for it at once,
+// with the cancel told, while the page is still on its way.
+TEST_F(UpdateE2e, CtrlCEndsTheWaitForAPageThatNeverComes) {
+    SilentSite silent;
+    StartSite(Seed(5), [&](QByteArray text) {
+        const QByteArray clock = m_site->Base().toUtf8() + "/aw-cgi/eBayISAPI.dll?TimeShow";
+        return text.replace(clock, silent.Url().toUtf8());
+    });
+    QProcess process;
+    process.start(
+        BinDir() + QStringLiteral("/lotwright-cli"),
+        {QStringLiteral("--root"), Home(), QStringLiteral("update"), QStringLiteral("time")});
+    process.closeWriteChannel();
+    ASSERT_TRUE(process.waitForStarted());
+    ASSERT_TRUE(silent.WaitForRequest());
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    const bool ended = process.waitForFinished(60000);
+    silent.Release();
+    if (!ended) {
+        process.kill();
+        process.waitForFinished();
+    }
+    ASSERT_TRUE(ended) << "the wait did not hear Ctrl-C";
+    const QByteArray err = process.readAllStandardError();
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_TRUE(err.contains(
+        "Update Cancelled: Update cancelled.  Some Auction/Bid information may be incomplete."))
+        << err.toStdString();
+    EXPECT_FALSE(err.contains("connection error")) << err.toStdString();
 }

@@ -81,6 +81,13 @@ const char* kRules =
     "Item1=ItemCategory\nItem1 Start=<td class=cat\nWriteFields=1\nWriteField1=ItemNumber\n"
     "WriteFieldValue1=1\n"
     "\n"
+    "[Paged Details eBay]\n"
+    "RunCaption=Paged Details\nSitenumber=0\nUrl=http://site/selling?pass=[PASSWORD]&skip=[SKIP]\n"
+    "Iterate=True\nIterateSkip=2\nGStart=<!-- BEGIN -->\nGend=<!-- END -->\n"
+    "QueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=2\n"
+    "Item1=ItemNumber\nItem1 Start=<td class=n\nItem1 AncillaryIf=Not Null\n"
+    "Item1 Ancillary Protocol=Auction Item eBay\nItem2=ItemTitle\nItem2 Start=<td class=t\n"
+    "\n"
     "[Current Time eBay]\n"
     "RunCaption=Site Time\nSitenumber=0\nUrl=http://site/time\nGStart=<!-- CLOCK -->\n"
     "Gend=<!-- /CLOCK -->\nQueryString=SELECT * FROM Global\nItems=1\nItem1=eBayTime\n"
@@ -104,7 +111,14 @@ protected:
         void Status(const QString& text) override {
             statuses << text;
             if (text == cancelOn) {
+                // A page held ahead is under way before the user cancels.
+                for (int i = 0; i < 10000 && holdOn && !*holdOn; ++i) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                }
                 ui->RequestCancel();
+            }
+            if (text == releaseOn && release != nullptr) {
+                *release = true;
             }
         }
         void ConnectStatus(const QString& text) override { connects << text; }
@@ -117,6 +131,9 @@ protected:
         QStringList urls;
         QList<int> progress;
         QString cancelOn;
+        QString releaseOn;  // the page held ahead is let go at this status
+        std::atomic<bool>* release = nullptr;
+        const std::atomic<bool>* holdOn = nullptr;  // set: cancel once the held page is under way
         ScriptedUi* ui = nullptr;
     };
 
@@ -133,6 +150,7 @@ protected:
             "'s1')"));
         EditRules({}, {});
         m_view.ui = &m_ui;
+        m_view.release = &m_holdReleased;
 
         m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] =
             lw::test::ListPage({{"101", "First"}, {"102", "Second"}});
@@ -174,18 +192,7 @@ protected:
             if (m_fetched.size() > 40) {
                 return FetchResult::Failed;  // a run that would never end
             }
-            if (m_everyPage && url.contains(QStringLiteral("selling"))) {
-                page = *m_everyPage;
-                return FetchResult::Ok;
-            }
-            if (m_results.count(url) != 0) {
-                return m_results[url];
-            }
-            if (m_pages.count(url) == 0) {
-                return FetchResult::Failed;
-            }
-            page = m_pages[url];
-            return FetchResult::Ok;
+            return Serve(url, page);
         };
         hooks.buildUrl = [this](const QString& url, int, const QStringList& fields,
                                 const QStringList& values, qint64 offset) {
@@ -207,31 +214,47 @@ protected:
         hooks.redraw = [this] { ++m_redraws; };
         hooks.now = [] { return QDateTime(QDate(2026, 5, 23), QTime(14, 5, 9)); };
         if (m_fetchAhead) {
-            // The same pages from the fetching thread; the map is not
-            // changed while a run is under way.
+            // Every page over the run's connections, served from the same
+            // maps, which are not changed while a run is under way.
+            hooks.connections = m_connections;
             hooks.fetchAhead = [this]() -> AheadFetch {
                 return [this](const QString& url, QByteArray& page, const std::atomic<bool>& stop) {
                     {
                         const std::lock_guard lock(m_aheadMutex);
                         m_fetchedAhead << url;
                     }
-                    while (url == m_holdAhead && !stop) {
+                    if (url == m_holdAhead) {
+                        m_holding = true;
+                    }
+                    while (url == m_holdAhead && !m_holdReleased && !stop) {
                         std::this_thread::sleep_for(std::chrono::milliseconds(1));
                     }
                     if (stop) {
                         m_aheadStopped = true;
                         return FetchResult::Cancelled;
                     }
-                    const auto it = m_pages.find(url);
-                    if (it == m_pages.end()) {
-                        return FetchResult::Failed;
-                    }
-                    page = it->second;
-                    return FetchResult::Ok;
+                    return Serve(url, page);
                 };
             };
         }
         return hooks;
+    }
+
+    // The fake site's answer to url.
+    FetchResult Serve(const QString& url, QByteArray& page) const {
+        if (m_everyPage && url.contains(QStringLiteral("selling"))) {
+            page = *m_everyPage;
+            return FetchResult::Ok;
+        }
+        if (const auto result = m_results.find(url); result != m_results.end()) {
+            return result->second;
+        }
+        const auto it = m_pages.find(url);
+        if (it == m_pages.end()) {
+            return FetchResult::Failed;
+        }
+        page = it->second;
+        return FetchResult::Ok;
     }
 
     QStringList FetchedAhead() {
@@ -275,7 +298,12 @@ protected:
     QStringList m_fetched;
     QStringList m_failedProtocols;
     bool m_fetchAhead = false;
-    QString m_holdAhead;  // this page is held until the fetch is told to stop
+    // This page is held until the fetch is told to stop or the hold released;
+    // it is set before the run.
+    QString m_holdAhead;
+    std::atomic<bool> m_holdReleased{false};
+    std::atomic<bool> m_holding{false};  // the held page is under way
+    int m_connections = 2;
     std::mutex m_aheadMutex;
     QStringList m_fetchedAhead;
     std::atomic<bool> m_aheadStopped{false};
@@ -579,7 +607,7 @@ TEST_F(RunTest, AncillaryPagesAreFetchedWithTheRecordsValuesAndWritten) {
 
 // ------------------------------------------------------------ pages fetched ahead
 
-TEST_F(RunTest, PagesFetchedAheadGiveTheSameRowsAndEachIsFetchedOnce) {
+TEST_F(RunTest, OverTheRunsConnectionsEveryPageIsFetchedOnceAndTheRowsAreTheSame) {
     m_fetchAhead = true;
     m_pages[QStringLiteral("http://site/time")] =
         QByteArray("<!-- CLOCK -->The time is: ") + SiteClock().toUtf8() +
@@ -593,18 +621,19 @@ TEST_F(RunTest, PagesFetchedAheadGiveTheSameRowsAndEachIsFetchedOnce) {
         Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Auction Details eBay"),
                   QStringLiteral("Current Time eBay")});
     EXPECT_EQ(result, UpdateRun::Result::Complete);
-    // The run fetched each list's first page itself; the rest came ahead,
-    // each once (over two connections, in either order), and the empty page
-    // asked for no page after it.
-    EXPECT_EQ(m_fetched, (QStringList{QStringLiteral("http://site/selling?pass=good&skip=0"),
-                                      QStringLiteral("http://site/time")}));
+    // Every page came over the connections, each once (over two, in either
+    // order); the empty page asked for no page after it, and the site time
+    // shares its address with the page before it.
+    EXPECT_TRUE(m_fetched.isEmpty()) << m_fetched.join(u' ').toStdString();
     QStringList ahead = FetchedAhead();
     ahead.sort();
     EXPECT_EQ(ahead, (QStringList{QStringLiteral("http://site/item?no=101"),
                                   QStringLiteral("http://site/item?no=102"),
                                   QStringLiteral("http://site/item?no=103"),
+                                  QStringLiteral("http://site/selling?pass=good&skip=0"),
                                   QStringLiteral("http://site/selling?pass=good&skip=2"),
-                                  QStringLiteral("http://site/selling?pass=good&skip=4")}));
+                                  QStringLiteral("http://site/selling?pass=good&skip=4"),
+                                  QStringLiteral("http://site/time")}));
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
     EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='101'")),
               QStringLiteral("Toys"));
@@ -613,10 +642,9 @@ TEST_F(RunTest, PagesFetchedAheadGiveTheSameRowsAndEachIsFetchedOnce) {
               QStringLiteral("Books 102"));
     EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='103'")),
               QStringLiteral("Books 103"));
-    // A page taken from ahead is told as a fetch is; the fake fetch of the
-    // run's own pages tells nothing.
+    // Each page taken is told as a fetch is.
     const QStringList statuses = m_ui.Statuses();
-    EXPECT_EQ(statuses.count(QStringLiteral("Connecting to Server")), 5);
+    EXPECT_EQ(statuses.count(QStringLiteral("Connecting to Server")), 7);
     EXPECT_TRUE(
         statuses.contains(QStringLiteral("Transferring Page: %1 bytes")
                               .arg(m_pages[QStringLiteral("http://site/item?no=103")].size())))
@@ -626,10 +654,76 @@ TEST_F(RunTest, PagesFetchedAheadGiveTheSameRowsAndEachIsFetchedOnce) {
     ExpectEndOfRun();
 }
 
+TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
+    m_fetchAhead = true;
+    m_connections = 1;
+    for (const char* number : {"102", "103"}) {
+        m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
+            QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
+    }
+    // The first item page waits until its record is being read, so that the
+    // run has asked for everything it knows by then.
+    m_holdAhead = QStringLiteral("http://site/item?no=101");
+    m_view.releaseOn = QStringLiteral("Fetching Item Page");
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Paged Details eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Complete);
+    const QString list = QStringLiteral("http://site/selling?pass=good&skip=");
+    const QString item = QStringLiteral("http://site/item?no=");
+    const QStringList ahead = FetchedAhead();
+    ASSERT_EQ(ahead.size(), 9) << ahead.join(u' ').toStdString();
+    // The list pages alone: each as soon as the one before it was read.
+    EXPECT_EQ(ahead.mid(0, 3), (QStringList{list + u'0', list + u'2', list + u'4'}));
+    // The page after the first list page goes before that page's second item
+    // page; the item page on it, and the page after it, follow.
+    EXPECT_EQ(ahead.mid(3, 4), (QStringList{list + u'0', item + QStringLiteral("101"), list + u'2',
+                                            item + QStringLiteral("102")}));
+    QStringList last = ahead.mid(7);
+    last.sort();
+    EXPECT_EQ(last, (QStringList{item + QStringLiteral("103"), list + u'4'}));
+    EXPECT_TRUE(m_fetched.isEmpty());
+    // Written in the order of the pages, each with its own item page.
+    EXPECT_EQ(Text(QStringLiteral("SELECT group_concat(ItemNumber || '=' || ItemCategory, ' ') "
+                                  "FROM (SELECT * FROM Auctions ORDER BY rowid)")),
+              QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+}
+
+// The run's own guards, with every page over the connections: the one
+// password refresh starts the protocol afresh with the new address, a site
+// that answers every offset alike fails the protocol, and paging whose
+// address does not change ends.
+TEST_F(RunTest, TheRunsGuardsHoldOverTheRunsConnections) {
+    m_fetchAhead = true;
+    m_password = QStringLiteral("stale");
+    m_pages[QStringLiteral("http://site/selling?pass=stale&skip=0")] = "<html>Sign in</html>";
+    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Complete);
+    EXPECT_EQ(m_refreshes, 1);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+
+    m_db->Exec(QStringLiteral("DELETE FROM Auctions"));
+    m_everyPage = lw::test::ListPage({{"101", "First"}, {"102", "Second"}});
+    EXPECT_EQ(
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")}),
+        UpdateRun::Result::Complete);
+    EXPECT_EQ(m_failedProtocols, QStringList{QStringLiteral("Current Auctions eBay")});
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 2);
+
+    m_everyPage.reset();
+    const qsizetype before = FetchedAhead().size();
+    EXPECT_EQ(Activate({QStringLiteral("Watching Items eBay")}), UpdateRun::Result::Complete);
+    EXPECT_EQ(FetchedAhead().mid(before),
+              QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Bids")), 2);
+    EXPECT_TRUE(m_fetched.isEmpty());
+}
+
 TEST_F(RunTest, ACancelWhileAPageFetchedAheadIsAwaitedStopsItsTransfer) {
     m_fetchAhead = true;
     m_holdAhead = QStringLiteral("http://site/item?no=101");
     m_view.cancelOn = QStringLiteral("Fetching Item Page");
+    m_view.holdOn = &m_holding;
     const auto result = Activate({QStringLiteral("Auction Details eBay")});
     EXPECT_EQ(result, UpdateRun::Result::Cancelled);
     EXPECT_TRUE(m_aheadStopped);

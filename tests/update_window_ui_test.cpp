@@ -3,8 +3,9 @@
 // pages the program's own fetch reads: the run's words on lblStatus with the
 // moving dots, the fetch's words on lblConnectStatus, Bar1, lblLastUrl, the
 // details with the item being read, the window gone before the redraw, boxes
-// over the window on the desktop, and Cancel (the button, Escape, or in the
-// middle of a transfer) stopping the run with what was written kept.
+// over the window on the desktop, and Cancel (the button, Escape, in the
+// middle of a transfer, or while a page is on its way over the run's
+// connections) stopping the run with what was written kept.
 #include <httplib.h>
 
 #include <QApplication>
@@ -106,6 +107,20 @@ public:
                     return true;
                 });
         });
+        // Asks for the window's Cancel through the event queue and answers only
+        // when let go (or after a long while): a run that waits for it with
+        // the window's events running ends before it.
+        routes.Get("/never", [this](const httplib::Request&, httplib::Response& res) {
+            if (QPushButton* cancel = m_cancelOnTransfer.load()) {
+                QMetaObject::invokeMethod(
+                    cancel, [cancel] { cancel->click(); }, Qt::QueuedConnection);
+            }
+            for (int i = 0; i < 4000 && !m_server.Stopping() && !m_letGo; ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            }
+            m_neverAnswered = true;
+            res.set_content(test::ListPage({{"401", "Too late"}}).toStdString(), "text/html");
+        });
         m_pages["0"] = test::ListPage({{"101", "First"}, {"102", "Second"}});
         m_pages["2"] = test::ListPage({{"103", "Third"}});
         m_pages["4"] = test::ListPage({});
@@ -117,11 +132,15 @@ public:
 
     int Port() const { return m_server.Port(); }
     void CancelOnTransfer(QPushButton* button) { m_cancelOnTransfer = button; }
+    bool NeverAnswered() const { return m_neverAnswered; }
+    void LetGo() { m_letGo = true; }
 
 private:
     test::LoopbackServer m_server;
     std::map<std::string, QByteArray> m_pages;
     std::atomic<QPushButton*> m_cancelOnTransfer{nullptr};
+    std::atomic<bool> m_neverAnswered{false};
+    std::atomic<bool> m_letGo{false};
 };
 
 QString RulesFor(int port, int closedPort) {
@@ -135,6 +154,11 @@ QString RulesFor(int port, int closedPort) {
         "\n"
         "[Slow Sales eBay]\n"
         "RunCaption=Slow Sales\nSitenumber=0\nUrl=SITE/slow\nGStart=<!-- BEGIN -->\n"
+        "Gend=<!-- END -->\nQueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=2\n"
+        "Item1=ItemNumber\nItem1 Start=<td class=n\nItem2=ItemTitle\nItem2 Start=<td class=t\n"
+        "\n"
+        "[Silent Sales eBay]\n"
+        "RunCaption=Silent Sales\nSitenumber=0\nUrl=SITE/never\nGStart=<!-- BEGIN -->\n"
         "Gend=<!-- END -->\nQueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=2\n"
         "Item1=ItemNumber\nItem1 Start=<td class=n\nItem2=ItemTitle\nItem2 Start=<td class=t\n"
         "\n"
@@ -444,6 +468,33 @@ private Q_SLOTS:
         QCOMPARE(Items(), (QStringList{QStringLiteral("101"), QStringLiteral("102"),
                                        QStringLiteral("103")}));
         QCOMPARE(m_fetched.size(), 4);
+        ExpectWindowGone(m_ui.get());
+    }
+
+    void cancelWhileAPageIsOnItsWayOverTheConnections() {
+        update::UpdateHooks hooks = Hooks();
+        hooks.fetchAhead = update::DefaultUpdateHooks(*m_db).fetchAhead;
+        hooks.connections = 2;
+        hooks.checkRules = [this] {
+            m_site->CancelOnTransfer(
+                Named<QPushButton>(OpenUpdateWindow(), QStringLiteral("cmdCancel")));
+            return true;
+        };
+        QString error;
+        QVERIFY(update::WriteRunList(
+            {QStringLiteral("Current Auctions eBay"), QStringLiteral("Silent Sales eBay"),
+             QStringLiteral("Current Time eBay")},
+            &error));
+        const auto result = ui::ShowUpdateWindow(*m_db, nullptr, std::move(hooks), &m_rules);
+        const bool answered = m_site->NeverAnswered();
+        m_site->LetGo();
+        QCOMPARE(result, UpdateRun::Result::Cancelled);
+        QVERIFY2(!answered, "the run waited for the page instead of its Cancel");
+        QCOMPARE(m_ui->Messages(), QStringList{update::CancelMessageText()});
+        QCOMPARE(Items(), (QStringList{QStringLiteral("101"), QStringLiteral("102"),
+                                       QStringLiteral("103")}));
+        // Every page came over the connections.
+        QVERIFY(m_fetched.isEmpty());
         ExpectWindowGone(m_ui.get());
     }
 

@@ -2,7 +2,8 @@
 // The update window over update::UpdateRun. While the run goes, the session's
 // Ui is a relay of this window's: the fetch's words land on lblConnectStatus,
 // letting events run keeps the window and its Cancel alive, Cancel is what
-// the run reads, and boxes open over this window. The relay is given back
+// the run reads, boxes open over this window, and while the run waits for a
+// page the window's events run with nothing polled. The relay is given back
 // however the run ends, and no exception leaves a slot. The window holds the
 // update lock of the program root for the length of its run.
 #include "ui/frmUpdate.h"
@@ -66,6 +67,12 @@ public:
         }
     }
     bool CancelRequested() override { return m_window.Cancelled(); }
+    void WaitFor(core::Wakeup& wakeup) override {
+        if (!m_desktop) {
+            m_inner.PumpEvents();
+        }
+        WaitWithEvents(wakeup, [this] { return m_window.Cancelled(); });
+    }
 
 private:
     // On the desktop the boxes open over the update window; any other front

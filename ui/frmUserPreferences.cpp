@@ -21,6 +21,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -348,9 +349,26 @@ QWidget* frmUserPreferences::BuildConnectionTab() {
     proxy->addWidget(m_txtProxyPort, 1, 3);
     proxy->setColumnStretch(1, 1);
 
+    m_spnConnections = new QSpinBox(page);
+    m_spnConnections->setObjectName(QStringLiteral("spnConnections"));
+    m_spnConnections->setRange(update::kFewestConnections, update::kMostConnections);
+    auto* lblConnections =
+        new QLabel(QStringLiteral("Connections to the site during an update:"), page);
+    lblConnections->setObjectName(QStringLiteral("lblConnections"));
+    lblConnections->setBuddy(m_spnConnections);
+    auto* lblConnectionsNote = new QLabel(admin::ConnectionsNote(), page);
+    lblConnectionsNote->setObjectName(QStringLiteral("lblConnectionsNote"));
+    lblConnectionsNote->setWordWrap(true);
+    auto* connections = new QHBoxLayout;
+    connections->addWidget(lblConnections);
+    connections->addWidget(m_spnConnections);
+    connections->addStretch();
+
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(group);
     layout->addLayout(proxy);
+    layout->addLayout(connections);
+    layout->addWidget(lblConnectionsNote);
     layout->addStretch();
 
     connect(m_connectionGroup, &QButtonGroup::idClicked, this,
@@ -646,6 +664,7 @@ void frmUserPreferences::ShowPreferences(const admin::Preferences& prefs) {
     m_txtProxyPort->setText(prefs.proxyPort);
     m_optConnection[static_cast<size_t>(prefs.connection)]->setChecked(true);
     optConnection_Click(prefs.connection);
+    m_spnConnections->setValue(prefs.connections);
 
     SetComboText(m_cmbCountryShipping, prefs.countryShipping);
     SetComboText(m_cmbCountryPayment, prefs.countryPayment);
@@ -700,6 +719,7 @@ admin::Preferences frmUserPreferences::CollectPreferences() const {
     prefs.connection = std::max(0, m_connectionGroup->checkedId());
     prefs.proxyServer = m_txtProxyServer->text();
     prefs.proxyPort = m_txtProxyPort->text();
+    prefs.connections = m_spnConnections->value();
     prefs.countryShipping = ComboText(m_cmbCountryShipping);
     prefs.countryPayment = ComboText(m_cmbCountryPayment);
     prefs.shipFromCountry = ComboText(m_cmbeBayCountryDefault);

@@ -22,6 +22,7 @@ class QLineEdit;
 class QListWidget;
 class QPushButton;
 class QRadioButton;
+class QSpinBox;
 class QTabWidget;
 
 namespace lw::ui {
@@ -98,6 +99,7 @@ private:
     QLabel* m_lblProxyPort = nullptr;
     QLineEdit* m_txtProxyServer = nullptr;
     QLineEdit* m_txtProxyPort = nullptr;
+    QSpinBox* m_spnConnections = nullptr;
     QComboBox* m_cmbCountryShipping = nullptr;
     QComboBox* m_cmbCountryPayment = nullptr;
     QComboBox* m_cmbSaleOverPref = nullptr;

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QInputDialog>
 #include <QMessageBox>
+#include <QSocketNotifier>
 
 namespace lw::ui {
 
@@ -120,6 +121,26 @@ void QtUi::Progress(qint64 value, qint64 maximum) {
 
 void QtUi::PumpEvents() {
     QCoreApplication::processEvents();
+}
+
+void WaitWithEvents(core::Wakeup& wakeup, const std::function<bool()>& cancelled) {
+    if (cancelled()) {
+        return;
+    }
+    QSocketNotifier notifier(static_cast<qintptr>(wakeup.Descriptor()), QSocketNotifier::Read);
+    bool woken = false;
+    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&woken, &notifier] {
+        woken = true;
+        notifier.setEnabled(false);
+    });
+    while (!woken && !cancelled()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    wakeup.Clear();
+}
+
+void QtUi::WaitFor(core::Wakeup& wakeup) {
+    WaitWithEvents(wakeup, [this] { return m_cancel; });
 }
 
 void QtUi::AttachCancelButton(QAbstractButton* button) {

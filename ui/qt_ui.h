@@ -9,12 +9,18 @@
 #include <QObject>
 #include <QPointer>
 #include <QWidget>
+#include <functional>
 
 #include "core/ui_port.h"
 
 class QAbstractButton;
 
 namespace lw::ui {
+
+// Lets the application's events run until wakeup is called or cancelled()
+// holds, sleeping in the event loop meanwhile: a Cancel pressed, a timer or
+// a repaint is handled at once, and nothing is polled.
+void WaitWithEvents(core::Wakeup& wakeup, const std::function<bool()>& cancelled);
 
 class QtUi : public QObject, public core::Ui {
     Q_OBJECT
@@ -33,6 +39,7 @@ public:
     void Progress(qint64 value, qint64 maximum) override;
     void PumpEvents() override;
     bool CancelRequested() override { return m_cancel; }
+    void WaitFor(core::Wakeup& wakeup) override;
 
     // Pressing the button asks the long work under way to stop.
     void AttachCancelButton(QAbstractButton* button);

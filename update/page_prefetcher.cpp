@@ -1,17 +1,37 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The page prefetcher: threads that fetch the asked addresses in order, at
-// most `depth` ahead of the taker, and a taker that waits for the page it
-// needs while its own events go on.
+// The page prefetcher: threads that fetch the asked addresses (lane
+// transfers first, then the page the taker needs next, then pages asked for
+// early, then the rest in order within the depth), and a taker that waits
+// for the page it needs while its own events go on.
 #include "update/page_prefetcher.h"
 
 #include <algorithm>
-#include <chrono>
-#include <exception>
 
 namespace lw::update {
 
-PagePrefetcher::PagePrefetcher(AheadFetch fetch, int depth, int connections, qint64 maxBytes)
+namespace {
+
+// Pages that may start before an idle thread is woken for them.
+constexpr size_t kWakeBatch = 8;
+// Pages that have come, from the one the taker awaits on, before it is
+// woken while more are on their way right behind them: a taker woken for
+// each page of a distant site would spend more on waking (its caches gone
+// cold meanwhile) than on the page, while a few at a time cost no time,
+// the connections fetching on meanwhile. At most half the depth, so that
+// the connections never run out of pages to start while the taker sleeps.
+constexpr size_t kWakeBurst = 16;
+
+bool SleepUntilWoken(core::Wakeup& wakeup) {
+    wakeup.Wait();
+    return true;
+}
+
+}  // namespace
+
+PagePrefetcher::PagePrefetcher(AheadFetch fetch, int depth, int connections, qint64 maxBytes,
+                               Waiter waiter)
     : m_fetch(std::move(fetch)),
+      m_waiter(waiter ? std::move(waiter) : Waiter(SleepUntilWoken)),
       m_depth(static_cast<size_t>(std::max(depth, 1))),
       m_maxBytes(maxBytes) {
     for (int i = 0; i < std::max(connections, 1); ++i) {
@@ -26,10 +46,15 @@ PagePrefetcher::~PagePrefetcher() {
         m_stopping = true;
         DropLocked(m_entries.size());
     }
-    m_wake.notify_all();
+    m_work.notify_all();
     for (Worker& worker : m_workers) {
         worker.thread.join();
     }
+}
+
+void PagePrefetcher::SetArrival(Arrival arrival) {
+    const std::lock_guard lock(m_mutex);
+    m_arrival = std::move(arrival);
 }
 
 void PagePrefetcher::Ask(const QStringList& urls) {
@@ -39,13 +64,33 @@ void PagePrefetcher::Ask(const QStringList& urls) {
     {
         const std::lock_guard lock(m_mutex);
         for (const QString& url : urls) {
-            Entry entry;
+            Entry& entry = m_entries.emplace_back();
             entry.id = ++m_nextId;
             entry.url = url;
-            m_entries.push_back(std::move(entry));
         }
     }
-    m_wake.notify_all();
+    m_work.notify_all();
+}
+
+void PagePrefetcher::AskEarly(const QString& url) {
+    {
+        const std::lock_guard lock(m_mutex);
+        Entry& entry = m_entries.emplace_back();
+        entry.id = ++m_nextId;
+        entry.url = url;
+        entry.early = true;
+    }
+    m_work.notify_one();
+}
+
+void PagePrefetcher::AskFirst(const QString& url) {
+    {
+        const std::lock_guard lock(m_mutex);
+        Entry& entry = m_entries.emplace_front();
+        entry.id = ++m_nextId;
+        entry.url = url;
+    }
+    m_work.notify_one();
 }
 
 void PagePrefetcher::Drop() {
@@ -69,32 +114,106 @@ int PagePrefetcher::Waiting() const {
     return static_cast<int>(m_entries.size());
 }
 
+PagePrefetcher::Entry* PagePrefetcher::Find(quint64 id) {
+    const auto it = std::find_if(m_entries.begin(), m_entries.end(),
+                                 [id](const Entry& entry) { return entry.id == id; });
+    return it == m_entries.end() ? nullptr : &*it;
+}
+
+bool PagePrefetcher::TakerHasEnoughLocked() const {
+    auto it = std::find_if(m_entries.begin(), m_entries.end(),
+                           [this](const Entry& entry) { return entry.id == m_awaited; });
+    size_t ready = 0;
+    for (; it != m_entries.end() && it->done; ++it) {
+        if (++ready >= std::min(kWakeBurst, m_depth / 2)) {
+            return true;
+        }
+    }
+    // The page after those that came is not on its way (nothing after it is
+    // either): no reason to wait longer. One on its way comes soon.
+    return ready > 0 && (it == m_entries.end() || !it->started);
+}
+
+PagePrefetcher::Entry* PagePrefetcher::NextToStart() {
+    if (m_entries.empty()) {
+        return nullptr;
+    }
+    // The taker may be waiting for the first.
+    if (!m_entries.front().started) {
+        return &m_entries.front();
+    }
+    for (Entry& entry : m_entries) {
+        if (entry.early && !entry.started) {
+            return &entry;
+        }
+    }
+    const size_t window = std::min(m_entries.size(), m_depth);
+    for (size_t i = 1; i < window; ++i) {
+        if (!m_entries[i].started && m_heldBytes < m_maxBytes) {
+            return &m_entries[i];
+        }
+    }
+    return nullptr;
+}
+
+size_t PagePrefetcher::StartableLocked() const {
+    size_t startable = 0;
+    const size_t window = std::min(m_entries.size(), m_depth);
+    for (size_t i = 0; i < m_entries.size(); ++i) {
+        const Entry& entry = m_entries[i];
+        if (!entry.started && (entry.early || i == 0 || (i < window && m_heldBytes < m_maxBytes))) {
+            ++startable;
+        }
+    }
+    return startable;
+}
+
 void PagePrefetcher::Work(Worker& worker) {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        // The first address not yet started, within the depth.
+        Job* job = nullptr;
         Entry* next = nullptr;
-        m_wake.wait(lock, [&] {
-            if (m_stopping) {
-                return true;
+        while (!m_stopping) {
+            if (!m_jobs.empty()) {
+                job = m_jobs.front();
+                break;
             }
-            const size_t window = std::min(m_entries.size(), m_depth);
-            for (size_t i = 0; i < window; ++i) {
-                if (!m_entries[i].started && (i == 0 || m_heldBytes < m_maxBytes)) {
-                    next = &m_entries[i];
-                    return true;
-                }
+            next = NextToStart();
+            if (next != nullptr) {
+                break;
             }
-            return false;
-        });
+            ++m_idle;
+            m_work.wait(lock);
+            --m_idle;
+        }
         if (m_stopping) {
             return;
+        }
+        if (job != nullptr) {
+            m_jobs.pop_front();
+            job->started = true;
+            lock.unlock();
+            try {
+                (*job->perform)(job->stop, [this] { m_wakeup.Notify(); });
+            } catch (...) {
+                job->failure = std::current_exception();  // thrown again on the caller's thread
+            }
+            lock.lock();
+            job->done = true;
+            m_jobDone.notify_all();
+            m_wakeup.Notify();
+            continue;
         }
         next->started = true;
         next->fetcher = &worker;
         const quint64 id = next->id;
         const QString url = next->url;
         worker.stop = false;
+        // More to start: a colleague takes the next, so that a batch of
+        // pages goes over every connection.
+        if (m_idle > 0 && StartableLocked() > 0) {
+            m_work.notify_one();
+        }
         lock.unlock();
 
         QByteArray page;
@@ -106,20 +225,43 @@ void PagePrefetcher::Work(Worker& worker) {
         }
 
         lock.lock();
-        const auto it = std::find_if(m_entries.begin(), m_entries.end(),
-                                     [id](const Entry& entry) { return entry.id == id; });
-        if (it != m_entries.end()) {
-            it->done = true;
-            it->result = result;
-            it->page = std::move(page);
-            m_heldBytes += it->page.size();
-            m_ready.notify_all();
+        if (Entry* entry = Find(id)) {
+            entry->done = true;
+            entry->result = result;
+            entry->page = std::move(page);
+            m_heldBytes += entry->page.size();
+            if (m_awaited != 0 && (entry->early || TakerHasEnoughLocked())) {
+                m_wakeup.Notify();
+            }
         }
     }
 }
 
-std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& page,
-                                                const std::function<bool()>& keepWaiting) {
+void PagePrefetcher::TellArrivals(std::unique_lock<std::mutex>& lock) {
+    while (m_arrival) {
+        const auto it = std::find_if(m_entries.begin(), m_entries.end(), [](const Entry& entry) {
+            return entry.early && entry.done && !entry.told;
+        });
+        if (it == m_entries.end()) {
+            return;
+        }
+        it->told = true;
+        const QString url = it->url;
+        const QByteArray page = it->page;  // shared, not copied
+        const FetchResult result = it->result;
+        const Arrival arrival = m_arrival;
+        lock.unlock();
+        try {
+            arrival(url, page, result);
+        } catch (const std::exception&) {
+            // The page is still taken in its turn; only what it would have
+            // asked for ahead is not.
+        }
+        lock.lock();
+    }
+}
+
+std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& page) {
     std::unique_lock lock(m_mutex);
     const auto found = std::find_if(m_entries.begin(), m_entries.end(),
                                     [&url](const Entry& entry) { return entry.url == url; });
@@ -130,33 +272,93 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
     if (found != m_entries.begin()) {
         // The update did not take these as asked: they are not wanted.
         DropLocked(static_cast<size_t>(found - m_entries.begin()));
-        m_wake.notify_all();
+        m_work.notify_all();
     }
-    while (!m_entries.empty() && m_entries.front().id == id && !m_entries.front().done) {
-        m_ready.wait_for(lock, std::chrono::milliseconds(10));
-        if (m_entries.empty() || m_entries.front().id != id || m_entries.front().done) {
+    for (;;) {
+        TellArrivals(lock);
+        const Entry* entry = Find(id);
+        if (entry == nullptr) {
+            return std::nullopt;  // dropped while it was awaited
+        }
+        if (entry->done) {
             break;
         }
+        if (!entry->started && m_idle > 0) {
+            m_work.notify_one();
+        }
+        m_awaited = id;
         lock.unlock();
-        const bool waitOn = !keepWaiting || keepWaiting();
+        const bool waitOn = m_waiter(m_wakeup);
         lock.lock();
+        m_awaited = 0;
         if (!waitOn) {
             DropLocked(m_entries.size());
-            m_wake.notify_all();
             page.clear();
             return FetchResult::Cancelled;
         }
     }
-    if (m_entries.empty() || m_entries.front().id != id) {
-        return std::nullopt;  // dropped while it was awaited: the caller fetches it
-    }
-    Entry entry = std::move(m_entries.front());
-    m_entries.pop_front();
+    const auto it = std::find_if(m_entries.begin(), m_entries.end(),
+                                 [id](const Entry& entry) { return entry.id == id; });
+    Entry entry = std::move(*it);
+    m_entries.erase(it);
     m_heldBytes -= entry.page.size();
+    // Room in the window for one more. An idle thread is woken once a few
+    // pages can start, not for each: a wake-up costs more than a page on a
+    // near site, and the window keeps plenty on hand meanwhile.
+    const bool wake = m_idle > 0 && StartableLocked() >= kWakeBatch;
     lock.unlock();
-    m_wake.notify_all();  // room in the window for one more
+    if (wake) {
+        m_work.notify_one();
+    }
     page = std::move(entry.page);
     return entry.result;
+}
+
+void PagePrefetcher::Run(const Perform& perform, const std::function<bool()>& tick) {
+    Job job;
+    job.perform = &perform;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_jobs.push_back(&job);
+    }
+    m_work.notify_one();
+    std::exception_ptr tickFailure;
+    // Once the transfer is told to stop, or goes on although the user has
+    // cancelled, nothing is left to show: the rest of the wait is a plain one.
+    bool withEvents = true;
+    bool cancelled = false;
+    for (;;) {
+        {
+            std::unique_lock lock(m_mutex);
+            if (!withEvents) {
+                m_jobDone.wait(lock, [&job] { return job.done; });
+            }
+            if (job.done) {
+                break;
+            }
+        }
+        bool goOn = true;
+        try {
+            goOn = !tick || tick();
+        } catch (...) {
+            tickFailure = std::current_exception();
+            goOn = false;
+        }
+        if (!goOn) {
+            job.stop = true;
+            withEvents = false;
+        } else if (cancelled) {
+            withEvents = false;
+        } else {
+            cancelled = !m_waiter(m_wakeup);
+        }
+    }
+    if (job.failure) {
+        std::rethrow_exception(job.failure);
+    }
+    if (tickFailure) {
+        std::rethrow_exception(tickFailure);
+    }
 }
 
 }  // namespace lw::update

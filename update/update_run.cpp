@@ -11,6 +11,13 @@
 // own guard); a protocol whose Items cannot be read never asks for a page.
 // The cancel message is told once per update, also when an ancillary fetch
 // saw the cancel first.
+//
+// Pages are asked for as early as the run can know their addresses: once a
+// list page is set up, its item pages (from a scan that only collects
+// addresses) and the next list page, which is fetched before those item
+// pages; once that next page has come, its own item pages and the page after
+// it. Records are still scanned and written one page after the other, in
+// order, on the run's thread: what comes ahead only waits to be taken.
 #include "update/update_run.h"
 
 #include <sqlite3.h>
@@ -41,12 +48,13 @@ using core::CurrentUi;
 namespace {
 
 const QString kCurrentBids = QStringLiteral("Current Bids eBay");
-// Item pages fetched and not yet taken, at most: enough to keep the site
-// busy while records are written, few enough to waste little on a cancel.
+// Item pages fetched or on their way and not yet taken, at most: enough to
+// keep every connection busy while records are written, few enough to waste
+// little on a cancel.
 constexpr int kPagesAhead = 32;
-// Pages fetched at once: two, so that a page's round trip overlaps the next
-// one's, as a browser's do.
-constexpr int kAheadConnections = 2;
+// List pages asked for ahead of the one the run is on, at most. Each brings
+// its item pages; two keep the connections busy at every page boundary.
+constexpr int kListsAhead = 2;
 // Bytes of pages fetched and not yet taken, at most, whatever size a site's
 // pages have.
 constexpr qint64 kBytesAhead = qint64{64} * 1024 * 1024;
@@ -177,10 +185,11 @@ QString UpdateRun::AncillaryPagePath() {
 
 FetchResult UpdateRun::Fetch(const QString& url, QByteArray& page) {
     if (m_ahead) {
-        const std::optional<FetchResult> taken = m_ahead->Take(url, page, [this] {
-            Pump();
-            return !CurrentUi().CancelRequested();
-        });
+        std::optional<FetchResult> taken = m_ahead->Take(url, page);
+        if (!taken) {
+            m_ahead->AskFirst(url);
+            taken = m_ahead->Take(url, page);
+        }
         if (taken) {
             if (*taken != FetchResult::Cancelled) {
                 TellPageTaken(page.size());
@@ -189,6 +198,146 @@ FetchResult UpdateRun::Fetch(const QString& url, QByteArray& page) {
         }
     }
     return m_hooks.fetch ? m_hooks.fetch(url, page) : FetchResult::Failed;
+}
+
+void UpdateRun::OpenConnections() {
+    if (!m_hooks.fetchAhead) {
+        return;
+    }
+    const int connections =
+        m_hooks.connections > 0
+            ? std::clamp(m_hooks.connections, kFewestConnections, kMostConnections)
+            : ConnectionsSetting();
+    try {
+        // The run waits for its pages as the front waits: its events go on
+        // and its Cancel is heard, with no processor time spent meanwhile.
+        m_ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead, connections,
+                                                   kBytesAhead, [](core::Wakeup& wakeup) {
+                                                       core::Ui& ui = CurrentUi();
+                                                       ui.WaitFor(wakeup);
+                                                       return !ui.CancelRequested();
+                                                   });
+        m_ahead->SetArrival([this](const QString& url, const QByteArray& bytes,
+                                   FetchResult result) { AheadArrived(url, bytes, result); });
+    } catch (const std::exception&) {
+        m_ahead.reset();  // each page through the fetch hook, when it is needed
+    }
+}
+
+void UpdateRun::ResetAhead(const ProtocolRecord* protocol) {
+    if (m_ahead) {
+        m_ahead->Drop();
+    }
+    m_chain = AheadChain();
+    m_chain.protocol = protocol;
+}
+
+const ProtocolRecord& UpdateRun::AncillaryProtocol(const QString& section) {
+    auto it = m_ancillaryProtocols.constFind(section);
+    if (it == m_ancillaryProtocols.constEnd()) {
+        it = m_ancillaryProtocols.insert(section, LoadAncillaryProtocol(m_rules, section));
+    }
+    return *it;
+}
+
+QString UpdateRun::AncillaryAddress(const ProtocolRecord& protocol, const ScanLists& lists,
+                                    qint64 pageOffset) {
+    return m_hooks.buildUrl ? m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(),
+                                               lists.fields, lists.items, pageOffset)
+                            : protocol.url;
+}
+
+void UpdateRun::AskAhead(const ProtocolRecord& protocol, const PageScanner& scanner,
+                         const QString& address) {
+    if (!m_ahead || m_chain.protocol != &protocol) {
+        return;
+    }
+    if (m_chain.scanned.remove(address)) {
+        // Its pages were asked for when it came; there is room for one more.
+        AskNextList();
+        return;
+    }
+    // A page not scanned ahead (the first of the protocol, or the run went
+    // another way): what was asked for after it is of no use.
+    ResetAhead(&protocol);
+    m_chain.state = m_state;
+    m_chain.lists = m_lists;
+    ScanAhead(protocol, scanner, address, m_pageOffset);
+}
+
+void UpdateRun::ScanAhead(const ProtocolRecord& protocol, PageScanner scanner,
+                          const QString& address, qint64 offset) {
+    const std::vector<ItemRule>& items = protocol.items;
+    const bool ancillaryPages = std::any_of(items.begin(), items.end(), [](const ItemRule& item) {
+        return !item.ancillaryProtocol.isEmpty();
+    });
+    if (!ancillaryPages && !protocol.Iterates()) {
+        return;
+    }
+    QStringList urls;
+    int records = 0;
+    try {
+        ScanHooks collect;
+        collect.pumpEvents = [] {};
+        collect.runAncillary = [&](const ItemRule& item, ScanLists& record) {
+            urls << AncillaryAddress(AncillaryProtocol(item.ancillaryProtocol), record, offset);
+        };
+        // The same records, fields and values as the run's own scan, so the
+        // same addresses in the same order.
+        while (scanner.ScanRecord(m_chain.state, m_chain.lists, collect) ==
+               PageScanner::RecordEnd::Complete) {
+            m_chain.lists.ClearRecord();
+            ++records;
+        }
+    } catch (const std::exception&) {
+        return;  // each page is fetched when it is needed
+    }
+    m_ahead->Ask(urls);
+    m_chain.lastUrl = address;
+    m_chain.lastOffset = offset;
+    m_chain.nextDue = protocol.Iterates() && records > 0 && m_hooks.buildUrl;
+    AskNextList();
+}
+
+void UpdateRun::AskNextList() {
+    const int ahead =
+        static_cast<int>(m_chain.scanned.size()) + (m_chain.awaited.isEmpty() ? 0 : 1);
+    if (!m_chain.nextDue || ahead >= kListsAhead || m_chain.pages >= kMostPages) {
+        return;
+    }
+    m_chain.nextDue = false;
+    const ProtocolRecord& protocol = *m_chain.protocol;
+    const qint64 offset = m_chain.lastOffset + protocol.IterateSkipValue();
+    QString next;
+    try {
+        next = m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {}, {}, offset);
+    } catch (const std::exception&) {
+        return;
+    }
+    if (next == m_chain.lastUrl) {
+        return;  // the run ends its paging here
+    }
+    m_chain.awaited = next;
+    m_chain.awaitedOffset = offset;
+    ++m_chain.pages;
+    m_ahead->AskEarly(next);
+}
+
+void UpdateRun::AheadArrived(const QString& url, const QByteArray& bytes, FetchResult result) {
+    if (m_chain.protocol == nullptr || url != m_chain.awaited) {
+        return;
+    }
+    m_chain.awaited.clear();
+    if (result != FetchResult::Ok) {
+        return;  // the run tells the failure when it takes the page
+    }
+    const PageText page(bytes);
+    PageScanner scanner(*m_chain.protocol);
+    if (!scanner.SetUp(page)) {
+        return;  // the run refreshes the password or passes the protocol over
+    }
+    m_chain.scanned.insert(url);
+    ScanAhead(*m_chain.protocol, scanner, url, m_chain.awaitedOffset);
 }
 
 void UpdateRun::Pump() {
@@ -359,27 +508,22 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
 
     ScanHooks ancillaryScan;
     ancillaryScan.pumpEvents = [this] { Pump(); };
-    // Pages fetched ahead, once a list page shows which are needed; given up
-    // when the run ends, however it ends.
-    struct AheadEnd {
+    // The run's connections: every page and post of the run goes over them
+    // from here on; given up when the run ends, however it ends.
+    struct ConnectionsEnd {
         std::unique_ptr<PagePrefetcher>& ahead;
-        ~AheadEnd() { ahead.reset(); }
-    } aheadEnd{m_ahead};
+        ~ConnectionsEnd() { ahead.reset(); }
+    } connectionsEnd{m_ahead};
+    m_ancillaryProtocols.clear();
+    OpenConnections();
+    std::optional<core::LaneScope> lane;
+    if (m_ahead) {
+        lane.emplace(*m_ahead);
+    }
     AncillaryHooks ancillaryHooks;
-    // The rules cannot change once the run is under way: each ancillary
-    // protocol is read from them once.
-    QHash<QString, ProtocolRecord> ancillaryProtocols;
-    ancillaryHooks.load = [this, &ancillaryProtocols](const QString& section) {
-        auto it = ancillaryProtocols.constFind(section);
-        if (it == ancillaryProtocols.constEnd()) {
-            it = ancillaryProtocols.insert(section, LoadAncillaryProtocol(m_rules, section));
-        }
-        return *it;
-    };
+    ancillaryHooks.load = [this](const QString& section) { return AncillaryProtocol(section); };
     ancillaryHooks.address = [this](const ProtocolRecord& protocol, const ScanLists& lists) {
-        return m_hooks.buildUrl ? m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(),
-                                                   lists.fields, lists.items, m_pageOffset)
-                                : protocol.url;
+        return AncillaryAddress(protocol, lists, m_pageOffset);
     };
     ancillaryHooks.fetch = [this](const QString& url, QByteArray& page) {
         return Fetch(url, page);
@@ -394,64 +538,6 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     // the record it belongs to is written all the same.
     ancillaryHooks.cancelled = [this] { TellCancel(); };
     AncillaryRunner ancillary(m_view, ancillaryHooks, AncillaryPagePath());
-
-    // The pages that follow a list page, from a scan of the page that only
-    // collects addresses: its item pages (the same records, fields and values
-    // as the run's own scan, so the same addresses in the same order), then
-    // the next list page when this one holds records.
-    const auto askAhead = [&](const ProtocolRecord& protocol, const PageScanner& scanner) {
-        if (!m_hooks.fetchAhead) {
-            return;
-        }
-        if (m_ahead) {
-            m_ahead->Drop();  // what the last page left
-        }
-        const std::vector<ItemRule>& items = protocol.items;
-        const bool ancillaryPages =
-            std::any_of(items.begin(), items.end(),
-                        [](const ItemRule& item) { return !item.ancillaryProtocol.isEmpty(); });
-        if (!ancillaryPages && !protocol.Iterates()) {
-            return;
-        }
-        QStringList urls;
-        try {
-            PageScanner dry = scanner;
-            ScanState state = m_state;
-            ScanLists lists = m_lists;
-            ScanHooks collect;
-            collect.pumpEvents = [] {};
-            collect.runAncillary = [&](const ItemRule& item, ScanLists& record) {
-                urls << ancillaryHooks.address(ancillaryHooks.load(item.ancillaryProtocol), record);
-            };
-            int records = 0;
-            while (dry.ScanRecord(state, lists, collect) == PageScanner::RecordEnd::Complete) {
-                lists.ClearRecord();
-                ++records;
-            }
-            if (protocol.Iterates() && records > 0 && m_hooks.buildUrl) {
-                const QString next =
-                    m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {}, {},
-                                     m_pageOffset + protocol.IterateSkipValue());
-                if (next != m_lastUrl) {
-                    urls << next;
-                }
-            }
-        } catch (const std::exception&) {
-            urls.clear();  // each page is fetched when it is needed
-        }
-        if (urls.isEmpty()) {
-            return;
-        }
-        if (!m_ahead) {
-            try {
-                m_ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead,
-                                                           kAheadConnections, kBytesAhead);
-            } catch (const std::exception&) {
-                return;  // no fetch for another thread: each page when it is needed
-            }
-        }
-        m_ahead->Ask(urls);
-    };
 
     ScanHooks scan;
     scan.view = &m_view;
@@ -480,6 +566,7 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                 m_pageOffset = 0;
             }
             m_pagesSeen.clear();
+            ResetAhead(&protocol);
             PageScanner scanner(protocol);
             bool firstPage = true;
             int pages = 0;
@@ -489,8 +576,7 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                     outcome = PageOutcome::Failed;
                     break;
                 }
-                outcome =
-                    RunPage(line, protocol, scanner, writer, scan, askAhead, firstPage, retried);
+                outcome = RunPage(line, protocol, scanner, writer, scan, firstPage, retried);
                 firstPage = false;
             }
             switch (outcome) {
@@ -516,13 +602,13 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
             }
         }
     }
+    ResetAhead(nullptr);
     return Result::Complete;
 }
 
 UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRecord& protocol,
                                           PageScanner& scanner, RecordWriter& writer,
-                                          const ScanHooks& scan, const AskAhead& askAhead,
-                                          bool firstPage, bool& retried) {
+                                          const ScanHooks& scan, bool firstPage, bool& retried) {
     QString address;
     try {
         address = m_hooks.buildUrl ? m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {},
@@ -561,7 +647,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
         core::ReplaceFile(UpdatePagePath(), bytes);
         // A page of this protocol that came before: the site answers every
         // address alike, and paging would never end.
-        const QByteArray digest = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+        const QByteArray digest = QCryptographicHash::hash(bytes, QCryptographicHash::Blake2b_160);
         if (m_pagesSeen.contains(digest)) {
             return PageOutcome::Failed;
         }
@@ -597,7 +683,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
         AddProgress();
     }
     m_view.ShowStatus(QStringLiteral("Processing ") + protocol.runCaption);
-    askAhead(protocol, scanner);
+    AskAhead(protocol, scanner, address);
 
     int recordCount = 0;  // RecordCountOnPage
     bool failed = false;

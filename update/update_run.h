@@ -9,6 +9,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -21,6 +22,7 @@
 #include "update/protocol.h"
 #include "update/scanner.h"
 #include "update/site_session.h"
+#include "update/update_connections.h"
 
 namespace lw::update {
 
@@ -33,10 +35,13 @@ struct UpdateHooks {
     std::function<bool()> checkRules;
     // FetchPage through the user's proxy.
     PageFetcher fetch;
-    // The fetch of the thread that fetches item pages ahead, made on the
-    // run's thread once a list page has come. Null: each page is fetched
-    // when the run needs it.
+    // The fetch of the run's connections, made on the run's thread when the
+    // run starts: every page and post of the run then goes over them, and
+    // pages are fetched ahead of the moment they are needed. Null: each page
+    // is fetched through fetch when the run needs it.
     std::function<AheadFetch()> fetchAhead;
+    // How many connections the run keeps; 0: ConnectionsSetting().
+    int connections = 0;
     // BuildUrl.
     std::function<QString(const QString& url, int siteNumber, const QStringList& fields,
                           const QStringList& values, qint64 pageOffset)>
@@ -98,16 +103,45 @@ public:
 private:
     enum class PageOutcome { Done, NextPage, Retry, Failed, Aborted, Cancelled, StoreFailed };
 
+    // The list pages of the protocol under way that were asked for ahead of
+    // the run, and where the scan of them stands.
+    struct AheadChain {
+        const ProtocolRecord* protocol = nullptr;  // null: none asked for
+        // The scan as it will stand after the last page scanned ahead.
+        ScanState state;
+        ScanLists lists;
+        QSet<QString> scanned;  // scanned ahead; their set-up by the run is to come
+        QString awaited;        // asked for early, not yet come
+        qint64 awaitedOffset = 0;
+        QString lastUrl;  // the last page scanned ahead
+        qint64 lastOffset = 0;
+        bool nextDue = false;  // the page after it is to be asked for once there is room
+        int pages = 0;         // asked for ahead in this protocol
+    };
+
     Result Activate(const std::optional<QStringList>& given);
     Result RunProtocols(const QStringList& runList);
-    // askAhead: told of each page set up, before its records are scanned.
-    using AskAhead = std::function<void(const ProtocolRecord&, const PageScanner&)>;
     PageOutcome RunPage(const QString& line, const ProtocolRecord& protocol, PageScanner& scanner,
-                        RecordWriter& writer, const ScanHooks& scan, const AskAhead& askAhead,
-                        bool firstPage, bool& retried);
-    // A page: the one fetched ahead when it was asked for, else through the
+                        RecordWriter& writer, const ScanHooks& scan, bool firstPage, bool& retried);
+    // A page: over the run's connections when it has them, else through the
     // fetch hook.
     FetchResult Fetch(const QString& url, QByteArray& page);
+    void OpenConnections();
+    // Forgets what was asked for ahead: a protocol starts.
+    void ResetAhead(const ProtocolRecord* protocol);
+    // The pages that follow a list page the run has set up at address.
+    void AskAhead(const ProtocolRecord& protocol, const PageScanner& scanner,
+                  const QString& address);
+    // Asks for the item pages of a list page set up in scanner, from a scan
+    // that only collects addresses, and marks the next list page due when
+    // the page holds records.
+    void ScanAhead(const ProtocolRecord& protocol, PageScanner scanner, const QString& address,
+                   qint64 offset);
+    void AskNextList();
+    void AheadArrived(const QString& url, const QByteArray& bytes, FetchResult result);
+    const ProtocolRecord& AncillaryProtocol(const QString& section);
+    QString AncillaryAddress(const ProtocolRecord& protocol, const ScanLists& lists,
+                             qint64 pageOffset);
     void AddProgress();
     void TellCancel();
     void ProtocolFailed(const QString& line, const ProtocolRecord& protocol);
@@ -137,7 +171,11 @@ private:
     // The pages of the protocol under way, by digest: a page that comes
     // again ends the paging as a failure.
     QSet<QByteArray> m_pagesSeen;
-    std::unique_ptr<PagePrefetcher> m_ahead;  // during a run
+    std::unique_ptr<PagePrefetcher> m_ahead;  // the run's connections, during a run
+    AheadChain m_chain;
+    // The rules cannot change once the run is under way: each ancillary
+    // protocol is read from them once.
+    QHash<QString, ProtocolRecord> m_ancillaryProtocols;
 };
 
 }  // namespace lw::update
