@@ -203,7 +203,7 @@ void frmUserPreferences::SetTabOrder() {
     for (QRadioButton* option : m_optConnection) {
         order << option;
     }
-    order << m_txtProxyServer << m_txtProxyPort << Field(admin::kPrefLocation)
+    order << m_txtProxyServer << m_txtProxyPort << m_spnConnections << Field(admin::kPrefLocation)
           << m_cmbeBayCountryDefault << m_lstRegions << m_lstDuration << m_lstPaymentPref
           << m_chkBillpoint << m_lstShippingPref << m_optShipAbroad[0] << m_optShipAbroad[1]
           << m_optUSPlus << m_lstShippingRegions << m_cmbSaleOverPref << m_cmbWinningBidOver
