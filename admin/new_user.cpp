@@ -65,7 +65,7 @@ bool CreateNewUser(core::Database& db, const core::NewUser& user, const QString&
 }
 
 bool CancelNewUser() {
-    core::EnsureDirectory(core::CurrentSession().ConfigsDir);
+    core::EnsureDirectory(core::CurrentSession().ScratchDir);
     QFile marker(core::NewUserCancelMarker());
     if (!marker.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         return false;

@@ -29,7 +29,7 @@ NewUserCheck CheckNewUser(const core::NewUser& user, const QString& repeatPasswo
 bool CreateNewUser(core::Database& db, const core::NewUser& user, const QString& repeatPassword,
                    core::Ui& ui, NewUserEntry* fieldAtFault = nullptr);
 
-// Cancel: leaves nuwcancel.cfg in ConfigsDir. False when it cannot be written.
+// Cancel: leaves nuwcancel.cfg in ScratchDir. False when it cannot be written.
 bool CancelNewUser();
 
 }  // namespace lw::admin

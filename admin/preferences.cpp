@@ -8,8 +8,10 @@
 #include <QSet>
 #include <algorithm>
 
+#include "core/secrets.h"
 #include "core/settings.h"
 #include "core/text.h"
+#include "core/tracking.h"
 
 namespace lw::admin {
 
@@ -334,7 +336,8 @@ Preferences LoadPreferences(core::Database& db, const QString& userName,
             prefs.field[kPrefUserId] = site.Text(QStringLiteral("UserID"));
             prefs.field[kPrefSiteEmail] = site.Text(QStringLiteral("SiteEmailAddress"));
             prefs.field[kPrefLocation] = site.Text(QStringLiteral("LocationPref"));
-            prefs.field[kPrefPassword] = site.Text(QStringLiteral("UserPassword"));
+            prefs.field[kPrefPassword] = core::SitePassword(
+                db, userName, static_cast<int>(site.Int(QStringLiteral("AuctionSiteFlag"))));
             prefs.region = site.Text(QStringLiteral("ZIPCodePref"));
             prefs.shipFromCountry = site.Text(QStringLiteral("ShipFromCountryPref"));
             prefs.duration = site.Int(QStringLiteral("duration"));
@@ -369,7 +372,7 @@ Preferences LoadPreferences(core::Database& db, const QString& userName,
     }
     prefs.archiveView = LoadViewGroup(QStringLiteral("AA"), false);
     prefs.currentView = LoadViewGroup(QStringLiteral("CA"), true);
-    prefs.tracking = ReadOption(QStringLiteral("Track"), QString()) != QLatin1String("OFF");
+    prefs.tracking = core::UsageReportOn();
     return prefs;
 }
 
@@ -602,14 +605,17 @@ core::TimeLeftTimer SavePreferences(core::Database& db, const QString& userName,
         update.Bind(n++, userName);
         update.Run();
     }
+    int siteNumber = 0;  // of the row the password belongs to
     {
         qint64 rowid = -1;
         {
-            core::Statement first = db.Prepare(QStringLiteral(
-                "SELECT rowid FROM UserSites WHERE UserName = ? ORDER BY rowid LIMIT 1"));
+            core::Statement first = db.Prepare(
+                QStringLiteral("SELECT rowid, AuctionSiteFlag FROM UserSites WHERE UserName = ? "
+                               "ORDER BY rowid LIMIT 1"));
             first.Bind(1, userName);
             if (first.Step()) {
                 rowid = first.Value(0).toLongLong();
+                siteNumber = static_cast<int>(first.Int(QStringLiteral("AuctionSiteFlag")));
             }
         }
         if (rowid < 0) {
@@ -634,7 +640,7 @@ core::TimeLeftTimer SavePreferences(core::Database& db, const QString& userName,
         }
         sql += QStringLiteral(
             ", UserID = ?, SiteEmailAddress = ?, LocationPref = ?, ZIPCodePref = ?, "
-            "UserPassword = ?, ShipAbroadPref = ?, ShipFromCountryPref = ?, PaymentTypePref = ?, "
+            "ShipAbroadPref = ?, ShipFromCountryPref = ?, PaymentTypePref = ?, "
             "ShipPayPref = ?, billpoint = ?, duration = ? WHERE rowid = ?");
         core::Statement update = db.Prepare(sql);
         int n = 1;
@@ -646,7 +652,6 @@ core::TimeLeftTimer SavePreferences(core::Database& db, const QString& userName,
         update.Bind(n++, TextOrNull(prefs.field[kPrefSiteEmail]));
         update.Bind(n++, TextOrNull(prefs.field[kPrefLocation]));
         update.Bind(n++, TextOrNull(prefs.region));
-        update.Bind(n++, TextOrNull(prefs.field[kPrefPassword]));
         // Anything but domestic only ships abroad: international shipping and
         // the U.S. with the regions ticked.
         update.Bind(n++, prefs.shipScope != ShipScope::DomesticOnly);
@@ -675,6 +680,9 @@ core::TimeLeftTimer SavePreferences(core::Database& db, const QString& userName,
         }
     }
     tx.Commit();
+    // After the commit, so that a keyring's unlock prompt never holds the
+    // database locked.
+    core::SaveSitePassword(db, userName, siteNumber, prefs.field[kPrefPassword]);
     return core::TimeLeftTimerFor(autoUpdate, interval);
 }
 

@@ -27,7 +27,8 @@ namespace lw::admin {
 //   20 UserName (shown only)  21 ReplyEmailAddress  22 SalesTaxRate in percent
 //   23 MailServer  24 UserSites.UserID  25 UserSites.SiteEmailAddress
 //   26 UserSites.LocationPref  27-32 the picture publisher's FTP defaults
-//   (checked here, stored by the publisher)  33 UserSites.UserPassword (hidden)
+//   (checked here, stored by the publisher)  33 the site password (hidden),
+//   kept by core/secrets.h
 inline constexpr int kUserPrefCount = 34;
 inline constexpr int kPrefUserName = 20;
 inline constexpr int kPrefReplyEmail = 21;
@@ -118,7 +119,7 @@ struct Preferences {
     ViewGroup currentView = ViewGroupReset(true);
     bool autoUpdateTimeLeft = false;
     int timeLeftOption = -1;  // position in lstTimeLeftOptions
-    bool tracking = true;     // chkTracking
+    bool tracking = false;    // chkTracking: the usage report, off until switched on
 };
 
 // cmdReset: every field from the store and the settings. Throws StoreError

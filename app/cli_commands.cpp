@@ -3,10 +3,14 @@
 // on standard error and a non-zero exit code; nothing is half-written.
 #include "app/cli_commands.h"
 
+#include <unistd.h>
+
+#include <QCommandLineParser>
 #include <QFileInfo>
 #include <optional>
 
 #include "app/cli_scan.h"
+#include "app/password_input.h"
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
@@ -26,66 +30,68 @@ namespace {
 struct Options {
     QString root;
     std::optional<int> store;
-    QString user, siteId, password, email;
+    QString user, siteId, email;
+    std::optional<QString> password;              // --password
+    bool passwordStdin = false;                   // --password-stdin
     QString rulesFile, protocol, page, pagesDir;  // scan
     bool list = false;                            // update --list
     bool wait = false;                            // update --wait
-    QStringList words;                            // the command and its positional arguments
+    bool version = false;
+    QStringList words;  // the command and its positional arguments
 };
 
-// Pulls the named options out of args; returns an error text, or empty.
+// The options of every command; each command reads those it takes. They may
+// stand anywhere on the line, before or after the command's words; "--" ends
+// them.
 QString Parse(const QStringList& args, Options& options) {
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString& arg = args.at(i);
-        auto value = [&](QString& target) -> QString {
-            if (i + 1 >= args.size()) {
-                return QStringLiteral("%1 needs a value.").arg(arg);
-            }
-            target = args.at(++i);
-            return {};
-        };
-        QString error;
-        if (arg == QLatin1String("--root")) {
-            error = value(options.root);
-        } else if (arg == QLatin1String("--user")) {
-            error = value(options.user);
-        } else if (arg == QLatin1String("--site-id")) {
-            error = value(options.siteId);
-        } else if (arg == QLatin1String("--password")) {
-            error = value(options.password);
-        } else if (arg == QLatin1String("--email")) {
-            error = value(options.email);
-        } else if (arg == QLatin1String("--store")) {
-            QString text;
-            error = value(text);
-            bool ok = false;
-            const int store = text.toInt(&ok);
-            if (error.isEmpty() && (!ok || store < 0 || store > 2)) {
-                error = QStringLiteral("--store takes 0, 1 or 2.");
-            }
-            options.store = store;
-        } else if (arg == QLatin1String("--rules")) {
-            error = value(options.rulesFile);
-        } else if (arg == QLatin1String("--protocol")) {
-            error = value(options.protocol);
-        } else if (arg == QLatin1String("--page")) {
-            error = value(options.page);
-        } else if (arg == QLatin1String("--pages")) {
-            error = value(options.pagesDir);
-        } else if (arg == QLatin1String("--list")) {
-            options.list = true;
-        } else if (arg == QLatin1String("--wait")) {
-            options.wait = true;
-        } else if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
-            options.words.prepend(QStringLiteral("help"));
-        } else if (arg.startsWith(QLatin1String("--")) && arg.size() > 2) {
-            error = QStringLiteral("Unknown option %1.").arg(arg);
-        } else {
-            options.words << arg;
+    QCommandLineParser parser;
+    const QCommandLineOption root(QStringLiteral("root"), QString(), QStringLiteral("DIR"));
+    const QCommandLineOption user(QStringLiteral("user"), QString(), QStringLiteral("NAME"));
+    const QCommandLineOption siteId(QStringLiteral("site-id"), QString(), QStringLiteral("ID"));
+    const QCommandLineOption password(QStringLiteral("password"), QString(), QStringLiteral("PW"));
+    const QCommandLineOption passwordStdin(QStringLiteral("password-stdin"));
+    const QCommandLineOption email(QStringLiteral("email"), QString(), QStringLiteral("ADDR"));
+    const QCommandLineOption store(QStringLiteral("store"), QString(), QStringLiteral("N"));
+    const QCommandLineOption rules(QStringLiteral("rules"), QString(), QStringLiteral("FILE"));
+    const QCommandLineOption protocol(QStringLiteral("protocol"), QString(),
+                                      QStringLiteral("NAME"));
+    const QCommandLineOption page(QStringLiteral("page"), QString(), QStringLiteral("FILE"));
+    const QCommandLineOption pages(QStringLiteral("pages"), QString(), QStringLiteral("DIR"));
+    const QCommandLineOption list(QStringLiteral("list"));
+    const QCommandLineOption wait(QStringLiteral("wait"));
+    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
+    parser.addOptions({root, user, siteId, password, passwordStdin, email, store, rules, protocol,
+                       page, pages, list, wait, help, version});
+    if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
+        return parser.errorText();
+    }
+    options.root = parser.value(root);
+    options.user = parser.value(user);
+    options.siteId = parser.value(siteId);
+    if (parser.isSet(password)) {
+        options.password = parser.value(password);
+    }
+    options.passwordStdin = parser.isSet(passwordStdin);
+    options.email = parser.value(email);
+    if (parser.isSet(store)) {
+        bool ok = false;
+        const int number = parser.value(store).toInt(&ok);
+        if (!ok || number < 0 || number > 2) {
+            return QStringLiteral("--store takes 0, 1 or 2.");
         }
-        if (!error.isEmpty()) {
-            return error;
-        }
+        options.store = number;
+    }
+    options.rulesFile = parser.value(rules);
+    options.protocol = parser.value(protocol);
+    options.page = parser.value(page);
+    options.pagesDir = parser.value(pages);
+    options.list = parser.isSet(list);
+    options.wait = parser.isSet(wait);
+    options.version = parser.isSet(version);
+    options.words = parser.positionalArguments();
+    if (parser.isSet(help)) {
+        options.words.prepend(QStringLiteral("help"));
     }
     return {};
 }
@@ -93,20 +99,19 @@ QString Parse(const QStringList& args, Options& options) {
 // Sets up the session on the chosen AppRoot; the database must already exist
 // unless create is set.
 bool OpenSession(const Options& options, const QString& exeDir, bool create, QTextStream& err) {
-    core::Session& session = core::CurrentSession();
-    session.ShippedDir = core::ResolveShippedDir(exeDir);
-    const QString root = core::ResolveAppRoot(options.root, exeDir);
-    if (!options.root.isEmpty()) {
-        // A root given on the command line is self-contained: its settings
-        // live in it too.
-        core::SetSettingsFolder(root + QStringLiteral("/Configs/Settings"));
+    QString error;
+    const std::optional<core::Locations> locations =
+        core::ResolveLocations(options.root, exeDir, &error);
+    if (!locations || !core::UseLocations(*locations, &error)) {
+        err << error << '\n';
+        return false;
     }
+    const QString& root = locations->appRoot;
     if (!create && !QFileInfo::exists(root + QStringLiteral("/Data/Lotwright.db"))) {
         err << "There is no Lotwright database under " << root
             << " (run \"lotwright-cli init\" first).\n";
         return false;
     }
-    QString error;
     if (!core::SetupDirectories(root, &error)) {
         err << error << '\n';
         return false;
@@ -114,10 +119,45 @@ bool OpenSession(const Options& options, const QString& exeDir, bool create, QTe
     return true;
 }
 
+// The site password of init: --password, one line of standard input with
+// --password-stdin, or asked for on the terminal. Nothing, told on err, when
+// none can be had.
+std::optional<QString> InitPassword(const Options& options, QTextStream& err) {
+    if (options.password && options.passwordStdin) {
+        err << "Give the password one way: --password or --password-stdin.\n";
+        return std::nullopt;
+    }
+    std::optional<QString> password = options.password;
+    if (options.passwordStdin) {
+        password = ReadOneLine(STDIN_FILENO);
+        if (!password) {
+            err << "--password-stdin found no line on standard input (a password of at most "
+                   "4096 bytes, ended by a line end).\n";
+            return std::nullopt;
+        }
+    } else if (!password) {
+        if (isatty(STDIN_FILENO) == 0) {
+            err << "init needs the site password: standard input is no terminal to ask on, so "
+                   "give it as one line with --password-stdin.\n";
+            return std::nullopt;
+        }
+        err.flush();
+        password = ReadHiddenLine(QStringLiteral("Site password for %1: ").arg(options.siteId));
+        if (!password) {
+            err << "No password was typed.\n";
+            return std::nullopt;
+        }
+    }
+    if (password->isEmpty()) {
+        err << "The password is empty; a site account needs one.\n";
+        return std::nullopt;
+    }
+    return password;
+}
+
 int Init(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
-    if (options.user.trimmed().isEmpty() || options.siteId.trimmed().isEmpty() ||
-        options.password.isEmpty()) {
-        err << "init needs --user NAME --site-id ID --password PW [--email ADDR].\n";
+    if (options.user.trimmed().isEmpty() || options.siteId.trimmed().isEmpty()) {
+        err << "init needs --user NAME --site-id ID [--email ADDR] and the site password.\n";
         return kExitUsage;
     }
     if (!options.email.isEmpty() &&
@@ -125,11 +165,16 @@ int Init(const Options& options, const QString& exeDir, QTextStream& out, QTextS
         err << "The e-mail address " << options.email << " is not valid.\n";
         return kExitUsage;
     }
+    const std::optional<QString> password = InitPassword(options, err);
+    if (!password) {
+        err << "Nothing was made.\n";
+        return kExitUsage;
+    }
     if (!OpenSession(options, exeDir, true, err)) {
         return kExitFailure;
     }
     core::Database db = core::OpenStore();
-    core::AddUser(db, {options.user, options.siteId, options.password, options.email});
+    core::AddUser(db, {options.user, options.siteId, *password, options.email});
     core::SetCurrentUser(core::StoreText(options.user.trimmed()));
     out << "Made user " << core::CurrentSession().CurrentUser << " in "
         << core::CurrentSession().AppRoot << '\n';
@@ -422,8 +467,14 @@ static QString UpdateWordsHelp() {
 QString CliUsage() {
     return QStringLiteral(
                "Usage: lotwright-cli [--root DIR] COMMAND ...\n"
-               "  init --user NAME --site-id ID --password PW [--email ADDR]\n"
-               "        make the folders and the database and add the default user\n"
+               "       lotwright-cli --help | --version\n"
+               "Commands:\n"
+               "  init --user NAME --site-id ID [--email ADDR] [--password-stdin]\n"
+               "        make the folders and the database and add the default user; the site\n"
+               "        password is asked for on the terminal (not shown as it is typed), or\n"
+               "        read as one line of standard input with --password-stdin\n"
+               "        (--password PW also works, but other users can see it in the list\n"
+               "        of processes)\n"
                "  rules get SECTION KEY [--store N]     the value of a key in the rules\n"
                "  rules name SECTION VALUE [--store N]  the key that holds a value\n"
                "  rules install SITE.PRO INFO.PRO       replace both rule files\n"
@@ -439,9 +490,21 @@ QString CliUsage() {
                "  update --list PROTOCOL ...            run the named protocols, in order\n"
                "  update ... --wait                     wait for an update that is running to "
                "end\n"
-               "--root DIR is the folder that holds Configs/, Data/ and Templates/.\n"
-               "Ctrl-C stops an update at the next record and keeps what was written.\n")
+               "Options:\n"
+               "  --root DIR      the folder that holds Configs/, Data/ and Templates/, and\n"
+               "                  the settings; without it a portable copy uses its own\n"
+               "                  folder, an installed one the user's data, configuration\n"
+               "                  and cache folders\n"
+               "  -h, --help      this text\n"
+               "  -v, --version   the program's version\n"
+               "Ctrl-C stops an update at the next record and keeps what was written.\n"
+               "Exit codes: 0 done, 1 failed, 2 wrong words on the command line, 3 a rule\n"
+               "look-up found nothing, 4 an update ran but a protocol could not be processed.\n")
         .arg(UpdateWordsHelp());
+}
+
+QString CliVersion() {
+    return QStringLiteral("lotwright-cli " LW_VERSION "\n");
 }
 
 int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTextStream& err) {
@@ -452,9 +515,17 @@ int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTe
         return kExitUsage;
     }
     const QString command = options.words.value(0);
-    if (command.isEmpty() || command == QLatin1String("help")) {
-        (command.isEmpty() ? err : out) << CliUsage();
-        return command.isEmpty() ? kExitUsage : kExitOk;
+    if (command == QLatin1String("help")) {
+        out << CliUsage();
+        return kExitOk;
+    }
+    if (options.version) {
+        out << CliVersion();
+        return kExitOk;
+    }
+    if (command.isEmpty()) {
+        err << CliUsage();
+        return kExitUsage;
     }
     try {
         if (command == QLatin1String("init")) {

@@ -23,5 +23,7 @@ enum ExitCode : int {
 int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTextStream& err);
 
 QString CliUsage();
+// "lotwright-cli VERSION" and a line end.
+QString CliVersion();
 
 }  // namespace lw::app

@@ -14,6 +14,7 @@ int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Lotwright"));
     QCoreApplication::setOrganizationName(QStringLiteral("Lotwright"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(LW_VERSION));
     lw::app::TerminalUi ui;
     lw::core::ResetSession(&ui);
     QTextStream out(stdout);

@@ -3,7 +3,9 @@
 // AppRoot and writes one PNG per window, so that the windows can be looked at
 // without sitting at the screen. It starts as lotwright does (the first
 // retrieval included, when the user has none), runs one "My Bids Only"
-// update to catch the update window at work, and then shows the rest.
+// update to catch the update window at work, and then shows the rest; last
+// the main window, the about box and the preferences again under a dark
+// palette.
 // Messages are not shown (nobody is there to answer them) but are printed.
 // It writes pictures only; every row it changes is one the program's own
 // start or update would have written.
@@ -27,6 +29,7 @@
 #include "ui/frmTip.h"
 #include "ui/frmUpdate.h"
 #include "ui/frmUserPreferences.h"
+#include "ui/readable_colour.h"
 #include "update/run_lists.h"
 #include "update/update_run.h"
 
@@ -90,6 +93,21 @@ QWidget* VisibleTopLevel(const QString& objectName) {
         }
     }
     return nullptr;
+}
+
+// Takes the picture of a modal window once it shows, then closes it.
+void TakeWhenShown(Shots& shots, const QString& objectName, const QString& picture) {
+    auto* poll = new QTimer;
+    poll->setInterval(50);
+    QObject::connect(poll, &QTimer::timeout, [poll, &shots, objectName, picture] {
+        if (QWidget* window = VisibleTopLevel(objectName)) {
+            poll->stop();
+            poll->deleteLater();
+            shots.Take(window, picture);
+            window->close();
+        }
+    });
+    poll->start();
 }
 
 }  // namespace
@@ -225,6 +243,37 @@ int main(int argc, char** argv) {
     {
         lw::ui::frmGeneral about(lw::ui::frmGeneral::AboutForm, window);
         shots.Take(&about, QStringLiteral("frmGeneral-About"));
+    }
+    // Help, Contents and Index: taken from inside its own modal loop.
+    TakeWhenShown(shots, QStringLiteral("frmHelp"), QStringLiteral("frmHelp"));
+    window->menHelpTopics_Click();
+
+    // The same windows on a dark desktop: the Fusion style with a dark
+    // palette, changed under the open main window as a desktop changes it.
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setPalette(lw::ui::DarkPalette());
+    for (int index : {0, 1, 3}) {
+        if (tabs == nullptr) {
+            break;
+        }
+        tabs->setCurrentIndex(index);
+        shots.Take(window, QStringLiteral("dark-frmAuction-%1-%2")
+                               .arg(index)
+                               .arg(tabNames.value(index, QString::number(index))));
+    }
+    if (tabs != nullptr) {
+        tabs->setCurrentIndex(0);
+    }
+    {
+        lw::ui::frmGeneral about(lw::ui::frmGeneral::AboutForm, window);
+        shots.Take(&about, QStringLiteral("dark-frmGeneral-About"));
+    }
+    {
+        lw::ui::frmUserPreferences preferences(window);
+        if (auto* pages = preferences.findChild<QTabWidget*>(QStringLiteral("tabPreferences"))) {
+            pages->setCurrentIndex(pages->count() - 2);
+        }
+        shots.Take(&preferences, QStringLiteral("dark-frmUserPreferences-Views"));
     }
     window->close();
     start.window.reset();

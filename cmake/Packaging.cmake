@@ -47,6 +47,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # best served by Qt's own Wayland plugin.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ca-certificates, qt6-wayland")
+# Where the desktop has no keyring of its own, one to keep the site password in.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnome-keyring")
 
 set(CPACK_GENERATOR TGZ)
 include(CPack)

@@ -429,4 +429,10 @@ bool CanReach(const QString& url, const NetOptions& options, int timeoutMs) {
     return curl_easy_perform(e) == CURLE_OK;
 }
 
+QString CurlVersion() {
+    const curl_version_info_data* info = curl_version_info(CURLVERSION_NOW);
+    return info != nullptr && info->version != nullptr ? QString::fromLatin1(info->version)
+                                                       : QString();
+}
+
 }  // namespace lw::core

@@ -72,4 +72,7 @@ NetResult HttpPostForm(const QString& url, const QByteArray& body, const NetOpti
 // set) opens within timeoutMs.
 bool CanReach(const QString& url, const NetOptions& options, int timeoutMs = 5000);
 
+// The version of the libcurl the program runs with, as "8.5.0".
+QString CurlVersion();
+
 }  // namespace lw::core

@@ -11,6 +11,8 @@
 #include <QTemporaryFile>
 
 #include "core/rule_text.h"
+#include "core/secrets.h"
+#include "core/settings.h"
 #include "core/text.h"
 
 namespace lw::core {
@@ -19,7 +21,7 @@ namespace {
 
 // 'LWRT': marks a file as this program's database.
 constexpr qint64 kApplicationId = 0x4C575254;
-constexpr int kSchemaVersion = 2;
+constexpr int kSchemaVersion = 3;
 
 Session& Instance() {
     static Session session;
@@ -160,10 +162,22 @@ void Migrate(Database& db, qint64 version) {
         db.Exec(QStringLiteral("PRAGMA user_version = 2"));
         tx.Commit();
     }
+    if (version < 3) {
+        // Where no keyring answers the site password stays in the database;
+        // Global remembers that the user was told so.
+        Transaction tx(db);
+        if (db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM pragma_table_info('Global') "
+                                        "WHERE name = 'PasswordInStoreTold'")) == 0) {
+            db.Exec(QStringLiteral(
+                "ALTER TABLE Global ADD COLUMN PasswordInStoreTold INTEGER DEFAULT 0"));
+        }
+        db.Exec(QStringLiteral("PRAGMA user_version = 3"));
+        tx.Commit();
+    }
 }
 
-// The database, its journals and the data folders are the user's alone: they
-// hold the site password in clear.
+// The database, its journals and the data folders are the user's alone: where
+// no keyring answers they hold the site password in clear.
 constexpr QFile::Permissions kOwnerFile = QFile::ReadOwner | QFile::WriteOwner;
 constexpr QFile::Permissions kOwnerDir = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
 
@@ -274,32 +288,136 @@ Database OpenOrCreateStore(const QString& path, const QString& shippedDir) {
     return OpenOwnStore(path);
 }
 
-QString ResolveShippedDir(const QString& exeDir) {
-    const QDir dir(exeDir);
-    if (dir.exists(QStringLiteral("rules")) && dir.exists(QStringLiteral("data"))) {
-        return dir.absolutePath();
-    }
-    // An installed copy: bin/ beside share/lotwright/, or the build tree.
-    for (const QString& candidate : {QStringLiteral("../share/lotwright"), QStringLiteral("..")}) {
-        const QDir other(dir.filePath(candidate));
-        if (other.exists(QStringLiteral("rules")) && other.exists(QStringLiteral("data"))) {
-            return other.absolutePath();
-        }
-    }
-    return dir.absolutePath();
+namespace {
+
+bool HoldsShippedFiles(const QDir& dir) {
+    return dir.exists(QStringLiteral("rules")) && dir.exists(QStringLiteral("data"));
 }
 
-QString ResolveAppRoot(const QString& givenRoot, const QString& exeDir) {
+// The name of the program's folder in the user's data, configuration and
+// cache folders.
+const QString kUserFolder = QStringLiteral("Lotwright");
+
+QString UserFolder(QStandardPaths::StandardLocation location) {
+    const QString base = QStandardPaths::writableLocation(location);
+    return base.isEmpty() ? QString() : base + u'/' + kUserFolder;
+}
+
+// The subfolders of a program root that hold the user's own files.
+const QString kRootFolders[] = {QStringLiteral("Configs"), QStringLiteral("Data"),
+                                QStringLiteral("Templates")};
+
+// Earlier versions put a per-user root one folder deeper (the organisation's
+// name and the program's, both Lotwright). Its folders are moved up, once,
+// when the new root holds no database yet.
+bool MoveEarlierUserRoot(const QString& appRoot, QString* error) {
+    const QDir root(appRoot);
+    const QDir earlier(root.filePath(kUserFolder));
+    if (root.exists(QStringLiteral("Data/Lotwright.db")) ||
+        !earlier.exists(QStringLiteral("Data/Lotwright.db"))) {
+        return true;
+    }
+    for (const QString& folder : kRootFolders) {
+        if (!earlier.exists(folder)) {
+            continue;
+        }
+        if (root.exists(folder) && !QDir(root.filePath(folder)).isEmpty()) {
+            // Something of the user's stands in the way: neither is touched.
+            if (error != nullptr) {
+                *error =
+                    QStringLiteral(
+                        "The data of an earlier version in %1 was not moved to "
+                        "%2, because %3 is not empty; move it by hand.")
+                        .arg(earlier.absolutePath(), root.absolutePath(), root.filePath(folder));
+            }
+            return false;
+        }
+    }
+    for (const QString& folder : kRootFolders) {
+        if (!earlier.exists(folder)) {
+            continue;
+        }
+        root.rmdir(folder);  // an empty one made by a start of this version
+        if (!QDir().rename(earlier.filePath(folder), root.filePath(folder))) {
+            if (error != nullptr) {
+                *error = QStringLiteral(
+                             "The folder %1 of an earlier version could not be moved "
+                             "to %2; move it by hand.")
+                             .arg(earlier.filePath(folder), root.filePath(folder));
+            }
+            return false;
+        }
+    }
+    QDir().rmdir(earlier.absolutePath());  // left only when it holds more
+    return true;
+}
+
+}  // namespace
+
+QString ResolveShippedDir(const QString& exeDir) {
+    const QString exe = QDir(exeDir).absolutePath();
+    // An installed copy first: bin/ beside share/lotwright/. A copy of the
+    // shipped files left in bin/ by an earlier install must not make an
+    // installed program write beside itself. Then a portable copy, then a
+    // folder whose parent holds them.
+    const QString candidates[] = {exe + QStringLiteral("/../share/lotwright"), exe,
+                                  exe + QStringLiteral("/..")};
+    for (const QString& candidate : candidates) {
+        const QString dir = QDir::cleanPath(candidate);
+        if (HoldsShippedFiles(QDir(dir))) {
+            return dir;
+        }
+    }
+    return exe;
+}
+
+std::optional<Locations> ResolveLocations(const QString& givenRoot, const QString& exeDir,
+                                          QString* error) {
+    auto fail = [error](const QString& text) -> std::optional<Locations> {
+        if (error != nullptr) {
+            *error = text;
+        }
+        return std::nullopt;
+    };
+    const QString exe = QDir(exeDir).absolutePath();
+    Locations locations;
+    locations.shippedDir = ResolveShippedDir(exeDir);
+    if (!HoldsShippedFiles(QDir(locations.shippedDir))) {
+        return fail(QStringLiteral("The shipped rules/ and data/ folders are neither beside the "
+                                   "program in %1 nor in %2; the installation is incomplete.")
+                        .arg(exe, QDir::cleanPath(exe + QStringLiteral("/../share/lotwright"))));
+    }
     if (!givenRoot.isEmpty()) {
-        return QDir(givenRoot).absolutePath();
+        locations.appRoot = QDir(givenRoot).absolutePath();
+        locations.settingsDir = locations.appRoot + QStringLiteral("/Configs/Settings");
+        return locations;
     }
-    const QFileInfo exe(exeDir);
-    const QDir dir(exeDir);
-    if (dir.exists(QStringLiteral("rules")) && dir.exists(QStringLiteral("data")) &&
-        exe.isWritable()) {
-        return dir.absolutePath();
+    locations.settingsDir = UserFolder(QStandardPaths::GenericConfigLocation);
+    if (locations.shippedDir == QDir::cleanPath(exe) && QFileInfo(exe).isWritable()) {
+        locations.appRoot = QDir::cleanPath(exe);
+        return locations;
     }
-    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    locations.perUser = true;
+    locations.appRoot = UserFolder(QStandardPaths::GenericDataLocation);
+    locations.cacheDir = UserFolder(QStandardPaths::GenericCacheLocation);
+    if (locations.appRoot.isEmpty() || locations.settingsDir.isEmpty() ||
+        locations.cacheDir.isEmpty()) {
+        return fail(
+            QStringLiteral("There is no home folder to keep the data, settings and cache in "
+                           "(HOME is not set); name a folder with --root DIR."));
+    }
+    return locations;
+}
+
+bool UseLocations(const Locations& locations, QString* error) {
+    if (locations.perUser && !MoveEarlierUserRoot(locations.appRoot, error)) {
+        return false;
+    }
+    Session& session = CurrentSession();
+    session.ShippedDir = locations.shippedDir;
+    session.CacheDir = locations.cacheDir;
+    SetSettingsFolder(locations.settingsDir);
+    return true;
 }
 
 bool SetupDirectories(const QString& appRoot, QString* error) {
@@ -312,8 +430,17 @@ bool SetupDirectories(const QString& appRoot, QString* error) {
     session.ConfigsDir = root + QStringLiteral("/Configs/");
     session.DataDir = root + QStringLiteral("/Data/");
     session.TemplatesDir = root + QStringLiteral("/Templates/");
-    for (const QString& dir : {session.ConfigsDir, session.DataDir, session.TemplatesDir}) {
-        if (!(dir == session.DataDir ? EnsureOwnDirectory(dir) : EnsureDirectory(dir))) {
+    // The scratch pages are the user's sales as the site showed them: a cache
+    // folder of their own is the user's alone, as the data folder is.
+    session.ScratchDir =
+        session.CacheDir.isEmpty() ? session.ConfigsDir : WithSlash(session.CacheDir);
+    QStringList folders{session.ConfigsDir, session.DataDir, session.TemplatesDir,
+                        session.ScratchDir};
+    folders.removeDuplicates();
+    for (const QString& dir : folders) {
+        const bool own =
+            dir == session.DataDir || (!session.CacheDir.isEmpty() && dir == session.ScratchDir);
+        if (!(own ? EnsureOwnDirectory(dir) : EnsureDirectory(dir))) {
             if (error != nullptr) {
                 *error = QStringLiteral("Cannot make the folder %1.").arg(dir);
             }
@@ -340,7 +467,7 @@ void SetCurrentUser(const QString& userName) {
 }
 
 QString NewUserCancelMarker() {
-    return CurrentSession().ConfigsDir + QStringLiteral("nuwcancel.cfg");
+    return CurrentSession().ScratchDir + QStringLiteral("nuwcancel.cfg");
 }
 
 void RemoveStaleNewUserCancel() {
@@ -448,11 +575,14 @@ void AddUser(Database& db, const NewUser& user, bool makeDefault) {
     Statement addSite = db.Prepare(QStringLiteral(
         "INSERT INTO UserSites (UserName, AuctionSiteFlag, UserID, UserPassword, SiteEmailAddress, "
         "duration, ShipAbroadPref, shipUSPlus, billpoint) VALUES (?, 0, ?, ?, ?, 7, 0, 0, 0)"));
+    // The row holds the password until the keyring has confirmed it, so
+    // that it is never lost between the two.
     addSite
         .BindAll(name, user.siteUserId.trimmed(), user.password,
                  user.email.trimmed().isEmpty() ? QString() : user.email.trimmed())
         .Run();
     tx.Commit();
+    SaveSitePassword(db, name, 0, user.password);
 }
 
 }  // namespace lw::core

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/session.h"
+#include "core/settings.h"
 #include "core/store.h"
 
 namespace lw::core {
@@ -54,6 +55,32 @@ void TrackCount(const QString& field) {
 
 void TrackUse(const QString& field) {
     RunFor(kMarks, field);
+}
+
+bool UsageReportOn() {
+    return GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
+                      QStringLiteral("Track")) == QLatin1String("ON");
+}
+
+QString UsageReportSummary() {
+    return QStringLiteral(
+        "Lotwright sends no usage report unless you switch it on under Edit Preferences, Views. "
+        "Switched on, it sends at most every ten days your e-mail address in a scrambled form, "
+        "the number of your sales, bids, updates and listings posted, which mail and payment "
+        "features you have used, and how many of your sales are in each category.");
+}
+
+bool TakeUsageReportFirstNotice() {
+    const QString app = QStringLiteral("Lotwright");
+    const QString section = QStringLiteral("Options");
+    const QString key = QStringLiteral("UsageReportNoticeGiven");
+    const bool chosen =
+        !GetSetting(QStringLiteral("Tolvane"), section, QStringLiteral("Track")).isEmpty();
+    if (chosen || GetSetting(app, section, key) == QLatin1String("1")) {
+        return false;
+    }
+    SaveSetting(app, section, key, 1);
+    return true;
 }
 
 }  // namespace lw::core

@@ -109,7 +109,8 @@ CREATE TABLE Global (
     eBayTime TEXT COLLATE NOCASE,
     eBayCorrection REAL,
     AutoUpdateTimeLeft INTEGER DEFAULT 0,
-    TimeLeftInterval INTEGER
+    TimeLeftInterval INTEGER,
+    PasswordInStoreTold INTEGER DEFAULT 0  -- 1 once the user heard the site password is kept here
 );
 
 -- One row of usage counters.

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-site: the demo marketplace that the shipped rules describe. It
-// reads its options, opens (and when asked, seeds) its own database, binds to
-// 127.0.0.1 and serves until it is stopped. It never listens beyond loopback.
+// reads its options (Qt's command-line parser is its one use of Qt), opens
+// (and when asked, seeds) its own database, binds to 127.0.0.1 and serves
+// until it is stopped. It never listens beyond loopback.
 #include <httplib.h>
 #include <signal.h>
 #include <unistd.h>
 
+#include <QCommandLineParser>
+#include <QStringList>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -39,12 +42,15 @@ constexpr const char* kUsage =
     "  --clock-factor F   the site clock runs F times as fast (0 stops it; default 1)\n"
     "  --start TIME       the site clock's start, \"YYYY-MM-DD HH:MM:SS\" or epoch seconds\n"
     "                     (default: now)\n"
-    "  --rules DIR        rule files served at /rules/ (default: rules/ beside the program)\n"
+    "  --rules DIR        rule files served at /rules/ (default: rules/ beside the program,\n"
+    "                     else the installed ../share/lotwright/rules)\n"
     "  --rule-version V   what the version check answers (default: the served site.pro's\n"
     "                     Current Protocol)\n"
     "  --page-size K      records per list page (default 50)\n"
     "  --quiet            no request log on stderr\n"
-    "  --print-categories write the category directory as category.pro holds it, and exit\n";
+    "  --print-categories write the category directory as category.pro holds it, and exit\n"
+    "  -h, --help         this text\n"
+    "  -v, --version      the program's version\n";
 
 struct Options {
     int port = 0;
@@ -80,58 +86,85 @@ int IntArgument(const std::string& option, const std::string& value, int low, in
 }
 
 Options ParseOptions(int argc, char** argv) {
+    QCommandLineParser parser;
+    auto valued = [&parser](const char* name) {
+        QCommandLineOption option(QString::fromLatin1(name), QString(), QStringLiteral("VALUE"));
+        parser.addOption(option);
+        return option;
+    };
+    const QCommandLineOption port = valued("port");
+    const QCommandLineOption db = valued("db");
+    const QCommandLineOption seed = valued("seed");
+    const QCommandLineOption sales = valued("sales");
+    const QCommandLineOption bids = valued("bids");
+    const QCommandLineOption clockFactor = valued("clock-factor");
+    const QCommandLineOption start = valued("start");
+    const QCommandLineOption rules = valued("rules");
+    const QCommandLineOption ruleVersion = valued("rule-version");
+    const QCommandLineOption pageSize = valued("page-size");
+    const QCommandLineOption quiet(QStringLiteral("quiet"));
+    const QCommandLineOption printCategories(QStringLiteral("print-categories"));
+    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
+    parser.addOptions({quiet, printCategories, help, version});
+
+    QStringList args;
+    for (int i = 0; i < argc; ++i) {
+        args << QString::fromLocal8Bit(argv[i]);
+    }
+    if (!parser.parse(args)) {
+        Usage(parser.errorText().toStdString());
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        Usage("unexpected word " + parser.positionalArguments().constFirst().toStdString());
+    }
+    if (parser.isSet(help)) {
+        std::cout << kUsage;
+        std::exit(0);
+    }
+    if (parser.isSet(version)) {
+        std::cout << "lotwright-site " LW_VERSION "\n";
+        std::exit(0);
+    }
+    auto text = [&parser](const QCommandLineOption& option) {
+        return parser.value(option).toStdString();
+    };
     Options options;
-    for (int i = 1; i < argc; ++i) {
-        const std::string option = argv[i];
-        if (option == "--quiet") {
-            options.quiet = true;
-            continue;
+    options.quiet = parser.isSet(quiet);
+    options.printCategories = parser.isSet(printCategories);
+    if (parser.isSet(port)) {
+        options.port = IntArgument("--port", text(port), 0, 65535);
+    }
+    options.db = text(db);
+    if (parser.isSet(seed)) {
+        options.seed = IntArgument("--seed", text(seed), 0, 100000);
+    }
+    if (parser.isSet(sales)) {
+        options.sales = IntArgument("--sales", text(sales), 0, 1000000);
+    }
+    if (parser.isSet(bids)) {
+        options.bids = IntArgument("--bids", text(bids), 0, 1000000);
+    }
+    if (parser.isSet(clockFactor)) {
+        try {
+            options.clockFactor = std::stod(text(clockFactor));
+        } catch (const std::exception&) {
+            Usage("--clock-factor takes a number");
         }
-        if (option == "--print-categories") {
-            options.printCategories = true;
-            continue;
+        if (options.clockFactor < 0) {
+            Usage("--clock-factor cannot be negative");
         }
-        if (option == "--help" || option == "-h") {
-            std::cout << kUsage;
-            std::exit(0);
+    }
+    if (parser.isSet(start)) {
+        options.start = lw::site::ParseStartTime(text(start));
+        if (!options.start) {
+            Usage("--start takes \"YYYY-MM-DD HH:MM:SS\" or epoch seconds");
         }
-        if (i + 1 >= argc) {
-            Usage("missing value for " + option);
-        }
-        const std::string value = argv[++i];
-        if (option == "--port") {
-            options.port = IntArgument(option, value, 0, 65535);
-        } else if (option == "--db") {
-            options.db = value;
-        } else if (option == "--seed") {
-            options.seed = IntArgument(option, value, 0, 100000);
-        } else if (option == "--sales") {
-            options.sales = IntArgument(option, value, 0, 1000000);
-        } else if (option == "--bids") {
-            options.bids = IntArgument(option, value, 0, 1000000);
-        } else if (option == "--clock-factor") {
-            try {
-                options.clockFactor = std::stod(value);
-            } catch (const std::exception&) {
-                Usage("--clock-factor takes a number");
-            }
-            if (options.clockFactor < 0) {
-                Usage("--clock-factor cannot be negative");
-            }
-        } else if (option == "--start") {
-            options.start = lw::site::ParseStartTime(value);
-            if (!options.start) {
-                Usage("--start takes \"YYYY-MM-DD HH:MM:SS\" or epoch seconds");
-            }
-        } else if (option == "--rules") {
-            options.rulesDir = value;
-        } else if (option == "--rule-version") {
-            options.ruleVersion = value;
-        } else if (option == "--page-size") {
-            options.pageSize = IntArgument(option, value, 1, 1000);
-        } else {
-            Usage("unknown option " + option);
-        }
+    }
+    options.rulesDir = text(rules);
+    options.ruleVersion = text(ruleVersion);
+    if (parser.isSet(pageSize)) {
+        options.pageSize = IntArgument("--page-size", text(pageSize), 1, 1000);
     }
     if ((options.sales > 0 || options.bids > 0) && !options.seed) {
         Usage("--sales and --bids need --seed");
@@ -196,9 +229,12 @@ int main(int argc, char** argv) {
         RemoveDatabase(options.db);
     }
     if (options.rulesDir.empty()) {
-        const auto beside = ProgramFolder() / "rules";
-        if (std::filesystem::is_directory(beside)) {
-            options.rulesDir = beside.string();
+        for (const char* candidate : {"rules", "../share/lotwright/rules"}) {
+            const auto dir = (ProgramFolder() / candidate).lexically_normal();
+            if (std::filesystem::is_directory(dir)) {
+                options.rulesDir = dir.string();
+                break;
+            }
         }
     }
     if (options.ruleVersion.empty()) {

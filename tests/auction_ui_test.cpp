@@ -291,7 +291,7 @@ private Q_SLOTS:
         QCOMPARE(w->windowTitle(), QStringLiteral("Tolvane Lotwright Pro: Welcome Pat O'Brien!"));
         auto* tabs = Named<QTabWidget>(w, QStringLiteral("SSTab1"));
         QCOMPARE(tabs->count(), 4);
-        QCOMPARE(tabs->tabText(2), QStringLiteral("Task Manager"));
+        QCOMPARE(tabs->tabText(2), QStringLiteral("Tas&k Manager"));
         QVERIFY(!tabs->isTabEnabled(2));
 
         auto* sales = Named<QTableView>(w, QStringLiteral("grdAuction"));

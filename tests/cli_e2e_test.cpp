@@ -3,6 +3,12 @@
 // install and restore, read-only queries, clear failures that leave files
 // alone, and a process that writes no core file.
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utmp.h>
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -29,11 +35,13 @@ struct CliRun {
     QString err;
 };
 
-CliRun Cli(const QString& root, QStringList args) {
+// Runs lotwright-cli on root with args; input is all its standard input.
+CliRun Cli(const QString& root, QStringList args, const QByteArray& input = {}) {
     QProcess process;
     args.prepend(root);
     args.prepend(QStringLiteral("--root"));
     process.start(BinDir() + QStringLiteral("/lotwright-cli"), args);
+    process.write(input);
     process.closeWriteChannel();
     if (!process.waitForFinished(60000)) {
         process.kill();
@@ -71,6 +79,134 @@ TEST(CliInit, MakesFoldersDatabaseAndTheDefaultUser) {
     const CliRun again = Init(root.Path());
     EXPECT_NE(again.code, 0);
     EXPECT_TRUE(again.err.contains(QStringLiteral("already exists"))) << again.err.toStdString();
+}
+
+TEST(CliInit, ThePasswordComesAsOneLineOfStandardInputOrNothingIsMade) {
+    struct Case {
+        const char* what;
+        QStringList options;
+        QByteArray input;
+        int code;
+        const char* stored;  // the password in the store; null: no database made
+        const char* told;    // in the message on standard error
+    };
+    const QString fromStdin = QStringLiteral("--password-stdin");
+    const Case cases[] = {
+        {"one line", {fromStdin}, "pass word\n", 0, "pass word", ""},
+        {"CR LF, more lines", {fromStdin}, "  spaced\r\nsecond\n", 0, "  spaced", ""},
+        {"no line end", {fromStdin}, "last", 0, "last", ""},
+        {"an empty line", {fromStdin}, "\n", 2, nullptr, "empty"},
+        {"no input at all", {fromStdin}, "", 2, nullptr, "--password-stdin"},
+        {"both ways",
+         {fromStdin, QStringLiteral("--password"), QStringLiteral("x")},
+         "y\n",
+         2,
+         nullptr,
+         "one way"},
+        {"no terminal to ask on", {}, "typed\n", 2, nullptr, "--password-stdin"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        TempRoot root;
+        const CliRun init =
+            Cli(root.Path(),
+                QStringList{QStringLiteral("init"), QStringLiteral("--user"), QStringLiteral("Ann"),
+                            QStringLiteral("--site-id"), QStringLiteral("ann_sells")} +
+                    c.options,
+                c.input);
+        EXPECT_EQ(init.code, c.code) << init.err.toStdString();
+        EXPECT_TRUE(init.err.contains(QLatin1String(c.told))) << init.err.toStdString();
+        if (c.stored == nullptr) {
+            EXPECT_FALSE(QFile::exists(root.File(QStringLiteral("Data"))));
+            continue;
+        }
+        const CliRun stored =
+            Cli(root.Path(), {QStringLiteral("query"),
+                              QStringLiteral("SELECT UserName, UserPassword FROM UserSites")});
+        EXPECT_EQ(stored.out.toStdString(),
+                  "UserName\tUserPassword\nAnn\t" + std::string(c.stored) + '\n');
+    }
+}
+
+// lotwright-cli init on a pseudo-terminal, as a user at a terminal runs it:
+// what is typed is never echoed, and the terminal's echo is back on after
+// the line, and after a Ctrl-C that ends the program.
+TEST(CliInit, ATerminalPromptHidesTheTypingAndPutsTheEchoBack) {
+    struct Case {
+        const char* what;
+        QByteArray typed;
+        bool interrupted;
+    };
+    const Case cases[] = {
+        {"a typed line", "s3cret-typed\n", false},
+        {"Ctrl-C at the prompt", "s3cret\x03", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        TempRoot root;
+        const QByteArray program = (BinDir() + QStringLiteral("/lotwright-cli")).toLocal8Bit();
+        const QByteArray rootPath = root.Path().toLocal8Bit();
+        const char* argv[] = {program.constData(),
+                              "--root",
+                              rootPath.constData(),
+                              "init",
+                              "--user",
+                              "Ann",
+                              "--site-id",
+                              "ann_sells",
+                              nullptr};
+        int master = -1;
+        int slave = -1;
+        ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            close(master);
+            login_tty(slave);  // its own session, the terminal as 0, 1 and 2
+            execv(argv[0], const_cast<char* const*>(argv));
+            _exit(127);
+        }
+        // Everything the terminal shows, until the prompt has come.
+        QByteArray shown;
+        auto readShown = [&](int waitMs) {
+            pollfd ready{master, POLLIN, 0};
+            char buffer[512];
+            while (poll(&ready, 1, waitMs) > 0) {
+                const ssize_t got = read(master, buffer, sizeof buffer);
+                if (got <= 0) {
+                    break;
+                }
+                shown.append(buffer, static_cast<qsizetype>(got));
+                if (shown.contains("password for")) {
+                    waitMs = 0;  // the rest as far as it has come
+                }
+            }
+        };
+        readShown(60000);
+        ASSERT_TRUE(shown.contains("Site password for ann_sells:")) << shown.toStdString();
+        ASSERT_EQ(write(master, c.typed.constData(), static_cast<size_t>(c.typed.size())),
+                  c.typed.size());
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        readShown(0);
+        termios after{};
+        ASSERT_EQ(tcgetattr(slave, &after), 0);
+        close(master);
+        close(slave);
+
+        EXPECT_FALSE(shown.contains("s3cret")) << shown.toStdString();
+        EXPECT_TRUE(after.c_lflag & ECHO) << "the echo is back on";
+        if (c.interrupted) {
+            EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
+            EXPECT_FALSE(QFile::exists(root.File(QStringLiteral("Data"))));
+        } else {
+            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << shown.toStdString();
+            const CliRun stored = Cli(
+                root.Path(),
+                {QStringLiteral("query"), QStringLiteral("SELECT UserPassword FROM UserSites")});
+            EXPECT_EQ(stored.out.toStdString(), "UserPassword\ns3cret-typed\n");
+        }
+    }
 }
 
 TEST(CliInit, WrongWordsGiveUsageAndNoFiles) {

@@ -11,6 +11,9 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QtTest>
+
+#include <curl/curl.h>
+#include <sqlite3.h>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -205,11 +208,14 @@ private Q_SLOTS:
                  QStringLiteral("$12.50"));
     }
 
-    void theAboutFormNamesTheProgramAndItsVersion() {
+    void theAboutFormNamesTheProgramItsVersionLicenceAndLibraries() {
         QString title;
         QString name;
         QString version;
         QString description;
+        QString licence;
+        QString libraries;
+        bool linksOpen = false;
         bool hasCancel = true;
         WhenUp driver([&](QDialog* form) {
             title = form->windowTitle();
@@ -217,6 +223,10 @@ private Q_SLOTS:
             version = Named<QLabel>(form, QStringLiteral("lblVersion"))->text();
             hasCancel = form->findChild<QPushButton*>(QStringLiteral("cmdCancel")) != nullptr;
             description = Named<QLabel>(form, QStringLiteral("lblDescription"))->text();
+            auto* licenceLabel = Named<QLabel>(form, QStringLiteral("lblLicence"));
+            licence = licenceLabel->text();
+            linksOpen = licenceLabel->openExternalLinks();
+            libraries = Named<QLabel>(form, QStringLiteral("lblLibraries"))->text();
             QTest::mouseClick(Named<QPushButton>(form, QStringLiteral("cmdOK")), Qt::LeftButton);
         });
         ui::ShowAbout(nullptr);
@@ -229,6 +239,26 @@ private Q_SLOTS:
                  qPrintable(version));
         QVERIFY(!description.isEmpty());
         QVERIFY(!hasCancel);
+
+        // The licence, the lack of warranty and where the licence is read;
+        // the versions of the libraries this very process runs with.
+        const curl_version_info_data* curl = curl_version_info(CURLVERSION_NOW);
+        const struct {
+            const QString* text;
+            QString wanted;
+        } shown[] = {
+            {&licence, QStringLiteral("GPL-3.0-or-later")},
+            {&licence, QStringLiteral("GNU General Public License")},
+            {&licence, QStringLiteral("no warranty")},
+            {&licence, QStringLiteral("href=\"https://www.gnu.org/licenses/gpl-3.0.html\"")},
+            {&libraries, QStringLiteral("Qt ") + QString::fromLatin1(qVersion())},
+            {&libraries, QStringLiteral("SQLite ") + QString::fromLatin1(sqlite3_libversion())},
+            {&libraries, QStringLiteral("libcurl ") + QString::fromLatin1(curl->version)},
+        };
+        for (const auto& s : shown) {
+            QVERIFY2(s.text->contains(s.wanted), qPrintable(*s.text + " lacks " + s.wanted));
+        }
+        QVERIFY(linksOpen);
     }
 };
 

@@ -24,6 +24,7 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "core/tracking.h"
 #include "tests/support/test_support.h"
 #include "tests/support/window_test.h"
 #include "ui/frmUserPreferences.h"
@@ -154,7 +155,7 @@ private Q_SLOTS:
         }
         QCOMPARE(
             Named<QRadioButton>(&w, QStringLiteral("optConnection1"))->text(),
-            QStringLiteral("Network (Including external DSL modem connected to a network card)"));
+            QStringLiteral("&Network (Including external DSL modem connected to a network card)"));
         QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref20"))->text(), kUser);
         QVERIFY(Named<QLineEdit>(&w, QStringLiteral("txtUserPref20"))->isReadOnly());
         QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref24"))->text(),
@@ -494,14 +495,23 @@ private Q_SLOTS:
         QVERIFY(list->item(0)->isSelected());
     }
 
-    void trackingIsWrittenAtOnce() {
-        ui::frmUserPreferences w;
-        auto* box = Named<QCheckBox>(&w, QStringLiteral("chkTracking"));
+    void trackingIsOffUntilTickedAndWrittenAtOnce() {
+        {
+            // A new store: the report is off, and the window says what it sends.
+            ui::frmUserPreferences w;
+            auto* box = Named<QCheckBox>(&w, QStringLiteral("chkTracking"));
+            QVERIFY(!box->isChecked());
+            QCOMPARE(Named<QLabel>(&w, QStringLiteral("lblTracking"))->text(),
+                     core::UsageReportSummary());
+            ClickBox(box);
+            QCOMPARE(Option(QStringLiteral("Track")), QStringLiteral("ON"));
+        }
+        // The choice stands the next time.
+        ui::frmUserPreferences again;
+        auto* box = Named<QCheckBox>(&again, QStringLiteral("chkTracking"));
         QVERIFY(box->isChecked());
         ClickBox(box);
         QCOMPARE(Option(QStringLiteral("Track")), QStringLiteral("OFF"));
-        ClickBox(box);
-        QCOMPARE(Option(QStringLiteral("Track")), QStringLiteral("ON"));
     }
 
     void resetAndCancelLeaveTheStoreAsItWas() {

@@ -5,14 +5,19 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 
 #include "core/rule_text.h"
 #include "core/session.h"
+#include "core/settings.h"
 #include "core/store.h"
 #include "core/text.h"
 #include "core/tracking.h"
 #include "tests/support/test_support.h"
+#include "update/rules.h"
+#include "update/run_lists.h"
+#include "update/update_run.h"
 
 using namespace lw::core;
 using lw::test::ReadAll;
@@ -164,7 +169,8 @@ TEST_F(SessionTest, TheDatabaseAndTheDataFoldersAreTheUsersAlone) {
 
 // A database of the first schema held flags as the texts "True" and
 // "False" and refused texts in number columns; opening it mends them, so a
-// lost bid is lost to every view.
+// lost bid is lost to every view. It had no mark of the notice that the site
+// password is kept in it either; opening adds one, not yet given.
 TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
     {
         Database db = OpenStore();
@@ -175,6 +181,7 @@ TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
             "('3', 'false ', 'ERROR', '06/07/00, 12:04:00 PST', NULL), "
             "('4', 'outbid', 0, '06/07/00, 12:04:00 PST', 1);"
             "INSERT INTO Auctions (ItemNumber, ToDoComplete) VALUES ('5', 'TRUE');"
+            "ALTER TABLE Global DROP COLUMN PasswordInStoreTold;"
             "PRAGMA user_version = 1"));
         ASSERT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), 4);
     }
@@ -191,6 +198,7 @@ TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
                                  QStringLiteral("3:0:0:NULL"), QStringLiteral("4:0:0:1")}));
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), 1);
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT ToDoComplete FROM Auctions")), 1);
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT PasswordInStoreTold FROM Global")), 0);
 }
 
 TEST_F(SessionTest, AMissingShippedFileIsNamedAndNoDatabaseIsLeft) {
@@ -308,16 +316,248 @@ TEST_F(SessionTest, TimeLeftTimerReadsGlobal) {
     EXPECT_FALSE(TimeLeftTimerRule(db).enabled);
 }
 
-TEST(AppRoot, GivenRootWinsThenAPortableCopyThenTheUserFolder) {
-    TempRoot exe;
-    EXPECT_EQ(ResolveAppRoot(exe.File(QStringLiteral("chosen")), exe.Path()),
-              exe.File(QStringLiteral("chosen")));
-    const QString userFolder = ResolveAppRoot({}, exe.Path());
-    EXPECT_NE(userFolder, exe.Path()) << "a folder without the shipped files is no portable copy";
-    QDir(exe.Path()).mkpath(QStringLiteral("rules"));
-    QDir(exe.Path()).mkpath(QStringLiteral("data"));
-    EXPECT_EQ(ResolveAppRoot({}, exe.Path()), QDir(exe.Path()).absolutePath());
-    EXPECT_EQ(ResolveShippedDir(exe.Path()), QDir(exe.Path()).absolutePath());
+namespace {
+
+// The user's home and XDG folders pointed into a temporary folder for one
+// test, so that nothing of the real home is read or written; put back after.
+class LocationsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        for (const char* name : kNames) {
+            m_kept.push_back({name, qEnvironmentVariableIsSet(name), qgetenv(name)});
+        }
+        qputenv("HOME", m_home.File(QStringLiteral("home")).toLocal8Bit());
+        qputenv("XDG_DATA_HOME", DataHome().toLocal8Bit());
+        qputenv("XDG_CONFIG_HOME", ConfigHome().toLocal8Bit());
+        qputenv("XDG_CACHE_HOME", CacheHome().toLocal8Bit());
+        ResetSession(&m_ui);
+    }
+    void TearDown() override {
+        for (const Kept& kept : m_kept) {
+            if (kept.set) {
+                qputenv(kept.name, kept.value);
+            } else {
+                qunsetenv(kept.name);
+            }
+        }
+        SetSettingsFolder(QString());
+        ResetSession();
+    }
+
+    QString DataHome() const { return m_home.File(QStringLiteral("data")); }
+    QString ConfigHome() const { return m_home.File(QStringLiteral("config")); }
+    QString CacheHome() const { return m_home.File(QStringLiteral("cache")); }
+
+    // Every file and folder under dir, relative to it, sorted.
+    static QStringList Tree(const QString& dir) {
+        QStringList entries;
+        QDirIterator walk(dir, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden,
+                          QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            entries << QDir(dir).relativeFilePath(walk.next());
+        }
+        entries.sort();
+        return entries;
+    }
+
+    static constexpr const char* kNames[] = {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME",
+                                             "XDG_CACHE_HOME"};
+    struct Kept {
+        const char* name;
+        bool set;
+        QByteArray value;
+    };
+    std::vector<Kept> m_kept;
+    lw::test::ScriptedUi m_ui;
+    TempRoot m_home;
+};
+
+}  // namespace
+
+TEST_F(LocationsTest, TheLayoutBesideTheProgramDecidesWhereEachKindOfFileGoes) {
+    // Folders are named relative to a fresh prefix; "@data", "@config" and
+    // "@cache" stand for the user's folders, "@exe" for the executable's.
+    struct Case {
+        const char* what;
+        QStringList shipped;  // folders made to hold rules/ and data/
+        const char* given;    // --root, relative to the prefix; null: none
+        const char* root;
+        const char* shippedDir;
+        const char* settings;
+        const char* cache;  // empty: scratch files in Configs/ under the root
+        bool perUser;
+    };
+    const Case cases[] = {
+        {"a build tree or an unpacked copy",
+         {"bin"},
+         nullptr,
+         "bin",
+         "bin",
+         "@config/Lotwright",
+         "",
+         false},
+        {"an installed copy, its prefix writable by whoever runs it (root included)",
+         {"share/lotwright"},
+         nullptr,
+         "@data/Lotwright",
+         "share/lotwright",
+         "@config/Lotwright",
+         "@cache/Lotwright",
+         true},
+        {"an installed copy over the shipped files an earlier install left in bin/",
+         {"bin", "share/lotwright"},
+         nullptr,
+         "@data/Lotwright",
+         "share/lotwright",
+         "@config/Lotwright",
+         "@cache/Lotwright",
+         true},
+        {"the shipped files in the parent of the program's folder",
+         {"."},
+         nullptr,
+         "@data/Lotwright",
+         ".",
+         "@config/Lotwright",
+         "@cache/Lotwright",
+         true},
+        {"a given root beside an installed copy",
+         {"share/lotwright"},
+         "mine",
+         "mine",
+         "share/lotwright",
+         "mine/Configs/Settings",
+         "",
+         false},
+        {"a given root beside a portable copy",
+         {"bin"},
+         "mine",
+         "mine",
+         "bin",
+         "mine/Configs/Settings",
+         "",
+         false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        TempRoot prefix;
+        QDir(prefix.Path()).mkpath(QStringLiteral("bin"));
+        for (const QString& folder : c.shipped) {
+            QDir(prefix.File(folder)).mkpath(QStringLiteral("rules"));
+            QDir(prefix.File(folder)).mkpath(QStringLiteral("data"));
+        }
+        auto expand = [&](const QString& path) {
+            QString full = path;
+            full.replace(QStringLiteral("@data"), DataHome())
+                .replace(QStringLiteral("@config"), ConfigHome())
+                .replace(QStringLiteral("@cache"), CacheHome());
+            return full.isEmpty() || full.startsWith(u'/') ? full
+                                                           : QDir::cleanPath(prefix.File(full));
+        };
+        QString error;
+        const auto found =
+            ResolveLocations(c.given ? prefix.File(QLatin1String(c.given)) : QString(),
+                             prefix.File(QStringLiteral("bin")), &error);
+        ASSERT_TRUE(found) << error.toStdString();
+        EXPECT_EQ(found->appRoot, expand(QLatin1String(c.root)));
+        EXPECT_EQ(found->shippedDir, expand(QLatin1String(c.shippedDir)));
+        EXPECT_EQ(found->settingsDir, expand(QLatin1String(c.settings)));
+        EXPECT_EQ(found->cacheDir, expand(QLatin1String(c.cache)));
+        EXPECT_EQ(found->perUser, c.perUser);
+    }
+}
+
+TEST_F(LocationsTest, WithoutShippedFilesNothingIsResolvedAndTheMessageSaysWhereTheyWereLooked) {
+    TempRoot prefix;
+    QDir(prefix.Path()).mkpath(QStringLiteral("bin"));
+    for (const QString& given : {QString(), prefix.File(QStringLiteral("mine"))}) {
+        QString error;
+        EXPECT_FALSE(ResolveLocations(given, prefix.File(QStringLiteral("bin")), &error));
+        EXPECT_TRUE(error.contains(prefix.File(QStringLiteral("bin"))) &&
+                    error.contains(prefix.File(QStringLiteral("share/lotwright"))))
+            << error.toStdString();
+    }
+}
+
+TEST_F(LocationsTest, AnInstalledCopyWritesNothingUnderItsPrefixAndItsScratchGoesToTheCache) {
+    TempRoot prefix;
+    QDir(prefix.Path()).mkpath(QStringLiteral("bin"));
+    for (const char* folder : {"rules", "data"}) {
+        const QString from = SourceDir() + u'/' + QLatin1String(folder);
+        const QString to = prefix.File(QStringLiteral("share/lotwright/") + QLatin1String(folder));
+        ASSERT_TRUE(QDir().mkpath(to));
+        for (const QString& name : QDir(from).entryList(QDir::Files)) {
+            ASSERT_TRUE(QFile::copy(from + u'/' + name, to + u'/' + name));
+        }
+    }
+    const QStringList before = Tree(prefix.Path());
+
+    QString error;
+    const auto found = ResolveLocations({}, prefix.File(QStringLiteral("bin")), &error);
+    ASSERT_TRUE(found) << error.toStdString();
+    ASSERT_TRUE(UseLocations(*found, &error)) << error.toStdString();
+    ASSERT_TRUE(SetupDirectories(found->appRoot, &error)) << error.toStdString();
+    OpenStore();
+    SaveSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"), QStringLiteral("Track"),
+                QStringLiteral("OFF"));
+
+    const Session& s = CurrentSession();
+    const QString cache = CacheHome() + QStringLiteral("/Lotwright/");
+    EXPECT_EQ(s.ScratchDir, cache);
+    for (const QString& scratch :
+         {lw::update::UpdateRun::UpdatePagePath(), lw::update::UpdateRun::AncillaryPagePath(),
+          lw::update::RunListPath(), NewUserCancelMarker()}) {
+        EXPECT_EQ(QFileInfo(scratch).absolutePath() + u'/', cache) << scratch.toStdString();
+    }
+    EXPECT_TRUE(lw::update::PreviousRulesDir().startsWith(s.ConfigsDir))
+        << "the rules an update replaced are the user's, not scratch";
+    EXPECT_EQ(QFile::permissions(cache) & (QFile::ReadOther | QFile::ReadGroup),
+              QFile::Permissions())
+        << "the scratch pages are the user's sales";
+    EXPECT_TRUE(QFile::exists(DataHome() + QStringLiteral("/Lotwright/Data/Lotwright.db")));
+    EXPECT_TRUE(QFile::exists(ConfigHome() + QStringLiteral("/Lotwright/Tolvane.ini")));
+    EXPECT_EQ(Tree(prefix.Path()), before) << "nothing was written under the prefix";
+}
+
+TEST_F(LocationsTest, AnEarlierVersionsDoubledUserFolderIsMovedUpOnceAndNeverOverAnything) {
+    struct Case {
+        const char* what;
+        QStringList present;  // files made under the new root before the start
+        bool moves;
+        bool fails;
+        const char* database;  // what Data/Lotwright.db under the new root holds after
+    };
+    const Case cases[] = {
+        {"a first start of this version", {}, true, false, "earlier db"},
+        {"the new root already holds a database", {"Data/Lotwright.db"}, false, false, "present"},
+        {"the new root holds other files of the user's", {"Configs/site.pro"}, false, true, ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        TempRoot prefix;
+        QDir(prefix.File(QStringLiteral("share/lotwright"))).mkpath(QStringLiteral("rules"));
+        QDir(prefix.File(QStringLiteral("share/lotwright"))).mkpath(QStringLiteral("data"));
+        QDir(prefix.Path()).mkpath(QStringLiteral("bin"));
+        // The user's data folder, as the home holds it.
+        const QString root = QStringLiteral("data/Lotwright");
+        const QString earlier = root + QStringLiteral("/Lotwright");
+        QDir(m_home.File(root)).removeRecursively();
+        m_home.Write(earlier + QStringLiteral("/Data/Lotwright.db"), "earlier db");
+        m_home.Write(earlier + QStringLiteral("/Configs/previous/site.pro"), "earlier rules");
+        for (const QString& file : c.present) {
+            m_home.Write(root + u'/' + file, "present");
+        }
+        QString error;
+        const auto found = ResolveLocations({}, prefix.File(QStringLiteral("bin")), &error);
+        ASSERT_TRUE(found) << error.toStdString();
+        EXPECT_EQ(UseLocations(*found, &error), !c.fails);
+        EXPECT_EQ(error.contains(m_home.File(earlier)), c.fails) << error.toStdString();
+        EXPECT_EQ(ReadAll(m_home.File(root + QStringLiteral("/Data/Lotwright.db"))),
+                  QByteArray(c.database));
+        EXPECT_EQ(QFile::exists(m_home.File(root + QStringLiteral("/Configs/previous/site.pro"))),
+                  c.moves);
+        EXPECT_EQ(QFile::exists(m_home.File(earlier)), !c.moves)
+            << "the earlier folder stays unless moved";
+    }
 }
 
 TEST_F(SessionTest, UsageCountersAddAndMarkAndNeverFail) {

@@ -18,8 +18,10 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMap>
+#include <QProcess>
 #include <QPushButton>
 #include <QTableView>
 #include <QTimer>
@@ -31,6 +33,7 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "core/tracking.h"
 #include "tests/support/site_process.h"
 #include "tests/support/test_support.h"
 #include "tests/support/window_test.h"
@@ -196,13 +199,18 @@ private Q_SLOTS:
         LeaveRulesFor(*m_root, ClosedPort());
         ShowWatch update(QStringLiteral("frmUpdate"));
         bool asked = false;
+        QString usageNote;
         WhenShown(QStringLiteral("frmNewUser"), [&](QWidget* window) {
             asked = true;
+            usageNote = Named<QLabel>(window, QStringLiteral("lblTracking"))->text();
             FillNewUser(window, QStringLiteral("Ann"), QStringLiteral("ann_sells"),
                         QStringLiteral("s3cret"));
         });
         ui::DesktopStart start = ui::StartDesktop(m_root->Path());
         QVERIFY(asked);
+        // The new-user window says what the usage report would send; the
+        // main window does not say it again (no message below).
+        QCOMPARE(usageNote, core::UsageReportSummary());
         QVERIFY(start.window != nullptr);
         QVERIFY(start.window->isVisible());
         QCOMPARE(start.window->windowTitle(),
@@ -342,6 +350,59 @@ private Q_SLOTS:
         QVERIFY(admin::ShowTipsAtStartup());
         QTRY_VERIFY(VisibleTopLevel(QStringLiteral("frmTip")) != nullptr ||
                     window->findChild<QWidget*>(QStringLiteral("frmTip")) != nullptr);
+    }
+
+    void oneMainWindowPerRootAndTheUsageReportToldOnce() {
+        // A user made without the new-user window, as the command line's
+        // init makes one.
+        LeaveRulesFor(*m_root, ClosedPort());
+        {
+            QString error;
+            QVERIFY(core::SetupDirectories(m_root->Path(), &error));
+            core::Database db = core::OpenStore();
+            core::AddUser(db, {QStringLiteral("Ann"), QStringLiteral("ann_sells"),
+                               QStringLiteral("s3cret"), QStringLiteral("ann@example.com")});
+        }
+        auto first = std::make_unique<ui::DesktopStart>(ui::StartDesktop(m_root->Path()));
+        QVERIFY(first->window != nullptr);
+        // The first start says what the usage report would send, which is
+        // nothing until the user switches it on.
+        QCOMPARE(m_ui->Messages(), QStringList{core::UsageReportSummary()});
+        QCOMPARE(m_ui->Titles(), QStringList{QStringLiteral("Usage Report")});
+        QVERIFY(!core::UsageReportOn());
+
+        // A second window on the same root is refused before it touches
+        // anything, and says which process has the first.
+        ui::DesktopStart second = ui::StartDesktop(m_root->Path());
+        QVERIFY(second.window == nullptr);
+        QCOMPARE(second.exitCode, 1);
+        QCOMPARE(m_ui->Messages().size(), 2);
+        QVERIFY2(m_ui->Messages().last().contains(
+                     QStringLiteral("(process %1)").arg(QCoreApplication::applicationPid())),
+                 qPrintable(m_ui->Messages().last()));
+
+        // Once the first has gone the root opens again, and the notice is
+        // not repeated.
+        first->window->close();
+        first.reset();
+        auto third = std::make_unique<ui::DesktopStart>(ui::StartDesktop(m_root->Path()));
+        QVERIFY(third->window != nullptr);
+        QCOMPARE(m_ui->Messages().size(), 2);
+        third->window->close();
+        third.reset();
+
+        // The lock of a window whose process was killed is taken over.
+        QProcess gone;
+        gone.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("echo $$")});
+        QVERIFY(gone.waitForFinished());
+        const QByteArray pid = gone.readAllStandardOutput().trimmed();
+        QFile left(m_root->File(QStringLiteral("Data/window.lock")));
+        QVERIFY(left.open(QIODevice::WriteOnly));
+        left.write(pid + "\nlotwright\n" + QSysInfo::machineHostName().toUtf8() + "\n");
+        left.close();
+        ui::DesktopStart fourth = ui::StartDesktop(m_root->Path());
+        QVERIFY(fourth.window != nullptr);
+        QCOMPARE(m_ui->Messages().size(), 2);
     }
 
 private:

@@ -92,7 +92,7 @@ private Q_SLOTS:
         {
             ui::frmTip w;
             auto* box = Named<QCheckBox>(&w, QStringLiteral("chkLoadTipsAtStartup"));
-            QCOMPARE(box->text(), QStringLiteral("Show Tips at Startup"));
+            QCOMPARE(box->text(), QStringLiteral("&Show Tips at Startup"));
             QVERIFY(box->isChecked());  // shown unless the setting says 0
             QTest::mouseClick(box, Qt::LeftButton);
             QCOMPARE(TipsSetting(), QStringLiteral("0"));

@@ -505,13 +505,13 @@ private Q_SLOTS:
         auto* elapsed = Named<QLabel>(&w, QStringLiteral("lblTimeElapsed"));
         auto* timer1 = w.findChild<QTimer*>(QStringLiteral("Timer1"));
         QVERIFY(timer1 != nullptr);
-        QCOMPARE(details->text(), QStringLiteral("Show Details"));
+        QCOMPARE(details->text(), QStringLiteral("&Show Details"));
         QVERIFY(!elapsed->isVisible());
         QVERIFY(!w.DetailsShown());
         const int shortHeight = w.height();
 
         QTest::mouseClick(details, Qt::LeftButton);
-        QCOMPARE(details->text(), QStringLiteral("Hide Details"));
+        QCOMPARE(details->text(), QStringLiteral("&Hide Details"));
         QVERIFY(w.DetailsShown());
         QVERIFY(elapsed->isVisible());
         QVERIFY(Named<QLabel>(&w, QStringLiteral("lblItem"))->isVisible());
@@ -524,7 +524,7 @@ private Q_SLOTS:
                  qPrintable(elapsed->text()));
 
         QTest::mouseClick(details, Qt::LeftButton);
-        QCOMPARE(details->text(), QStringLiteral("Show Details"));
+        QCOMPARE(details->text(), QStringLiteral("&Show Details"));
         QVERIFY(!w.DetailsShown());
         QVERIFY(!elapsed->isVisible());
         QVERIFY(!timer1->isActive());

@@ -238,6 +238,8 @@ protected:
                           false);
         lw::core::SetCurrentUser(kUser);
         m_report = m_root.File(QStringLiteral("Configs/trkrpt.dat"));
+        // The report cases below are of a user who switched it on.
+        SwitchReport(QStringLiteral("ON"));
     }
     void TearDown() override {
         Rules().ClearAll();
@@ -245,6 +247,17 @@ protected:
     }
 
     Database& Db() { return *m_db; }
+
+    // The switch as the preferences window writes it; a null text: never set.
+    static void SwitchReport(const QString& value) {
+        const QString app = QStringLiteral("Tolvane");
+        const QString section = QStringLiteral("Options");
+        if (value.isNull()) {
+            lw::core::DeleteSetting(app, section, QStringLiteral("Track"));
+        } else {
+            lw::core::SaveSetting(app, section, QStringLiteral("Track"), value);
+        }
+    }
 
     void SetLastReport(const QVariant& stamp) {
         Db().Prepare(QStringLiteral("UPDATE Tracking SET TrackingDate = ?")).Bind(1, stamp).Run();
@@ -304,14 +317,33 @@ TEST(UsageReportScramble, AddsFiveAndMasksTheCodesOutsideLettersAndDigits) {
 
 // ------------------------------------------------------------------ report
 
-TEST_F(UsageReportTest, SwitchedOffItTouchesNothing) {
-    lw::core::SaveSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
-                          QStringLiteral("Track"), QStringLiteral("OFF"));
-    m_root.Write(QStringLiteral("Configs/trkrpt.dat"), "earlier report");
-    EXPECT_FALSE(PrepareUsageReport(Db(), Recording(true), kToday));
-    EXPECT_EQ(m_sends, 0);
-    EXPECT_EQ(ReadAll(m_report), QByteArray("earlier report"));
-    EXPECT_TRUE(LastReport().isNull());
+TEST_F(UsageReportTest, OffUntilSwitchedOnAndOffAgainTouchesNothing) {
+    // A new store whose user never chose, then a switch written by an older
+    // copy in any other form, then the user's own "OFF": none sends, none
+    // writes a file or a date. Only "ON" sends.
+    const struct {
+        QString setting;
+        bool sends;
+    } cases[] = {
+        {QString(), false},
+        {QStringLiteral(""), false},
+        {QStringLiteral("on "), false},
+        {QStringLiteral("OFF"), false},
+        {QStringLiteral("ON"), true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.setting.isNull() ? std::string("never set") : c.setting.toStdString());
+        SwitchReport(c.setting);
+        SetLastReport(QVariant());
+        m_sends = 0;
+        m_root.Write(QStringLiteral("Configs/trkrpt.dat"), "earlier report");
+        EXPECT_EQ(PrepareUsageReport(Db(), Recording(true), kToday), c.sends);
+        EXPECT_EQ(m_sends, c.sends ? 1 : 0);
+        if (!c.sends) {
+            EXPECT_EQ(ReadAll(m_report), QByteArray("earlier report"));
+            EXPECT_TRUE(LastReport().isNull());
+        }
+    }
 }
 
 TEST_F(UsageReportTest, WithinTenDaysOfTheLastReportNoFileIsLeft) {

@@ -10,6 +10,7 @@
 #include <QChart>
 #include <QChartView>
 #include <QComboBox>
+#include <QEvent>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -20,6 +21,7 @@
 #include <exception>
 
 #include "core/store.h"
+#include "ui/readable_colour.h"
 #include "views/analysis.h"
 
 namespace lw::ui {
@@ -69,9 +71,12 @@ AuctionAnalysisTab::AuctionAnalysisTab(QWidget* parent) : QWidget(parent) {
     m_lstAnalysis->setObjectName(QStringLiteral("lstAnalysis"));
     m_lstAnalysis->addItems(views::AnalysisSources());
     m_lstAnalysis->setCurrentIndex(static_cast<int>(views::SalesSource::TimeComparative));
+    m_lstAnalysis->setAccessibleName(QStringLiteral("Sales figures from"));
 
     m_fmeMyAuctions = new QGroupBox(this);
     m_fmeMyAuctions->setObjectName(QStringLiteral("fmeMyAuctions"));
+    // The frames' titles are the page's figures' headings, not captions.
+    m_fmeMyAuctions->setProperty("titleFromData", true);
     m_mfgMyAuctions = Grid(QStringLiteral("mfgMyAuctions"), views::kSalesGridRows, m_fmeMyAuctions);
     auto* sales = new QVBoxLayout(m_fmeMyAuctions);
     sales->addWidget(m_lstAnalysis);
@@ -79,6 +84,7 @@ AuctionAnalysisTab::AuctionAnalysisTab(QWidget* parent) : QWidget(parent) {
 
     m_fmeMyBids = new QGroupBox(this);
     m_fmeMyBids->setObjectName(QStringLiteral("fmeMyBids"));
+    m_fmeMyBids->setProperty("titleFromData", true);
     m_mfgMyBids = Grid(QStringLiteral("mfgMyBids"), views::kBidsGridRows, m_fmeMyBids);
     auto* bids = new QVBoxLayout(m_fmeMyBids);
     bids->addWidget(m_mfgMyBids);
@@ -86,6 +92,7 @@ AuctionAnalysisTab::AuctionAnalysisTab(QWidget* parent) : QWidget(parent) {
 
     m_chtMyChart = new QChartView(new QChart, this);
     m_chtMyChart->setObjectName(QStringLiteral("chtMyChart"));
+    m_chtMyChart->setAccessibleName(QStringLiteral("Sales, fees and bids by year"));
     m_chtMyChart->setRenderHint(QPainter::Antialiasing);
     m_chtMyChart->setMinimumSize(320, 240);
     QChart* chart = m_chtMyChart->chart();
@@ -95,6 +102,7 @@ AuctionAnalysisTab::AuctionAnalysisTab(QWidget* parent) : QWidget(parent) {
     m_amountAxis->setLabelFormat(QStringLiteral("$%.0f"));
     chart->addAxis(m_amountAxis, Qt::AlignLeft);
     chart->legend()->setAlignment(Qt::AlignBottom);
+    ApplyChartTheme();
 
     auto* grids = new QVBoxLayout;
     grids->addWidget(m_fmeMyAuctions);
@@ -129,6 +137,23 @@ void AuctionAnalysisTab::AnalysisRefresh(core::Database& db) {
     }
     m_lstAnalysis->setEnabled(true);
     ShowPage(read ? page : views::AnalysisLabels());
+}
+
+void AuctionAnalysisTab::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        ApplyChartTheme();
+    }
+}
+
+void AuctionAnalysisTab::ApplyChartTheme() {
+    QChart* chart = m_chtMyChart->chart();
+    const QChart::ChartTheme theme = IsDarkBackground(palette().color(QPalette::Window))
+                                         ? QChart::ChartThemeDark
+                                         : QChart::ChartThemeLight;
+    if (chart->theme() != theme) {
+        chart->setTheme(theme);
+    }
 }
 
 QStringList AuctionAnalysisTab::ChartYears() const {

@@ -43,7 +43,12 @@ public:
 private Q_SLOTS:
     void lstAnalysis_Click(int index);
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
+    // The chart's own colours follow the window's: dark on a dark palette.
+    void ApplyChartTheme();
     void ShowPage(const views::AnalysisPage& page);
     void ShowChart(const views::AnalysisPage& page);
 

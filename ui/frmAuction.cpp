@@ -11,19 +11,31 @@
 #include <QComboBox>
 #include <QDateTime>
 #include <QDesktopServices>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QGuiApplication>
+#include <QHeaderView>
+#include <QKeySequence>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QStyle>
 #include <QTabWidget>
+#include <QTableView>
+#include <QTextBrowser>
 #include <QTimer>
 #include <QToolBar>
 #include <QUrl>
+#include <QVBoxLayout>
 #include <array>
 
 #include "admin/startup.h"
+#include "core/settings.h"
 #include "core/text.h"
 #include "ui/auction_analysis_tab.h"
 #include "ui/frmGeneral.h"
@@ -37,6 +49,12 @@
 #include "update/site_session.h"
 #include "views/main_commands.h"
 
+// The help text is built into the program; a resource of a static library is
+// made known by name, and only from outside any namespace.
+static void InitHelpResource() {
+    Q_INIT_RESOURCE(help);
+}
+
 namespace lw::ui {
 
 namespace {
@@ -48,6 +66,57 @@ QAction* NamedAction(QObject* parent, const QString& name, const QString& captio
     auto* action = new QAction(caption, parent);
     action->setObjectName(name);
     return action;
+}
+
+// The desktop's own keys for a standard command; where the desktop has none,
+// the key most programs use.
+void BindStandardKey(QAction* action, QKeySequence::StandardKey key, const QKeySequence& fallback) {
+    QList<QKeySequence> keys = QKeySequence::keyBindings(key);
+    if (keys.isEmpty()) {
+        keys << fallback;
+    }
+    action->setShortcuts(keys);
+}
+
+// The settings of the window's layout: one key each, under the window's name.
+const QString kLayoutApp = QStringLiteral("Lotwright");
+const QString kLayoutSection = QStringLiteral("frmAuction");
+// A change is written once the user has stopped dragging for this long.
+constexpr int kLayoutSaveDelayMs = 800;
+
+QString Encoded(const QByteArray& bytes) {
+    return QString::fromLatin1(bytes.toBase64());
+}
+
+QByteArray Decoded(const QString& text) {
+    return QByteArray::fromBase64(text.toLatin1());
+}
+
+// The widths of the columns a user sizes ("0:64,2:80,..."); the title column
+// takes what the window leaves and is not kept.
+QString ColumnWidths(const QTableView* grid) {
+    QStringList widths;
+    for (int column = 0; column < views::ListingModel::kColumnCount; ++column) {
+        if (column != views::ListingModel::kDescription) {
+            widths << QStringLiteral("%1:%2").arg(column).arg(grid->columnWidth(column));
+        }
+    }
+    return widths.join(u',');
+}
+
+void ApplyColumnWidths(QTableView* grid, const QString& text) {
+    for (const QString& pair : text.split(u',', Qt::SkipEmptyParts)) {
+        const QStringList parts = pair.split(u':');
+        bool columnOk = false;
+        bool widthOk = false;
+        const int column = parts.value(0).toInt(&columnOk);
+        const int width = parts.value(1).toInt(&widthOk);
+        if (parts.size() == 2 && columnOk && widthOk && column >= 0 &&
+            column < views::ListingModel::kColumnCount &&
+            column != views::ListingModel::kDescription && width >= 8 && width <= 4000) {
+            grid->setColumnWidth(column, width);
+        }
+    }
 }
 
 // Puts back the rules that the last rule update or install replaced, after
@@ -69,6 +138,36 @@ void RestoreEarlierRules() {
     }
 }
 
+// Contents and Index: the program's guide, the README it ships with, in a
+// window of its own that links out to the browser.
+void ShowHelpContents(QWidget* parent) {
+    InitHelpResource();
+    QFile guide(QStringLiteral(":/help/README.md"));
+    if (!guide.open(QIODevice::ReadOnly)) {
+        core::CurrentUi().Message(QStringLiteral("The help text is missing from this copy of "
+                                                 "Lotwright."),
+                                  QStringLiteral("Contents and Index"), core::Icon::Warning);
+        return;
+    }
+    QDialog help(parent);
+    help.setObjectName(QStringLiteral("frmHelp"));
+    help.setWindowTitle(QStringLiteral("Contents and Index"));
+    auto* text = new QTextBrowser(&help);
+    text->setObjectName(QStringLiteral("txtHelp"));
+    text->setAccessibleName(QStringLiteral("Help text"));
+    text->setOpenExternalLinks(true);
+    text->setMarkdown(QString::fromUtf8(guide.readAll()));
+    auto* buttons = new QDialogButtonBox(&help);
+    QPushButton* close = buttons->addButton(QStringLiteral("&Close"), QDialogButtonBox::RejectRole);
+    close->setObjectName(QStringLiteral("cmdClose"));
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &help, &QDialog::reject);
+    auto* layout = new QVBoxLayout(&help);
+    layout->addWidget(text, 1);
+    layout->addWidget(buttons);
+    help.resize(720, 560);
+    help.exec();
+}
+
 }  // namespace
 
 frmAuction::frmAuction(QWidget* parent) : QMainWindow(parent) {
@@ -78,15 +177,15 @@ frmAuction::frmAuction(QWidget* parent) : QMainWindow(parent) {
 
     m_SSTab1 = new QTabWidget(this);
     m_SSTab1->setObjectName(QStringLiteral("SSTab1"));
-    m_SSTab1->addTab(BuildSalesTab(), QStringLiteral("My Sales"));
-    m_SSTab1->addTab(BuildBidsTab(), QStringLiteral("My Bids"));
+    m_SSTab1->addTab(BuildSalesTab(), QStringLiteral("My &Sales"));
+    m_SSTab1->addTab(BuildBidsTab(), QStringLiteral("My &Bids"));
     auto* taskTab = new QWidget(m_SSTab1);
     taskTab->setObjectName(QStringLiteral("tabTaskManager"));
-    m_SSTab1->addTab(taskTab, QStringLiteral("Task Manager"));
+    m_SSTab1->addTab(taskTab, QStringLiteral("Tas&k Manager"));
     // The task list has no window of its own yet.
     m_SSTab1->setTabEnabled(kTaskTab, false);
     m_analysis = new AuctionAnalysisTab(m_SSTab1);
-    m_SSTab1->addTab(m_analysis, QStringLiteral("Auction Analysis"));
+    m_SSTab1->addTab(m_analysis, QStringLiteral("Auction A&nalysis"));
     setCentralWidget(m_SSTab1);
     connect(m_SSTab1, &QTabWidget::currentChanged, this, &frmAuction::SSTab1_Click);
 
@@ -103,7 +202,20 @@ frmAuction::frmAuction(QWidget* parent) : QMainWindow(parent) {
     m_Timer2->setObjectName(QStringLiteral("Timer2"));
     connect(m_Timer2, &QTimer::timeout, this, &frmAuction::Timer2_Timer);
 
+    m_layoutTimer = new QTimer(this);
+    m_layoutTimer->setSingleShot(true);
+    m_layoutTimer->setInterval(kLayoutSaveDelayMs);
+    connect(m_layoutTimer, &QTimer::timeout, this, &frmAuction::SaveLayout);
+    for (QSplitter* split : {m_salesSplit, m_bidsSplit}) {
+        connect(split, &QSplitter::splitterMoved, this, &frmAuction::LayoutChanged);
+    }
+    for (ListingGrid* grid : {m_grdAuction, m_GrdBid}) {
+        connect(grid->horizontalHeader(), &QHeaderView::sectionResized, this,
+                &frmAuction::LayoutChanged);
+    }
+
     resize(900, 680);
+    RestoreLayout();
 }
 
 frmAuction::~frmAuction() {
@@ -148,11 +260,15 @@ void frmAuction::BuildMenus() {
     QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
     file->setObjectName(QStringLiteral("mnuFile"));
     QAction* preferences =
-        NamedAction(this, QStringLiteral("mnuPreferences"), QStringLiteral("Edit Preferences"));
+        NamedAction(this, QStringLiteral("mnuPreferences"), QStringLiteral("Edit &Preferences"));
+    // Most desktops bind no key to preferences; Ctrl+, is the usual one there.
+    BindStandardKey(preferences, QKeySequence::Preferences, QKeySequence(Qt::CTRL | Qt::Key_Comma));
     connect(preferences, &QAction::triggered, this, &frmAuction::mnuPreferences_Click);
     file->addAction(preferences);
     file->addSeparator();
-    QAction* exit = NamedAction(this, QStringLiteral("mnuFileExit"), QStringLiteral("Exit"));
+    QAction* exit = NamedAction(this, QStringLiteral("mnuFileExit"), QStringLiteral("E&xit"));
+    BindStandardKey(exit, QKeySequence::Quit, QKeySequence(Qt::CTRL | Qt::Key_Q));
+    exit->setMenuRole(QAction::QuitRole);
     connect(exit, &QAction::triggered, this, &frmAuction::mnuFileExit_Click);
     file->addAction(exit);
 
@@ -163,14 +279,14 @@ void frmAuction::BuildMenus() {
         const char* caption;
         void (frmAuction::*handler)();
     } updates[] = {
-        {"menUpdateAuctionDatabase", "My Sales && My Bids",
+        {"menUpdateAuctionDatabase", "&My Sales && My Bids",
          &frmAuction::menUpdateAuctionDatabase_Click},
-        {"mnuUpdateAuctions", "My Sales Only", &frmAuction::mnuUpdateAuctions_Click},
-        {"mnuUpdateBids", "My Bids Only", &frmAuction::mnuUpdateBids_Click},
-        {"mnuItemWatch", "Item Watch Only", &frmAuction::mnuItemWatch_Click},
-        {"mnuUpdateAccountBalance", "Account Balance", &frmAuction::mnuUpdateAccountBalance_Click},
-        {"mnuSyncTime", "Sync with eBay Time", &frmAuction::mnuSyncTime_Click},
-        {"mnuUpdateDatabaseAndAccount", "Complete (Maximum Data)",
+        {"mnuUpdateAuctions", "My &Sales Only", &frmAuction::mnuUpdateAuctions_Click},
+        {"mnuUpdateBids", "My &Bids Only", &frmAuction::mnuUpdateBids_Click},
+        {"mnuItemWatch", "&Item Watch Only", &frmAuction::mnuItemWatch_Click},
+        {"mnuUpdateAccountBalance", "&Account Balance", &frmAuction::mnuUpdateAccountBalance_Click},
+        {"mnuSyncTime", "Sync with eBay &Time", &frmAuction::mnuSyncTime_Click},
+        {"mnuUpdateDatabaseAndAccount", "&Complete (Maximum Data)",
          &frmAuction::mnuUpdateDatabaseAndAccount_Click},
     };
     for (const auto& entry : updates) {
@@ -181,13 +297,14 @@ void frmAuction::BuildMenus() {
     }
     update->addSeparator();
     QAction* restoreRules = NamedAction(this, QStringLiteral("mnuRestoreRules"),
-                                        QStringLiteral("Restore Earlier Rules..."));
+                                        QStringLiteral("&Restore Earlier Rules..."));
     connect(restoreRules, &QAction::triggered, this, [] { RestoreEarlierRules(); });
     update->addAction(restoreRules);
     // The complete update with the account figures has no menu row of its
-    // own; it is a command of the window all the same.
+    // own; it is the window's refresh key. An action of the window alone
+    // shows nowhere, and only a visible action answers its key.
     QAction* complete = NamedAction(this, QStringLiteral("mnuUpdateComplete"), QString());
-    complete->setVisible(false);
+    BindStandardKey(complete, QKeySequence::Refresh, QKeySequence(Qt::Key_F5));
     connect(complete, &QAction::triggered, this, &frmAuction::mnuUpdateComplete_Click);
     addAction(complete);
 
@@ -198,10 +315,10 @@ void frmAuction::BuildMenus() {
         const char* caption;
         void (frmAuction::*handler)();
     } views[] = {
-        {"mnuCurrentAuctions", "Current Sales", &frmAuction::mnuCurrentAuctions_Click},
-        {"mnuArchivedAuctions", "Archived Sales", &frmAuction::mnuArchivedAuctions_Click},
-        {"mnuCurrentBids", "Current Bids", &frmAuction::mnuCurrentBids_Click},
-        {"mnuArchiveBids", "Archived Bids", &frmAuction::mnuArchiveBids_Click},
+        {"mnuCurrentAuctions", "&Current Sales", &frmAuction::mnuCurrentAuctions_Click},
+        {"mnuArchivedAuctions", "&Archived Sales", &frmAuction::mnuArchivedAuctions_Click},
+        {"mnuCurrentBids", "C&urrent Bids", &frmAuction::mnuCurrentBids_Click},
+        {"mnuArchiveBids", "Arc&hived Bids", &frmAuction::mnuArchiveBids_Click},
     };
     for (size_t i = 0; i < std::size(views); ++i) {
         QAction* action = NamedAction(this, QString::fromLatin1(views[i].name),
@@ -214,23 +331,41 @@ void frmAuction::BuildMenus() {
             view->addSeparator();
         }
     }
+    view->addSeparator();
+    QAction* find =
+        NamedAction(this, QStringLiteral("mnuFindItem"), QStringLiteral("&Find Item..."));
+    BindStandardKey(find, QKeySequence::Find, QKeySequence(Qt::CTRL | Qt::Key_F));
+    connect(find, &QAction::triggered, this, &frmAuction::mnuFindItem_Click);
+    view->addAction(find);
+    // The tool bar's time-left button, for the keyboard.
+    QAction* timeLeft = NamedAction(this, QStringLiteral("mnuRefreshTimeLeft"),
+                                    QStringLiteral("Refresh Time &Left"));
+    connect(timeLeft, &QAction::triggered, this,
+            [this] { Toolbar1_ButtonClick(QStringLiteral("TimeLeft")); });
+    view->addAction(timeLeft);
     connect(view, &QMenu::aboutToShow, this, &frmAuction::mnuView_Click);
 
     QMenu* tools = menuBar()->addMenu(QStringLiteral("&Tools"));
     tools->setObjectName(QStringLiteral("mnuTools"));
-    QAction* myEBay = NamedAction(this, QStringLiteral("mnuMyEBay"), QStringLiteral("My eBay"));
+    QAction* myEBay = NamedAction(this, QStringLiteral("mnuMyEBay"), QStringLiteral("&My eBay"));
     connect(myEBay, &QAction::triggered, this, &frmAuction::mnuMyEBay_Click);
     tools->addAction(myEBay);
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     help->setObjectName(QStringLiteral("mnuHelp"));
+    QAction* contents =
+        NamedAction(this, QStringLiteral("menHelpTopics"), QStringLiteral("&Contents and Index"));
+    BindStandardKey(contents, QKeySequence::HelpContents, QKeySequence(Qt::Key_F1));
+    connect(contents, &QAction::triggered, this, &frmAuction::menHelpTopics_Click);
+    help->addAction(contents);
     QAction* tips =
-        NamedAction(this, QStringLiteral("mnuHelpToolTips"), QStringLiteral("Tips of the Day"));
+        NamedAction(this, QStringLiteral("mnuHelpToolTips"), QStringLiteral("&Tips of the Day"));
     connect(tips, &QAction::triggered, this, &frmAuction::mnuHelpToolTips_Click);
     help->addAction(tips);
     help->addSeparator();
     QAction* about = NamedAction(this, QStringLiteral("menAbout"),
-                                 QStringLiteral("About Tolvane Lotwright Pro"));
+                                 QStringLiteral("&About Tolvane Lotwright Pro"));
+    about->setMenuRole(QAction::AboutRole);
     connect(about, &QAction::triggered, this, &frmAuction::menAbout_Click);
     help->addAction(about);
 }
@@ -266,22 +401,28 @@ void frmAuction::BuildStatusBar() {
     // Each figure has its word in front of it, so the bar reads without tips.
     const std::array<QString, 4> captions{QStringLiteral("Site time:"), QStringLiteral("Balance:"),
                                           QStringLiteral("Sales:"), QStringLiteral("Bids:")};
+    // Names a screen reader says for the figures, which have no caption of
+    // their own in the system.
+    const std::array<QString, 4> names{
+        QStringLiteral("Site time"), QStringLiteral("Account balance"),
+        QStringLiteral("Total of the sales shown"), QStringLiteral("Total of the bids shown")};
     for (int i = 0; i < 4; ++i) {
         auto* caption = new QLabel(captions[static_cast<size_t>(i)], this);
-        caption->setEnabled(false);
+        caption->setObjectName(QStringLiteral("lblInfoCaption%1").arg(i));
+        // A quieter colour of the palette, not a disabled look: the words
+        // stay readable on any palette.
+        caption->setForegroundRole(QPalette::PlaceholderText);
         statusBar()->addPermanentWidget(caption);
         auto* label = new QLabel(this);
         label->setObjectName(QStringLiteral("lblInfo%1").arg(i));
         label->setProperty("index", i);
         label->setMinimumWidth(90);
         label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+        label->setToolTip(names[static_cast<size_t>(i)]);
+        label->setAccessibleName(names[static_cast<size_t>(i)]);
         statusBar()->addPermanentWidget(label);
         m_lblInfo[static_cast<size_t>(i)] = label;
     }
-    m_lblInfo[0]->setToolTip(QStringLiteral("Site time"));
-    m_lblInfo[1]->setToolTip(QStringLiteral("Account balance"));
-    m_lblInfo[2]->setToolTip(QStringLiteral("Total of the sales shown"));
-    m_lblInfo[3]->setToolTip(QStringLiteral("Total of the bids shown"));
     // The tick count of the time-left refresh: wanted and counted so far.
     m_lblTicksWanted = new QLabel(QStringLiteral("0"), this);
     m_lblTicksWanted->setObjectName(QStringLiteral("lblLabel110"));
@@ -369,7 +510,110 @@ void frmAuction::SSTab1_Click(int index) {
 void frmAuction::closeEvent(QCloseEvent* event) {
     m_Timer1->stop();
     m_Timer2->stop();
+    // A change of the layout made just now is not lost; an unchanged one
+    // writes nothing.
+    m_layoutTimer->stop();
+    SaveLayout();
     event->accept();
+}
+
+// ------------------------------------------------------------------ layout
+
+std::map<QString, QString> frmAuction::LayoutValues() const {
+    return {
+        {QStringLiteral("Geometry"), Encoded(saveGeometry())},
+        {QStringLiteral("State"), Encoded(saveState())},
+        {QStringLiteral("SalesSplitter"), Encoded(m_salesSplit->saveState())},
+        {QStringLiteral("BidsSplitter"), Encoded(m_bidsSplit->saveState())},
+        {QStringLiteral("SalesColumns"), ColumnWidths(m_grdAuction)},
+        {QStringLiteral("BidsColumns"), ColumnWidths(m_GrdBid)},
+    };
+}
+
+void frmAuction::RestoreLayout() {
+    auto stored = [](const char* key) {
+        return core::GetSetting(kLayoutApp, kLayoutSection, QString::fromLatin1(key));
+    };
+    // Each part stands alone: a damaged or foreign value leaves that part as
+    // it was built.
+    if (const QString geometry = stored("Geometry"); !geometry.isEmpty()) {
+        restoreGeometry(Decoded(geometry));
+    }
+    if (const QString state = stored("State"); !state.isEmpty()) {
+        restoreState(Decoded(state));
+    }
+    if (const QString split = stored("SalesSplitter"); !split.isEmpty()) {
+        m_salesSplit->restoreState(Decoded(split));
+    }
+    if (const QString split = stored("BidsSplitter"); !split.isEmpty()) {
+        m_bidsSplit->restoreState(Decoded(split));
+    }
+    ApplyColumnWidths(m_grdAuction, stored("SalesColumns"));
+    ApplyColumnWidths(m_GrdBid, stored("BidsColumns"));
+    PutOnScreen();
+}
+
+void frmAuction::PutOnScreen() {
+    // Enough of the window to take hold of it must be on some screen; a
+    // screen that was unplugged since leaves it nowhere.
+    const QRect frame = frameGeometry();
+    const auto screens = QGuiApplication::screens();
+    for (const QScreen* screen : screens) {
+        const QRect shared = screen->availableGeometry().intersected(frame);
+        if (shared.width() >= 100 && shared.height() >= 50) {
+            return;
+        }
+    }
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr) {
+        return;
+    }
+    const QRect room = screen->availableGeometry();
+    resize(size().boundedTo(room.size()));
+    move(room.center() - QPoint(width() / 2, height() / 2));
+}
+
+void frmAuction::SaveLayout() {
+    if (!m_layoutWatched) {
+        return;
+    }
+    for (const auto& [key, value] : LayoutValues()) {
+        auto known = m_layout.find(key);
+        if (known != m_layout.end() && known->second == value) {
+            continue;
+        }
+        core::SaveSetting(kLayoutApp, kLayoutSection, key, value);
+        m_layout[key] = value;
+    }
+}
+
+void frmAuction::LayoutChanged() {
+    if (m_layoutWatched) {
+        m_layoutTimer->start();
+    }
+}
+
+void frmAuction::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (!m_layoutWatched) {
+        // What the window opens with, once the desktop has placed and framed
+        // it, is what the settings hold or the built layout: only a change
+        // from it is written.
+        QTimer::singleShot(0, this, [this] {
+            m_layout = LayoutValues();
+            m_layoutWatched = true;
+        });
+    }
+}
+
+void frmAuction::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    LayoutChanged();
+}
+
+void frmAuction::moveEvent(QMoveEvent* event) {
+    QMainWindow::moveEvent(event);
+    LayoutChanged();
 }
 
 void frmAuction::RedrawViews() {
@@ -540,6 +784,10 @@ void frmAuction::mnuPreferences_Click() {
 
 void frmAuction::mnuFileExit_Click() {
     close();
+}
+
+void frmAuction::menHelpTopics_Click() {
+    Guard(QStringLiteral("Contents and Index"), [this] { ShowHelpContents(this); });
 }
 
 void frmAuction::mnuHelpToolTips_Click() {

@@ -13,6 +13,7 @@
 #include <QMainWindow>
 #include <array>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -23,6 +24,7 @@
 
 class QAction;
 class QCheckBox;
+class QSplitter;
 class QComboBox;
 class QLabel;
 class QMenu;
@@ -103,7 +105,11 @@ public Q_SLOTS:
     void mnuCurrentBids_Click();
     void mnuArchiveBids_Click();
     void mnuView_Click();
+    // Find: the first row of the list in view, after the selected one, whose
+    // item number or title holds the text asked for.
+    void mnuFindItem_Click();
     void mnuMyEBay_Click();
+    void menHelpTopics_Click();
     void mnuHelpToolTips_Click();
     void menAbout_Click();
     void Toolbar1_ButtonClick(const QString& key);
@@ -124,8 +130,19 @@ public Q_SLOTS:
     void mnuPopupBidReturnToTask_Click();
     void mnuPopupDeleteBid_Click();
 
+    // The window's size and place, the two splitters and the lists' column
+    // widths as they were left, from the settings; a place off every screen
+    // is put back on one. Runs when the window is made.
+    void RestoreLayout();
+    // Writes whichever of them changed since the window was shown; nothing
+    // when none did. Runs shortly after a change, and when the window closes.
+    void SaveLayout();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
 
 private:
     // The window's one connection, opened when first needed.
@@ -140,6 +157,10 @@ private:
     QWidget* BuildSalesTab();
     QWidget* BuildBidsTab();
     void BuildStatusBar();
+    // The layout as the settings keep it, key by key.
+    std::map<QString, QString> LayoutValues() const;
+    void LayoutChanged();
+    void PutOnScreen();
 
     void AfterSalesFill();
     void AfterBidsFill();
@@ -159,6 +180,11 @@ private:
     views::TimeLeftTicker m_ticker;
     std::function<void(const QString&)> m_openUrl;
     bool m_loaded = false;
+    QString m_lastFind;
+    // The layout last written or shown; changes are saved against it.
+    std::map<QString, QString> m_layout;
+    bool m_layoutWatched = false;
+    QTimer* m_layoutTimer = nullptr;
 
     QTabWidget* m_SSTab1 = nullptr;
     QComboBox* m_lstAuctionGroup = nullptr;
@@ -168,6 +194,8 @@ private:
     std::array<QPushButton*, 4> m_cmdMove{};
     ListingGrid* m_grdAuction = nullptr;
     ListingGrid* m_GrdBid = nullptr;
+    QSplitter* m_salesSplit = nullptr;
+    QSplitter* m_bidsSplit = nullptr;
     SalePanels* m_salePanels = nullptr;
     BidPanels* m_bidPanels = nullptr;
     AuctionAnalysisTab* m_analysis = nullptr;

@@ -12,6 +12,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include "ui/frmAuction.h"
@@ -67,24 +68,28 @@ QWidget* frmAuction::BuildSalesTab() {
         {QStringLiteral("Current Sales"), QStringLiteral("Archived Sales")});
     m_lstAuctionGroup->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     top->addWidget(m_lstAuctionGroup);
-    m_chkSuccessfulAuctions = new QCheckBox(QStringLiteral("Successful sales only"), tab);
+    m_lblSalesView->setBuddy(m_lstAuctionGroup);
+    m_chkSuccessfulAuctions = new QCheckBox(QStringLiteral("Successful sales &only"), tab);
     m_chkSuccessfulAuctions->setObjectName(QStringLiteral("chkSuccessfulAuctions"));
     top->addWidget(m_chkSuccessfulAuctions);
     top->addStretch(1);
-    // In the order they stand: first, back, forward, last.
+    // In the order they stand: first, back, forward, last. Pictures only, so
+    // each carries its words as its tip and its accessible name.
     const struct {
         int index;
-        const char* caption;
+        QStyle::StandardPixmap icon;
         const char* tip;
-    } moves[] = {{2, "|<", "Go to first record"},
-                 {0, "<", "Move back"},
-                 {1, ">", "Move forward"},
-                 {3, ">|", "Go to last record"}};
+    } moves[] = {{2, QStyle::SP_MediaSkipBackward, "Go to first record"},
+                 {0, QStyle::SP_ArrowLeft, "Move back"},
+                 {1, QStyle::SP_ArrowRight, "Move forward"},
+                 {3, QStyle::SP_MediaSkipForward, "Go to last record"}};
     for (const auto& move : moves) {
-        auto* button = new QPushButton(QString::fromLatin1(move.caption), tab);
+        auto* button = new QPushButton(tab);
+        button->setIcon(style()->standardIcon(move.icon, nullptr, button));
         button->setObjectName(QStringLiteral("cmdMove%1").arg(move.index));
         button->setProperty("index", move.index);
         button->setToolTip(QString::fromLatin1(move.tip));
+        button->setAccessibleName(QString::fromLatin1(move.tip));
         button->setEnabled(false);
         const int index = move.index;
         connect(button, &QPushButton::clicked, this, [this, index] { cmdMove_Click(index); });
@@ -94,7 +99,10 @@ QWidget* frmAuction::BuildSalesTab() {
     layout->addLayout(top);
 
     auto* split = new QSplitter(Qt::Vertical, tab);
+    split->setObjectName(QStringLiteral("splSales"));
+    m_salesSplit = split;
     m_grdAuction = new ListingGrid(QStringLiteral("grdAuction"), m_sales.Model(), split);
+    m_grdAuction->setAccessibleName(kSalesTitle);
     m_salePanels = new SalePanels(split);
     split->addWidget(m_grdAuction);
     split->addWidget(m_salePanels);
@@ -125,14 +133,18 @@ QWidget* frmAuction::BuildBidsTab() {
     m_lstBidGroup->addItems({QStringLiteral("Current Bids"), QStringLiteral("Archived Bids")});
     m_lstBidGroup->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     top->addWidget(m_lstBidGroup);
-    m_chkSuccessfulBids = new QCheckBox(QStringLiteral("Successful bids only"), tab);
+    m_lblBidsView->setBuddy(m_lstBidGroup);
+    m_chkSuccessfulBids = new QCheckBox(QStringLiteral("Successful bids &only"), tab);
     m_chkSuccessfulBids->setObjectName(QStringLiteral("chkSuccessfulBids"));
     top->addWidget(m_chkSuccessfulBids);
     top->addStretch(1);
     layout->addLayout(top);
 
     auto* split = new QSplitter(Qt::Vertical, tab);
+    split->setObjectName(QStringLiteral("splBids"));
+    m_bidsSplit = split;
     m_GrdBid = new ListingGrid(QStringLiteral("GrdBid"), m_bids.Model(), split);
+    m_GrdBid->setAccessibleName(kBidsTitle);
     m_bidPanels = new BidPanels(split);
     split->addWidget(m_GrdBid);
     split->addWidget(m_bidPanels);
@@ -151,51 +163,51 @@ QWidget* frmAuction::BuildBidsTab() {
 void frmAuction::BuildPopups() {
     m_mnuPopup = new QMenu(this);
     m_mnuPopup->setObjectName(QStringLiteral("mnuPopup"));
-    QMenu* web = m_mnuPopup->addMenu(QStringLiteral("View on the Web"));
+    QMenu* web = m_mnuPopup->addMenu(QStringLiteral("View on the &Web"));
     web->setObjectName(QStringLiteral("mnuWWW"));
-    connect(PopupAction(web, QStringLiteral("mnuWWWViewItem"), QStringLiteral("Item on eBay")),
+    connect(PopupAction(web, QStringLiteral("mnuWWWViewItem"), QStringLiteral("&Item on eBay")),
             &QAction::triggered, this, &frmAuction::mnuWWWViewItem_Click);
     m_mnuPopupViewBidderFeedback = PopupAction(web, QStringLiteral("mnuPopupViewBidderFeedback"),
-                                               QStringLiteral("Bidder's Feedback Comments"));
+                                               QStringLiteral("&Bidder's Feedback Comments"));
     connect(m_mnuPopupViewBidderFeedback, &QAction::triggered, this,
             &frmAuction::mnuPopupViewBidderFeedback_Click);
     connect(PopupAction(m_mnuPopup, QStringLiteral("mnuItemCost"),
-                        QStringLiteral("Enter Item Cost/Shipping Information")),
+                        QStringLiteral("Enter Item &Cost/Shipping Information")),
             &QAction::triggered, this, &frmAuction::mnuItemCost_Click);
     m_mnuItemRelist =
-        PopupAction(m_mnuPopup, QStringLiteral("mnuItemRelist"), QStringLiteral("Relist Item"));
+        PopupAction(m_mnuPopup, QStringLiteral("mnuItemRelist"), QStringLiteral("&Relist Item"));
     connect(m_mnuItemRelist, &QAction::triggered, this, &frmAuction::mnuItemRelist_Click);
     m_mnuPopup->addSeparator();
     m_mnuPopupAuctionReturntoTask =
         PopupAction(m_mnuPopup, QStringLiteral("mnuPopupAuctionReturntoTask"),
-                    QStringLiteral("Return Auction to Task Manager"));
+                    QStringLiteral("Return Auction to &Task Manager"));
     connect(m_mnuPopupAuctionReturntoTask, &QAction::triggered, this,
             &frmAuction::mnuPopupAuctionReturntoTask_Click);
     connect(PopupAction(m_mnuPopup, QStringLiteral("mnuPopupDeleteAuction"),
-                        QStringLiteral("Delete Auction")),
+                        QStringLiteral("&Delete Auction")),
             &QAction::triggered, this, &frmAuction::mnuPopupDeleteAuction_Click);
 
     m_mnuPopupBid = new QMenu(this);
     m_mnuPopupBid->setObjectName(QStringLiteral("mnuPopupBid"));
-    QMenu* bidWeb = m_mnuPopupBid->addMenu(QStringLiteral("View on the Web"));
+    QMenu* bidWeb = m_mnuPopupBid->addMenu(QStringLiteral("View on the &Web"));
     bidWeb->setObjectName(QStringLiteral("mnuBidWWW"));
     connect(
-        PopupAction(bidWeb, QStringLiteral("mnuPopupVieweBayBid"), QStringLiteral("Item on eBay")),
+        PopupAction(bidWeb, QStringLiteral("mnuPopupVieweBayBid"), QStringLiteral("&Item on eBay")),
         &QAction::triggered, this, &frmAuction::mnuPopupVieweBayBid_Click);
     connect(PopupAction(bidWeb, QStringLiteral("mnuViewOtherAuctions"),
-                        QStringLiteral("Seller's other auctions")),
+                        QStringLiteral("Seller's &other auctions")),
             &QAction::triggered, this, &frmAuction::mnuViewOtherAuctions_Click);
     connect(PopupAction(bidWeb, QStringLiteral("mnuPopupSellerFeedback"),
-                        QStringLiteral("Seller's Feedback Comments")),
+                        QStringLiteral("&Seller's Feedback Comments")),
             &QAction::triggered, this, &frmAuction::mnuPopupSellerFeedback_Click);
     m_mnuPopupBid->addSeparator();
     m_mnuPopupBidReturnToTask =
         PopupAction(m_mnuPopupBid, QStringLiteral("mnuPopupBidReturnToTask"),
-                    QStringLiteral("Return Bid to Task Manager"));
+                    QStringLiteral("Return Bid to &Task Manager"));
     connect(m_mnuPopupBidReturnToTask, &QAction::triggered, this,
             &frmAuction::mnuPopupBidReturnToTask_Click);
     connect(PopupAction(m_mnuPopupBid, QStringLiteral("mnuPopupDeleteBid"),
-                        QStringLiteral("Delete Bid")),
+                        QStringLiteral("&Delete Bid")),
             &QAction::triggered, this, &frmAuction::mnuPopupDeleteBid_Click);
 }
 
@@ -317,6 +329,34 @@ void frmAuction::RefreshTimeLeftSales() {
     } catch (const std::exception&) {
         // The time-left refresh never reports; the next one reads afresh.
     }
+}
+
+// ------------------------------------------------------------------ find
+
+void frmAuction::mnuFindItem_Click() {
+    const QString title = QStringLiteral("Find Item");
+    const bool bids = m_SSTab1->currentIndex() == kBidsTab;
+    if (!bids) {
+        m_SSTab1->setCurrentIndex(kSalesTab);
+    }
+    ListingGrid* grid = bids ? m_GrdBid : m_grdAuction;
+    const std::optional<QString> asked = core::CurrentUi().Prompt(
+        QStringLiteral("Item number, or words of the title:"), title, m_lastFind);
+    if (!asked || asked->trimmed().isEmpty()) {
+        return;
+    }
+    m_lastFind = asked->trimmed();
+    const int row = grid->Listing().FindRow(m_lastFind, grid->CurrentRow() + 1);
+    if (row < 0) {
+        core::CurrentUi().Message(QStringLiteral("No item of the list shown matches \"") +
+                                      m_lastFind + QStringLiteral("\"."),
+                                  title, core::Icon::Information);
+        return;
+    }
+    // As a click on the row: the panel shows it.
+    grid->setCurrentIndex(grid->model()->index(row, 0));
+    grid->scrollTo(grid->currentIndex());
+    grid->setFocus(Qt::ShortcutFocusReason);
 }
 
 // ------------------------------------------------------------------ bids list

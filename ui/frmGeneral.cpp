@@ -12,6 +12,9 @@
 #include <QVBoxLayout>
 #include <exception>
 
+#include <sqlite3.h>
+
+#include "core/net.h"
 #include "core/session.h"
 #include "core/store.h"
 #include "views/item_cost.h"
@@ -25,6 +28,7 @@ namespace lw::ui {
 namespace {
 
 const QString kProgramName = QStringLiteral("Tolvane Lotwright Pro");
+const QString kLicenceUrl = QStringLiteral("https://www.gnu.org/licenses/gpl-3.0.html");
 
 QLineEdit* MoneyBox(const QString& name, QWidget* parent) {
     auto* box = new QLineEdit(parent);
@@ -35,6 +39,12 @@ QLineEdit* MoneyBox(const QString& name, QWidget* parent) {
 
 }  // namespace
 
+QString LibraryVersions() {
+    return QStringLiteral("Built on Qt %1, SQLite %2 and libcurl %3.")
+        .arg(QString::fromLatin1(qVersion()), QString::fromLatin1(sqlite3_libversion()),
+             core::CurlVersion());
+}
+
 frmGeneral::frmGeneral(Form form, QWidget* parent) : QDialog(parent), m_form(form) {
     setObjectName(QStringLiteral("frmGeneral"));
     setModal(true);
@@ -42,12 +52,12 @@ frmGeneral::frmGeneral(Form form, QWidget* parent) : QDialog(parent), m_form(for
     layout->addWidget(form == ItemCostForm ? BuildItemCostForm() : BuildAboutForm());
 
     auto* buttons = new QDialogButtonBox(this);
-    auto* ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
+    auto* ok = buttons->addButton(QStringLiteral("&OK"), QDialogButtonBox::AcceptRole);
     ok->setObjectName(QStringLiteral("cmdOK"));
     ok->setDefault(true);
     connect(ok, &QPushButton::clicked, this, &frmGeneral::cmdOK_Click);
     if (form == ItemCostForm) {
-        auto* cancel = buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+        auto* cancel = buttons->addButton(QStringLiteral("&Cancel"), QDialogButtonBox::RejectRole);
         cancel->setObjectName(QStringLiteral("cmdCancel"));
         connect(cancel, &QPushButton::clicked, this, &frmGeneral::cmdCancel_Click);
     }
@@ -61,9 +71,9 @@ QWidget* frmGeneral::BuildItemCostForm() {
     m_txtOrderShipping = MoneyBox(QStringLiteral("txtOrderShipping"), page);
     m_txtInsuranceCost = MoneyBox(QStringLiteral("txtInsuranceCost"), page);
     auto* form = new QFormLayout(page);
-    form->addRow(QStringLiteral("Item cost:"), m_txtItemCost);
-    form->addRow(QStringLiteral("Shipping charged:"), m_txtOrderShipping);
-    form->addRow(QStringLiteral("Insurance cost:"), m_txtInsuranceCost);
+    form->addRow(QStringLiteral("&Item cost:"), m_txtItemCost);
+    form->addRow(QStringLiteral("&Shipping charged:"), m_txtOrderShipping);
+    form->addRow(QStringLiteral("I&nsurance cost:"), m_txtInsuranceCost);
     return page;
 }
 
@@ -87,10 +97,30 @@ QWidget* frmGeneral::BuildAboutForm() {
     what->setObjectName(QStringLiteral("lblDescription"));
     what->setWordWrap(true);
     what->setMinimumWidth(320);
+    auto* licence = new QLabel(
+        QStringLiteral("Lotwright is free software: you may share and change it under the GNU "
+                       "General Public License, version 3 or any later version "
+                       "(GPL-3.0-or-later).<br>It comes with <b>no warranty</b>, to the extent "
+                       "permitted by law.<br><a href=\"%1\">Read the licence</a>")
+            .arg(kLicenceUrl),
+        page);
+    licence->setObjectName(QStringLiteral("lblLicence"));
+    licence->setTextFormat(Qt::RichText);
+    licence->setWordWrap(true);
+    licence->setOpenExternalLinks(true);
+    licence->setTextInteractionFlags(Qt::TextBrowserInteraction);
+    auto* libraries = new QLabel(LibraryVersions(), page);
+    libraries->setObjectName(QStringLiteral("lblLibraries"));
+    libraries->setWordWrap(true);
+    libraries->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(name);
     layout->addWidget(version);
     layout->addWidget(what);
+    layout->addSpacing(6);
+    layout->addWidget(licence);
+    layout->addSpacing(6);
+    layout->addWidget(libraries);
     return page;
 }
 

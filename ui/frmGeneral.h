@@ -54,7 +54,11 @@ private:
 // says so through the Ui and writes nothing.
 bool EditItemCost(core::Database& db, const QString& itemNumber, QWidget* parent);
 
-// The about box: the program's name, its version and what it is for.
+// The about box: the program's name, its version, what it is for, its
+// licence and the versions of the libraries it runs on.
 void ShowAbout(QWidget* parent);
+// "Built on Qt 6.4.2, SQLite 3.40.1 and libcurl 7.88.1.", the versions the
+// program runs with.
+QString LibraryVersions();
 
 }  // namespace lw::ui

@@ -11,6 +11,7 @@
 
 #include "admin/new_user.h"
 #include "core/session.h"
+#include "core/tracking.h"
 
 namespace lw::ui {
 
@@ -41,16 +42,16 @@ frmNewUser::frmNewUser(QWidget* parent) : QDialog(parent) {
     m_txtEmail = makeEdit(QStringLiteral("txtEmail"), QLineEdit::Normal);
 
     auto* form = new QFormLayout;
-    form->addRow(QStringLiteral("Your name in Lotwright:"), m_txtUserName);
-    form->addRow(QStringLiteral("User ID at the auction site:"), m_txtUserID);
-    form->addRow(QStringLiteral("Password at the auction site:"), m_txtPassword);
-    form->addRow(QStringLiteral("Password again:"), m_txtConfirmPassword);
-    form->addRow(QStringLiteral("E-mail address:"), m_txtEmail);
+    form->addRow(QStringLiteral("Your &name in Lotwright:"), m_txtUserName);
+    form->addRow(QStringLiteral("&User ID at the auction site:"), m_txtUserID);
+    form->addRow(QStringLiteral("&Password at the auction site:"), m_txtPassword);
+    form->addRow(QStringLiteral("Password &again:"), m_txtConfirmPassword);
+    form->addRow(QStringLiteral("&E-mail address:"), m_txtEmail);
 
-    auto* ok = new QPushButton(QStringLiteral("OK"), this);
+    auto* ok = new QPushButton(QStringLiteral("&OK"), this);
     ok->setObjectName(QStringLiteral("cmdOK"));
     ok->setDefault(true);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"), this);
+    auto* cancel = new QPushButton(QStringLiteral("&Cancel"), this);
     cancel->setObjectName(QStringLiteral("cmdCancel"));
     cancel->setAutoDefault(false);
     auto* buttons = new QHBoxLayout;
@@ -58,10 +59,19 @@ frmNewUser::frmNewUser(QWidget* parent) : QDialog(parent) {
     buttons->addWidget(ok);
     buttons->addWidget(cancel);
 
+    // The first start says what the usage report would send: it is off
+    // until switched on in the preferences.
+    auto* tracking = new QLabel(core::UsageReportSummary(), this);
+    tracking->setObjectName(QStringLiteral("lblTracking"));
+    tracking->setWordWrap(true);
+    tracking->setForegroundRole(QPalette::PlaceholderText);
+
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(intro);
     layout->addSpacing(8);
     layout->addLayout(form);
+    layout->addSpacing(8);
+    layout->addWidget(tracking);
     layout->addLayout(buttons);
 
     connect(ok, &QPushButton::clicked, this, &frmNewUser::cmdOK_Click);

@@ -35,13 +35,13 @@ frmTip::frmTip(QWidget* parent) : QDialog(parent) {
     panelLayout->addWidget(heading);
     panelLayout->addWidget(m_lblTipText, 1);
 
-    m_chkLoadTipsAtStartup = new QCheckBox(QStringLiteral("Show Tips at Startup"), this);
+    m_chkLoadTipsAtStartup = new QCheckBox(QStringLiteral("&Show Tips at Startup"), this);
     m_chkLoadTipsAtStartup->setObjectName(QStringLiteral("chkLoadTipsAtStartup"));
     m_chkLoadTipsAtStartup->setChecked(admin::ShowTipsAtStartup());
     auto* next = new QPushButton(QStringLiteral("&Next Tip"), this);
     next->setObjectName(QStringLiteral("cmdNextTip"));
     next->setAutoDefault(false);
-    auto* close = new QPushButton(QStringLiteral("Close"), this);
+    auto* close = new QPushButton(QStringLiteral("&Close"), this);
     close->setObjectName(QStringLiteral("cmdOK"));
     close->setDefault(true);
 

@@ -137,10 +137,10 @@ frmUpdate::frmUpdate(QWidget* parent) : QDialog(parent) {
     details->setColumnStretch(1, 1);
     m_fraDetails->hide();
 
-    m_cmdShowDetails = new QPushButton(QStringLiteral("Show Details"), this);
+    m_cmdShowDetails = new QPushButton(QStringLiteral("&Show Details"), this);
     m_cmdShowDetails->setObjectName(QStringLiteral("cmdShowDetails"));
     m_cmdShowDetails->setAutoDefault(false);
-    m_cmdCancel = new QPushButton(QStringLiteral("Cancel"), this);
+    m_cmdCancel = new QPushButton(QStringLiteral("&Cancel"), this);
     m_cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
     m_cmdCancel->setAutoDefault(false);
     connect(m_cmdShowDetails, &QPushButton::clicked, this, &frmUpdate::cmdShowDetails_Click);
@@ -269,8 +269,8 @@ void frmUpdate::cmdCancel_Click() {
 void frmUpdate::cmdShowDetails_Click() {
     m_detailsShown = !m_detailsShown;
     m_fraDetails->setVisible(m_detailsShown);
-    m_cmdShowDetails->setText(m_detailsShown ? QStringLiteral("Hide Details")
-                                             : QStringLiteral("Show Details"));
+    m_cmdShowDetails->setText(m_detailsShown ? QStringLiteral("&Hide Details")
+                                             : QStringLiteral("&Show Details"));
     // The short form and the tall one.
     adjustSize();
     if (m_detailsShown) {

@@ -5,6 +5,7 @@
 #include "ui/frmUserPreferences.h"
 
 #include <algorithm>
+#include <array>
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -24,6 +25,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include "core/tracking.h"
 #include "update/rules.h"
 
 namespace lw::ui {
@@ -95,6 +97,20 @@ int SelectedRow(const QListWidget* list) {
     return -1;
 }
 
+// The caption with its mnemonic before the first `key` it holds; the
+// caption as it is when it holds none.
+QString WithMnemonic(const QString& caption, QChar key) {
+    QString marked = caption;
+    const qsizetype at = marked.indexOf(key);
+    if (at >= 0) {
+        marked.insert(at, u'&');
+    }
+    return marked;
+}
+
+// The letters of the connection choices, one each within the window.
+constexpr std::array<char16_t, 5> kConnectionKeys{u'D', u'N', u'i', u'P', u'x'};
+
 // A list as tall as its rows, up to maxRows; longer lists scroll.
 void FitRows(QListWidget* list, int maxRows) {
     const int rows = std::clamp(static_cast<int>(list->count()), 1, maxRows);
@@ -125,22 +141,22 @@ frmUserPreferences::frmUserPreferences(QWidget* parent) : QDialog(parent) {
 
     m_tabs = new QTabWidget(this);
     m_tabs->setObjectName(QStringLiteral("tabPreferences"));
-    m_tabs->addTab(BuildAddressTab(), QStringLiteral("Addresses"));
-    m_tabs->addTab(BuildAccountTab(), QStringLiteral("Account and Mail"));
-    m_tabs->addTab(BuildConnectionTab(), QStringLiteral("Connection"));
-    m_tabs->addTab(BuildListingTab(), QStringLiteral("Listing Defaults"));
-    m_tabs->addTab(BuildShippingTab(), QStringLiteral("Shipping"));
-    m_tabs->addTab(BuildTasksTab(), QStringLiteral("Task List"));
-    m_tabs->addTab(BuildViewsTab(), QStringLiteral("Views"));
+    m_tabs->addTab(BuildAddressTab(), QStringLiteral("&Addresses"));
+    m_tabs->addTab(BuildAccountTab(), QStringLiteral("Account and &Mail"));
+    m_tabs->addTab(BuildConnectionTab(), QStringLiteral("C&onnection"));
+    m_tabs->addTab(BuildListingTab(), QStringLiteral("&Listing Defaults"));
+    m_tabs->addTab(BuildShippingTab(), QStringLiteral("S&hipping"));
+    m_tabs->addTab(BuildTasksTab(), QStringLiteral("&Task List"));
+    m_tabs->addTab(BuildViewsTab(), QStringLiteral("&Views"));
     m_passwordTab = BuildPasswordTab();
-    m_tabs->addTab(m_passwordTab, QStringLiteral("Change Password"));
+    m_tabs->addTab(m_passwordTab, QStringLiteral("Change Pass&word"));
     m_tabs->setTabVisible(m_tabs->indexOf(m_passwordTab), false);
 
     m_cmdUpdate = new QPushButton(QStringLiteral("&Update"), this);
     m_cmdUpdate->setObjectName(QStringLiteral("cmdUpdate"));
     m_cmdReset = new QPushButton(QStringLiteral("&Reset"), this);
     m_cmdReset->setObjectName(QStringLiteral("cmdReset"));
-    m_cmdCancel = new QPushButton(QStringLiteral("Cancel"), this);
+    m_cmdCancel = new QPushButton(QStringLiteral("&Cancel"), this);
     m_cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
     // Reset and Cancel never take the focus, so leaving a half-typed field
     // for them runs no check.
@@ -229,9 +245,9 @@ QWidget* frmUserPreferences::BuildAddressTab() {
     m_cmbCountryPayment->setObjectName(QStringLiteral("cmbCountryPayment"));
 
     auto* row = new QHBoxLayout;
-    row->addWidget(makeGroup(QStringLiteral("Shipping address (where you ship from)"),
+    row->addWidget(makeGroup(QStringLiteral("&Shipping address (where you ship from)"),
                              QStringLiteral("fraShipping"), 0, m_cmbCountryShipping));
-    row->addWidget(makeGroup(QStringLiteral("Payment address (where buyers send payment)"),
+    row->addWidget(makeGroup(QStringLiteral("&Payment address (where buyers send payment)"),
                              QStringLiteral("fraPayment"), 10, m_cmbCountryPayment));
     auto* layout = new QVBoxLayout(page);
     layout->addLayout(row);
@@ -246,7 +262,7 @@ QWidget* frmUserPreferences::BuildAccountTab() {
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("tabAccount"));
 
-    auto* user = new QGroupBox(QStringLiteral("Auction site account"), page);
+    auto* user = new QGroupBox(QStringLiteral("Auction &site account"), page);
     user->setObjectName(QStringLiteral("fraAccount"));
     auto* userForm = new QFormLayout(user);
     userForm->addRow(QStringLiteral("Lotwright user:"), Field(admin::kPrefUserName));
@@ -261,23 +277,27 @@ QWidget* frmUserPreferences::BuildAccountTab() {
     passwordRow->addStretch();
     userForm->addRow(QStringLiteral("Site password:"), passwordRow);
 
-    auto* mail = new QGroupBox(QStringLiteral("Mail and sales tax"), page);
+    auto* mail = new QGroupBox(QStringLiteral("Mail and sales ta&x"), page);
     mail->setObjectName(QStringLiteral("fraMail"));
     auto* mailForm = new QFormLayout(mail);
     mailForm->addRow(QStringLiteral("Reply e-mail address:"), Field(admin::kPrefReplyEmail));
-    m_cmdUseTolvane = new QPushButton(QStringLiteral("Use Tolvane Mail Server"), mail);
+    m_cmdUseTolvane = new QPushButton(QStringLiteral("Use Tolvane Mail S&erver"), mail);
     m_cmdUseTolvane->setObjectName(QStringLiteral("cmdUseTolvane"));
     m_cmdUseTolvane->setAutoDefault(false);
     auto* serverRow = new QHBoxLayout;
     serverRow->addWidget(Field(admin::kPrefMailServer), 1);
     serverRow->addWidget(m_cmdUseTolvane);
-    mailForm->addRow(QStringLiteral("Outgoing mail server:"), serverRow);
+    auto* serverLabel = new QLabel(QStringLiteral("Outgoing mail server:"), mail);
+    serverLabel->setBuddy(Field(admin::kPrefMailServer));
+    mailForm->addRow(serverLabel, serverRow);
     auto* taxRow = new QHBoxLayout;
     Field(admin::kPrefSalesTax)->setMaximumWidth(90);
     taxRow->addWidget(Field(admin::kPrefSalesTax));
     taxRow->addWidget(new QLabel(QStringLiteral("%  (for example 7.25)"), mail));
     taxRow->addStretch();
-    mailForm->addRow(QStringLiteral("Sales tax rate:"), taxRow);
+    auto* taxLabel = new QLabel(QStringLiteral("Sales tax rate:"), mail);
+    taxLabel->setBuddy(Field(admin::kPrefSalesTax));
+    mailForm->addRow(taxLabel, taxRow);
 
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(user);
@@ -293,12 +313,14 @@ QWidget* frmUserPreferences::BuildAccountTab() {
 QWidget* frmUserPreferences::BuildConnectionTab() {
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("tabConnection"));
-    auto* group = new QGroupBox(QStringLiteral("How this computer reaches the Internet"), page);
+    auto* group = new QGroupBox(QStringLiteral("Ho&w this computer reaches the Internet"), page);
     group->setObjectName(QStringLiteral("fraConnection"));
     auto* options = new QVBoxLayout(group);
     m_connectionGroup = new QButtonGroup(this);
     for (int i = 0; i < 5; ++i) {
-        auto* option = new QRadioButton(admin::ConnectionCaptions().at(i), group);
+        auto* option = new QRadioButton(WithMnemonic(admin::ConnectionCaptions().at(i),
+                                                     kConnectionKeys[static_cast<size_t>(i)]),
+                                        group);
         option->setObjectName(QStringLiteral("optConnection") + QString::number(i));
         m_connectionGroup->addButton(option, i);
         options->addWidget(option);
@@ -316,6 +338,8 @@ QWidget* frmUserPreferences::BuildConnectionTab() {
     m_txtProxyPort = new QLineEdit(page);
     m_txtProxyPort->setObjectName(QStringLiteral("txtProxyPort"));
     m_txtProxyPort->setMaximumWidth(80);
+    m_lblProxyServer->setBuddy(m_txtProxyServer);
+    m_lblProxyPort->setBuddy(m_txtProxyPort);
     auto* proxy = new QGridLayout;
     proxy->addWidget(m_lblProxyTitle, 0, 0, 1, 4);
     proxy->addWidget(m_lblProxyServer, 1, 0);
@@ -344,16 +368,16 @@ QWidget* frmUserPreferences::BuildListingTab() {
         MakeList(QStringLiteral("lstDuration"), QAbstractItemView::SingleSelection, page);
     m_lstPaymentPref =
         MakeList(QStringLiteral("lstPaymentPref"), QAbstractItemView::MultiSelection, page);
-    m_chkBillpoint = new QCheckBox(QStringLiteral("Use Billpoint Online Payments"), page);
+    m_chkBillpoint = new QCheckBox(QStringLiteral("Use &Billpoint Online Payments"), page);
     m_chkBillpoint->setObjectName(QStringLiteral("chkBillpoint"));
 
-    auto* where = new QGroupBox(QStringLiteral("Where the item is"), page);
+    auto* where = new QGroupBox(QStringLiteral("Where the item &is"), page);
     auto* whereForm = new QFormLayout(where);
     whereForm->addRow(QStringLiteral("Item location:"), Field(admin::kPrefLocation));
     whereForm->addRow(QStringLiteral("Country:"), m_cmbeBayCountryDefault);
     whereForm->addRow(QStringLiteral("Region:"), m_lstRegions);
 
-    auto* terms = new QGroupBox(QStringLiteral("Listing terms"), page);
+    auto* terms = new QGroupBox(QStringLiteral("Listing t&erms"), page);
     auto* termsForm = new QFormLayout(terms);
     termsForm->addRow(QStringLiteral("Duration:"), m_lstDuration);
     termsForm->addRow(QStringLiteral("Payment accepted:"), m_lstPaymentPref);
@@ -376,24 +400,27 @@ QWidget* frmUserPreferences::BuildShippingTab() {
     m_lstShippingRegions =
         MakeList(QStringLiteral("lstShippingRegions"), QAbstractItemView::MultiSelection, page);
 
-    auto* charges = new QGroupBox(QStringLiteral("Shipping charges"), page);
+    auto* charges = new QGroupBox(QStringLiteral("Shipping char&ges"), page);
     auto* chargesLayout = new QVBoxLayout(charges);
-    chargesLayout->addWidget(
-        new QLabel(QStringLiteral("Who pays for shipping (choose one or more):"), charges));
+    auto* whoPays =
+        new QLabel(QStringLiteral("Who pays for shipping (choose one or more):"), charges);
+    whoPays->setBuddy(m_lstShippingPref);
+    chargesLayout->addWidget(whoPays);
     chargesLayout->addWidget(m_lstShippingPref);
     chargesLayout->addStretch();
 
-    auto* scope = new QGroupBox(QStringLiteral("Where you ship"), page);
+    auto* scope = new QGroupBox(QStringLiteral("Where you shi&p"), page);
     auto* scopeLayout = new QVBoxLayout(scope);
-    m_optShipAbroad[0] = new QRadioButton(QStringLiteral("Domestic Only"), scope);
+    m_optShipAbroad[0] = new QRadioButton(QStringLiteral("&Domestic Only"), scope);
     m_optShipAbroad[0]->setObjectName(QStringLiteral("optShipAbroad0"));
-    m_optShipAbroad[1] = new QRadioButton(QStringLiteral("International Shipping"), scope);
+    m_optShipAbroad[1] = new QRadioButton(QStringLiteral("&International Shipping"), scope);
     m_optShipAbroad[1]->setObjectName(QStringLiteral("optShipAbroad1"));
-    m_optUSPlus = new QRadioButton(QStringLiteral("U.S. and the following regions:"), scope);
+    m_optUSPlus = new QRadioButton(QStringLiteral("U.&S. and the following regions:"), scope);
     m_optUSPlus->setObjectName(QStringLiteral("optUSPlus"));
     scopeLayout->addWidget(m_optShipAbroad[0]);
     scopeLayout->addWidget(m_optShipAbroad[1]);
     scopeLayout->addWidget(m_optUSPlus);
+    m_lstShippingRegions->setAccessibleName(QStringLiteral("Regions you ship to"));
     scopeLayout->addWidget(m_lstShippingRegions);
 
     auto* row = new QHBoxLayout;
@@ -419,7 +446,7 @@ QWidget* frmUserPreferences::BuildTasksTab() {
     m_cmbWinningBidOver->setObjectName(QStringLiteral("cmbWinningBidOver"));
     m_cmbWinningBidOver->addItems(admin::WinningBidOverEntries());
 
-    auto* group = new QGroupBox(QStringLiteral("When an item leaves the task list"), page);
+    auto* group = new QGroupBox(QStringLiteral("When an item l&eaves the task list"), page);
     auto* form = new QFormLayout(group);
     form->addRow(QStringLiteral("A sale is done:"), m_cmbSaleOverPref);
     form->addRow(QStringLiteral("A won bid is done:"), m_cmbWinningBidOver);
@@ -433,7 +460,8 @@ QWidget* frmUserPreferences::BuildViewsTab() {
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("tabViews"));
 
-    auto makeGroup = [&](const QString& title, const QString& prefix, QCheckBox*& enable,
+    auto makeGroup = [&](const QString& title, const QString& prefix,
+                         const QStringList& directionCaptions, QCheckBox*& enable,
                          QLineEdit*& interval, QListWidget*& order, QCheckBox*& ascending,
                          QCheckBox*& descending) {
         auto* group = new QGroupBox(page);
@@ -445,18 +473,22 @@ QWidget* frmUserPreferences::BuildViewsTab() {
         order = MakeList(QStringLiteral("lst") + prefix + QStringLiteral("Order"),
                          QAbstractItemView::SingleSelection, group);
         order->addItems(admin::ViewOrderCaptions());
-        ascending = new QCheckBox(QStringLiteral("Ascending"), group);
+        ascending = new QCheckBox(directionCaptions.at(0), group);
         ascending->setObjectName(QStringLiteral("chk") + prefix + QStringLiteral("Ascending"));
-        descending = new QCheckBox(QStringLiteral("Descending"), group);
+        descending = new QCheckBox(directionCaptions.at(1), group);
         descending->setObjectName(QStringLiteral("chk") + prefix + QStringLiteral("Descending"));
         auto* direction = new QButtonGroup(group);
         direction->setExclusive(true);
         direction->addButton(ascending);
         direction->addButton(descending);
         grid->addWidget(enable, 0, 0, 1, 3);
-        grid->addWidget(new QLabel(QStringLiteral("Rows per page (0 for all):"), group), 1, 0);
+        auto* rows = new QLabel(QStringLiteral("Rows per page (0 for all):"), group);
+        rows->setBuddy(interval);
+        grid->addWidget(rows, 1, 0);
         grid->addWidget(interval, 1, 1);
-        grid->addWidget(new QLabel(QStringLiteral("Sort by:"), group), 2, 0, Qt::AlignTop);
+        auto* sortBy = new QLabel(QStringLiteral("Sort by:"), group);
+        sortBy->setBuddy(order);
+        grid->addWidget(sortBy, 2, 0, Qt::AlignTop);
         grid->addWidget(order, 2, 1, 1, 2);
         auto* directions = new QHBoxLayout;
         directions->addWidget(ascending);
@@ -466,19 +498,21 @@ QWidget* frmUserPreferences::BuildViewsTab() {
         grid->setColumnStretch(2, 1);
         return group;
     };
-    QGroupBox* archive = makeGroup(QStringLiteral("Set my own view of sold items (archive)"),
-                                   QStringLiteral("A"), m_chkViewArchiveGroup, m_txtAInterval,
-                                   m_lstAOrder, m_chkAAscending, m_chkADescending);
+    QGroupBox* archive = makeGroup(
+        QStringLiteral("Set my own view of &sold items (archive)"), QStringLiteral("A"),
+        {QStringLiteral("Ascen&ding"), QStringLiteral("D&escending")}, m_chkViewArchiveGroup,
+        m_txtAInterval, m_lstAOrder, m_chkAAscending, m_chkADescending);
     m_chkViewArchiveGroup->setObjectName(QStringLiteral("chkViewArchiveGroup"));
-    QGroupBox* current = makeGroup(QStringLiteral("Set my own view of current items"),
-                                   QStringLiteral("C"), m_chkViewCurrentGroup, m_txtCInterval,
-                                   m_lstCOrder, m_chkCAscending, m_chkCDescending);
+    QGroupBox* current = makeGroup(
+        QStringLiteral("Set my own view of current &items"), QStringLiteral("C"),
+        {QStringLiteral("Ascendi&ng"), QStringLiteral("Descendin&g")}, m_chkViewCurrentGroup,
+        m_txtCInterval, m_lstCOrder, m_chkCAscending, m_chkCDescending);
     m_chkViewCurrentGroup->setObjectName(QStringLiteral("chkViewCurrentGroup"));
 
-    auto* timeLeft = new QGroupBox(QStringLiteral("Time Left column"), page);
+    auto* timeLeft = new QGroupBox(QStringLiteral("Time Le&ft column"), page);
     auto* timeLayout = new QVBoxLayout(timeLeft);
     m_chkAutoUpdateTimeLeft =
-        new QCheckBox(QStringLiteral("Refresh it by itself every:"), timeLeft);
+        new QCheckBox(QStringLiteral("Refresh it b&y itself every:"), timeLeft);
     m_chkAutoUpdateTimeLeft->setObjectName(QStringLiteral("chkAutoUpdateTimeLeft"));
     m_lstTimeLeftOptions = MakeList(QStringLiteral("lstTimeLeftOptions"),
                                     QAbstractItemView::SingleSelection, timeLeft);
@@ -486,24 +520,36 @@ QWidget* frmUserPreferences::BuildViewsTab() {
         auto* item = new QListWidgetItem(admin::TimeLeftCaptions().at(i), m_lstTimeLeftOptions);
         item->setData(Qt::UserRole, admin::TimeLeftData().at(i));
     }
+    m_lstTimeLeftOptions->setAccessibleName(QStringLiteral("Refresh interval"));
     timeLayout->addWidget(m_chkAutoUpdateTimeLeft);
     timeLayout->addWidget(m_lstTimeLeftOptions);
     m_chkTracking =
-        new QCheckBox(QStringLiteral("Count how I use Lotwright (usage tracking)"), page);
+        new QCheckBox(QStringLiteral("Send a usage re&port to Lotwright's maker"), page);
     m_chkTracking->setObjectName(QStringLiteral("chkTracking"));
+    auto* trackingNote = new QLabel(core::UsageReportSummary(), page);
+    trackingNote->setObjectName(QStringLiteral("lblTracking"));
+    trackingNote->setWordWrap(true);
+    trackingNote->setForegroundRole(QPalette::PlaceholderText);
 
-    auto* views = new QVBoxLayout;
+    // Each column a widget of its own, so that the Tab key reads the left
+    // column down before the right one.
+    auto* left = new QWidget(page);
+    auto* views = new QVBoxLayout(left);
+    views->setContentsMargins(0, 0, 0, 0);
     views->addWidget(archive);
     views->addWidget(current);
     views->addStretch();
-    auto* side = new QVBoxLayout;
+    auto* right = new QWidget(page);
+    auto* side = new QVBoxLayout(right);
+    side->setContentsMargins(0, 0, 0, 0);
     side->addWidget(timeLeft);
     side->addSpacing(8);
     side->addWidget(m_chkTracking);
+    side->addWidget(trackingNote);
     side->addStretch();
     auto* layout = new QHBoxLayout(page);
-    layout->addLayout(views, 3);
-    layout->addLayout(side, 2);
+    layout->addWidget(left, 3);
+    layout->addWidget(right, 2);
 
     connect(m_chkViewArchiveGroup, &QCheckBox::clicked, this,
             &frmUserPreferences::chkViewArchiveGroup_Click);
@@ -526,7 +572,7 @@ QWidget* frmUserPreferences::BuildViewsTab() {
 QWidget* frmUserPreferences::BuildPasswordTab() {
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("tabPassword"));
-    auto* group = new QGroupBox(QStringLiteral("Change the password of your site account"), page);
+    auto* group = new QGroupBox(QStringLiteral("Change the password of your &site account"), page);
     auto* form = new QFormLayout(group);
     const QStringList labels = {QStringLiteral("Old password:"), QStringLiteral("New password:"),
                                 QStringLiteral("New password again:")};
@@ -537,10 +583,10 @@ QWidget* frmUserPreferences::BuildPasswordTab() {
         form->addRow(labels.at(i), edit);
         m_txtPassword[static_cast<size_t>(i)] = edit;
     }
-    auto* update = new QPushButton(QStringLiteral("Update Password"), group);
+    auto* update = new QPushButton(QStringLiteral("Up&date Password"), group);
     update->setObjectName(QStringLiteral("cmdUpdatePassword"));
     update->setAutoDefault(false);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel Password Change"), group);
+    auto* cancel = new QPushButton(QStringLiteral("Cancel Password Chan&ge"), group);
     cancel->setObjectName(QStringLiteral("cmdCancelPasswordChange"));
     cancel->setAutoDefault(false);
     auto* row = new QHBoxLayout;

@@ -6,6 +6,7 @@
 // ends, so that the main window's least size never follows the data.
 #include "ui/item_panels.h"
 
+#include <QEvent>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -17,9 +18,12 @@
 #include <QPainterPath>
 #include <QStyleOptionGroupBox>
 #include <QStylePainter>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <QtMath>
 #include <algorithm>
+
+#include "ui/readable_colour.h"
 
 namespace lw::ui {
 
@@ -79,21 +83,39 @@ QLabel* Plain(QWidget* parent, const QString& text) {
     return new QLabel(text, parent);
 }
 
-QLabel* Star(QWidget* parent, const QString& name) {
+// The star beside a name; whose feedback it rates is its accessible name.
+QLabel* Star(QWidget* parent, const QString& name, const QString& whose) {
     auto* label = new QLabel(parent);
     label->setObjectName(name);
     label->setFixedSize(18, 18);
+    label->setAlignment(Qt::AlignCenter);
+    label->setAccessibleName(whose);
     return label;
 }
 
 void SetStar(QLabel* label, const QString& picture) {
-    label->setPixmap(StarPicture(picture));
+    label->setPixmap(StarPicture(picture, label->devicePixelRatioF(),
+                                 label->window()->palette().color(QPalette::Window)));
     label->setProperty("picture", picture);
+    const QString meaning = StarMeaning(picture);
+    label->setToolTip(meaning);
+    label->setAccessibleDescription(meaning);
 }
 
+// The classic green and red, kept readable on the window's background.
+QColor ShownColour(const QWidget* widget, views::CellColour colour) {
+    return StateColourOn(views::ColourOf(colour),
+                         widget->window()->palette().color(QPalette::Window));
+}
+
+// The colour a label or frame title was given, so that it can be chosen
+// afresh when the palette changes.
+const char* const kCellColour = "cellColour";
+
 void SetColour(QLabel* label, views::CellColour colour) {
+    label->setProperty(kCellColour, static_cast<int>(colour));
     QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, views::ColourOf(colour));
+    palette.setColor(QPalette::WindowText, ShownColour(label, colour));
     label->setPalette(palette);
 }
 
@@ -102,15 +124,30 @@ void SetColour(QLabel* label, views::CellColour colour) {
 // narrower than it, and never widens the window.
 class PanelFrame : public QGroupBox {
 public:
-    explicit PanelFrame(QWidget* parent) : QGroupBox(parent) {}
+    // The title is the item's, not a caption: it takes no mnemonic.
+    explicit PanelFrame(QWidget* parent) : QGroupBox(parent) { setProperty("titleFromData", true); }
 
     QSize minimumSizeHint() const override { return QWidget::minimumSizeHint(); }
+
+    // The title in the colour of the item's state, readable on the window.
+    void SetTitleColour(views::CellColour colour) {
+        setProperty(kCellColour, static_cast<int>(colour));
+        m_titleColour = ShownColour(this, colour);
+        setProperty("titleColour", m_titleColour.name());
+        update();
+    }
 
 protected:
     void paintEvent(QPaintEvent*) override {
         QStylePainter painter(this);
         QStyleOptionGroupBox option;
         initStyleOption(&option);
+        if (m_titleColour.isValid()) {
+            // Some styles take the title's colour from the option, others
+            // (Fusion) from the palette's window text.
+            option.textColor = m_titleColour;
+            option.palette.setColor(QPalette::WindowText, m_titleColour);
+        }
         // Room for the title: the frame less a margin of two characters on
         // each side.
         const int room = std::max(0, width() - fontMetrics().averageCharWidth() * 4);
@@ -118,13 +155,47 @@ protected:
             fontMetrics().elidedText(option.text, Qt::ElideMiddle, room, Qt::TextShowMnemonic);
         painter.drawComplexControl(QStyle::CC_GroupBox, option);
     }
+
+private:
+    QColor m_titleColour;
 };
+
+// Every coloured label and title of a panel, chosen again for the palette
+// it now stands on.
+void Recolour(QWidget* panel) {
+    const auto labels = panel->findChildren<QLabel*>();
+    for (QLabel* label : labels) {
+        const QVariant colour = label->property(kCellColour);
+        if (colour.isValid()) {
+            SetColour(label, static_cast<views::CellColour>(colour.toInt()));
+        }
+        // A star's outline must stand out from the new ground too.
+        const QVariant picture = label->property("picture");
+        if (picture.isValid()) {
+            SetStar(label, picture.toString());
+        }
+    }
+    const auto boxes = panel->findChildren<PanelFrame*>();
+    for (PanelFrame* box : boxes) {
+        const QVariant colour = box->property(kCellColour);
+        if (colour.isValid()) {
+            box->SetTitleColour(static_cast<views::CellColour>(colour.toInt()));
+        }
+    }
+}
+
+// Runs the recolouring once a palette change has reached every widget.
+void RecolourAfter(QWidget* panel, QEvent* event) {
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange) {
+        QTimer::singleShot(0, panel, [panel] { Recolour(panel); });
+    }
+}
 
 void SetTitle(QGroupBox* box, const QString& title, views::CellColour colour) {
     box->setTitle(ShownTitle(title));
-    const QString name = views::ColourOf(colour).name();
-    box->setProperty("titleColour", name);
-    box->setStyleSheet(QStringLiteral("QGroupBox::title { color: ") + name + QStringLiteral("; }"));
+    if (auto* frame = dynamic_cast<PanelFrame*>(box)) {
+        frame->SetTitleColour(colour);
+    }
 }
 
 template <class T>
@@ -148,9 +219,10 @@ void SetWords(QWidget* panel, const views::PanelWords& words, int ends, int star
     SetLabel(panel, QStringLiteral("lblLabel%1").arg(currently), words.currently);
 }
 
-QListWidget* FixedList(QWidget* parent, const QString& name) {
+QListWidget* FixedList(QWidget* parent, const QString& name, const QString& spoken) {
     auto* list = new QListWidget(parent);
     list->setObjectName(name);
+    list->setAccessibleName(spoken);
     list->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     list->setUniformItemSizes(true);
     return list;
@@ -167,8 +239,13 @@ QWidget* NameWithStar(QWidget* parent, QLabel* name, QLabel* star) {
     return box;
 }
 
-QPixmap DrawStar(const QColor& fill) {
-    QPixmap picture(16, 16);
+// The star is drawn as a path at the pixel density it is shown at, so that it
+// is as crisp on a high-density screen as on any other.
+QPixmap DrawStar(const QColor& fill, qreal ratio, const QColor& background) {
+    constexpr int kSide = 16;
+    const qreal density = std::clamp(ratio, 1.0, 8.0);
+    QPixmap picture(QSize(kSide, kSide) * density);
+    picture.setDevicePixelRatio(density);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -184,7 +261,8 @@ QPixmap DrawStar(const QColor& fill) {
         }
     }
     path.closeSubpath();
-    painter.setPen(QPen(QColor(64, 64, 64), 0.8));
+    // A shape needs 3:1 against its ground to be made out.
+    painter.setPen(QPen(ReadableOn(QColor(64, 64, 64), background, 3.0), 0.8));
     painter.setBrush(fill);
     painter.drawPath(path);
     return picture;
@@ -192,7 +270,25 @@ QPixmap DrawStar(const QColor& fill) {
 
 }  // namespace
 
-QPixmap StarPicture(const QString& name) {
+QString StarMeaning(const QString& name) {
+    // The bands of views::StarIconFor.
+    static const QHash<QString, QString> meanings = {
+        {QStringLiteral("eBayNoStar"),
+         QStringLiteral("Empty star: a feedback score below 10, or no feedback")},
+        {QStringLiteral("eBay10-99"), QStringLiteral("Yellow star: a feedback score of 10 to 99")},
+        {QStringLiteral("eBay100-499"),
+         QStringLiteral("Turquoise star: a feedback score of 100 to 499")},
+        {QStringLiteral("eBay500-999"),
+         QStringLiteral("Purple star: a feedback score of 500 to 999")},
+        {QStringLiteral("eBay1000-9999"),
+         QStringLiteral("Red star: a feedback score of 1,000 to 9,999")},
+        {QStringLiteral("eBay10000"),
+         QStringLiteral("Green star: a feedback score of 10,000 or more")},
+    };
+    return meanings.value(name);
+}
+
+QPixmap StarPicture(const QString& name, qreal devicePixelRatio, const QColor& background) {
     // Star colours by feedback band, from the plain outline to the top band.
     static const QHash<QString, QColor> colours = {
         {QStringLiteral("eBayNoStar"), Qt::transparent},
@@ -208,7 +304,7 @@ QPixmap StarPicture(const QString& name) {
     }
     // Drawn afresh each time: a picture kept in a static would outlive the
     // application object that owns the paint system.
-    return DrawStar(colour.value());
+    return DrawStar(colour.value(), devicePixelRatio, background);
 }
 
 // ------------------------------------------------------------------ sales
@@ -236,7 +332,8 @@ SalePanels::SalePanels(QWidget* parent) : QWidget(parent) {
         grid->addWidget(Value(f, QStringLiteral("lblQuantity")), 3, 1);
         grid->addWidget(Plain(f, QStringLiteral("High Bidder:")), 3, 2);
         grid->addWidget(NameWithStar(f, Value(f, QStringLiteral("lblHighBidderName")),
-                                     Star(f, QStringLiteral("picStar"))),
+                                     Star(f, QStringLiteral("picStar"),
+                                          QStringLiteral("High bidder's feedback star"))),
                         3, 3);
         grid->addWidget(Plain(f, QStringLiteral("Started:")), 4, 0);
         grid->addWidget(Value(f, QStringLiteral("lblStarted")), 4, 1);
@@ -268,7 +365,9 @@ SalePanels::SalePanels(QWidget* parent) : QWidget(parent) {
         grid->addWidget(Value(f, QStringLiteral("lblStartedD")), 3, 1);
         grid->addWidget(Plain(f, QStringLiteral("Ends:")), 3, 2);
         grid->addWidget(Value(f, QStringLiteral("lblEndsD")), 3, 3);
-        grid->addWidget(FixedList(f, QStringLiteral("lstDutchWinners")), 4, 0, 1, 4);
+        grid->addWidget(
+            FixedList(f, QStringLiteral("lstDutchWinners"), QStringLiteral("Winning bidders")), 4,
+            0, 1, 4);
         grid->setColumnStretch(1, 1);
         grid->setColumnStretch(3, 1);
     }
@@ -325,6 +424,11 @@ void SalePanels::Clear() {
     ShowSale(views::ClearSalePanel());
 }
 
+void SalePanels::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    RecolourAfter(this, event);
+}
+
 QString SalePanels::TimeLeft() const {
     return Child<QLabel>(m_fraAuctionInfo, QStringLiteral("lblTimeLeft"))->text();
 }
@@ -354,11 +458,13 @@ BidPanels::BidPanels(QWidget* parent) : QWidget(parent) {
         grid->addWidget(Value(f, QStringLiteral("lblBidQuantity")), 3, 1);
         grid->addWidget(Plain(f, QStringLiteral("High Bidder:")), 3, 2);
         grid->addWidget(NameWithStar(f, Value(f, QStringLiteral("lblBidHighBidderName")),
-                                     Star(f, QStringLiteral("picBidStar"))),
+                                     Star(f, QStringLiteral("picBidStar"),
+                                          QStringLiteral("High bidder's feedback star"))),
                         3, 3);
         grid->addWidget(Plain(f, QStringLiteral("Seller:")), 4, 2);
         grid->addWidget(NameWithStar(f, Value(f, QStringLiteral("lblBidSellerName")),
-                                     Star(f, QStringLiteral("PicSellerStar"))),
+                                     Star(f, QStringLiteral("PicSellerStar"),
+                                          QStringLiteral("Seller's feedback star"))),
                         4, 3);
         grid->addWidget(Plain(f, QStringLiteral("Started:")), 5, 0);
         grid->addWidget(Value(f, QStringLiteral("lblBidStarted")), 5, 1);
@@ -386,7 +492,8 @@ BidPanels::BidPanels(QWidget* parent) : QWidget(parent) {
             grid->addWidget(word, i / 2, (i % 2) * 2);
             grid->addWidget(value, i / 2, (i % 2) * 2 + 1);
         }
-        grid->addWidget(FixedList(f, QStringLiteral("lstDutchBidders")), 3, 0, 1, 4);
+        grid->addWidget(FixedList(f, QStringLiteral("lstDutchBidders"), QStringLiteral("Bidders")),
+                        3, 0, 1, 4);
         grid->setColumnStretch(1, 1);
         grid->setColumnStretch(3, 1);
     }
@@ -437,6 +544,11 @@ void BidPanels::ShowBid(const views::BidDetails& details) {
     SetWords(f, p.words, 70, 61, 62);
     m_frmDutchBid->hide();
     m_fraBidInfo->show();
+}
+
+void BidPanels::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    RecolourAfter(this, event);
 }
 
 void BidPanels::Clear() {

@@ -5,6 +5,7 @@
 // worked out; they never read or write the database.
 #pragma once
 
+#include <QColor>
 #include <QPixmap>
 #include <QString>
 #include <QWidget>
@@ -18,9 +19,14 @@ class QListWidget;
 namespace lw::ui {
 
 // The picture of a star name of views::StarIconFor ("eBayNoStar",
-// "eBay10-99", ...), from the window's resources; an empty picture for an
-// unknown name.
-QPixmap StarPicture(const QString& name);
+// "eBay10-99", ...), 16 by 16 device-independent pixels drawn at the given
+// pixel density, its outline readable on background; an empty picture for
+// an unknown name.
+QPixmap StarPicture(const QString& name, qreal devicePixelRatio = 1.0,
+                    const QColor& background = Qt::white);
+// What the star of that name says about the feedback score, as its tip
+// tells it; empty for an unknown name.
+QString StarMeaning(const QString& name);
 
 // fraAuctionInfo and fraDutchInfo; one of them is shown.
 class SalePanels : public QWidget {
@@ -40,6 +46,10 @@ public:
     // The time left of the plain panel, as the pop-up menu judges it.
     QString TimeLeft() const;
 
+protected:
+    // A new palette chooses the green and red afresh.
+    void changeEvent(QEvent* event) override;
+
 private:
     QGroupBox* m_fraAuctionInfo = nullptr;
     QGroupBox* m_fraDutchInfo = nullptr;
@@ -54,6 +64,9 @@ public:
     void ShowBid(const views::BidDetails& details);
     // ClearBidPanel.
     void Clear();
+
+protected:
+    void changeEvent(QEvent* event) override;
 
 private:
     QGroupBox* m_fraBidInfo = nullptr;

@@ -3,8 +3,12 @@
 // head clicks turned into the sort of the column clicked.
 #include "ui/listing_grid.h"
 
+#include <QContextMenuEvent>
+#include <QEvent>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+
+#include "ui/readable_colour.h"
 
 namespace lw::ui {
 
@@ -18,6 +22,9 @@ constexpr int kTwipsPerPixel = 15;
 
 QVariant CappedTextModel::data(const QModelIndex& index, int role) const {
     QVariant value = QIdentityProxyModel::data(index, role);
+    if (role == Qt::ForegroundRole && value.canConvert<QColor>() && m_background.isValid()) {
+        return QVariant(StateColourOn(value.value<QColor>(), m_background));
+    }
     if (role == Qt::DisplayRole || role == Qt::ToolTipRole) {
         const QString text = value.toString();
         if (text.size() > kCellLength) {
@@ -31,13 +38,14 @@ ListingGrid::ListingGrid(const QString& name, views::ListingModel& model, QWidge
     : QTableView(parent), m_listing(model) {
     setObjectName(name);
     m_capped.setSourceModel(&model);
+    m_capped.SetBackground(palette().color(QPalette::Base));
     setModel(&m_capped);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setWordWrap(false);
     setSortingEnabled(false);
-    setContextMenuPolicy(Qt::CustomContextMenu);
+    setContextMenuPolicy(Qt::DefaultContextMenu);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
     verticalHeader()->hide();
@@ -58,14 +66,6 @@ ListingGrid::ListingGrid(const QString& name, views::ListingModel& model, QWidge
                     Q_EMIT RowChanged(current.row());
                 }
             });
-    connect(this, &QWidget::customContextMenuRequested, this, [this](const QPoint& pos) {
-        const QModelIndex index = indexAt(pos);
-        if (!index.isValid() || m_listing.ItemNumber(index.row()).isEmpty()) {
-            return;
-        }
-        selectRow(index.row());
-        Q_EMIT PopupRequested(index.row(), viewport()->mapToGlobal(pos));
-    });
 }
 
 void ListingGrid::ApplyWidths() {
@@ -76,6 +76,34 @@ void ListingGrid::ApplyWidths() {
     }
     setColumnWidth(views::ListingModel::kEnd,
                    fontMetrics().horizontalAdvance(QStringLiteral("00/00/00, 00:00:00 PST")) + 16);
+}
+
+void ListingGrid::contextMenuEvent(QContextMenuEvent* event) {
+    // From the keyboard (the menu key, Shift+F10) the menu is of the row that
+    // has the focus and opens over it; from the mouse, of the row clicked.
+    QModelIndex index;
+    QPoint pos;
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        index = currentIndex();
+        pos = visualRect(index).center();
+    } else {
+        pos = viewport()->mapFromGlobal(event->globalPos());
+        index = indexAt(pos);
+    }
+    if (!index.isValid() || m_listing.ItemNumber(index.row()).isEmpty()) {
+        return;
+    }
+    event->accept();
+    selectRow(index.row());
+    Q_EMIT PopupRequested(index.row(), viewport()->mapToGlobal(pos));
+}
+
+void ListingGrid::changeEvent(QEvent* event) {
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        m_capped.SetBackground(palette().color(QPalette::Base));
+        viewport()->update();
+    }
 }
 
 int ListingGrid::CurrentRow() const {

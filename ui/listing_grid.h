@@ -6,6 +6,7 @@
 // sorts by that column's rule. It never reads the database.
 #pragma once
 
+#include <QColor>
 #include <QIdentityProxyModel>
 #include <QTableView>
 
@@ -14,12 +15,17 @@
 namespace lw::ui {
 
 // Cell texts as the grid draws them: at most a few hundred characters, which
-// is more than a column shows.
+// is more than a column shows; and the green and red of the high-bid cells
+// kept readable on the grid's background, light or dark.
 class CappedTextModel : public QIdentityProxyModel {
     Q_OBJECT
 public:
     using QIdentityProxyModel::QIdentityProxyModel;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    void SetBackground(const QColor& background) { m_background = background; }
+
+private:
+    QColor m_background;
 };
 
 class ListingGrid : public QTableView {
@@ -38,8 +44,12 @@ Q_SIGNALS:
     void HeadClicked(int column);
     // The focus moved to another row.
     void RowChanged(int row);
-    // A right click on a row with an item number.
+    // A right click, or the menu key, on a row with an item number.
     void PopupRequested(int row, const QPoint& globalPos);
+
+protected:
+    void changeEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     void ApplyWidths();

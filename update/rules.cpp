@@ -320,7 +320,7 @@ bool CheckRuleUpdateWith(RuleStore& rules, const std::function<Database&()>& dat
     FetchOutcome outcome = FetchOutcome::Failed;
     QString body;
     try {
-        const QString checkFile = configs + QStringLiteral("update.txt");
+        const QString checkFile = session.ScratchDir + QStringLiteral("update.txt");
         QFile::remove(checkFile);  // a stale answer must never pass for a new one
         outcome = fetch(rules.LookupKey(QStringLiteral("Protocols"),
                                         QStringLiteral("ProtocolCheckUrl"), kSiteStore),

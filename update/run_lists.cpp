@@ -74,7 +74,7 @@ QStringList RunList(UpdateCommand command) {
 }
 
 QString RunListPath() {
-    return core::CurrentSession().ConfigsDir + QStringLiteral("RunProt.dat");
+    return core::CurrentSession().ScratchDir + QStringLiteral("RunProt.dat");
 }
 
 bool WriteRunList(const QString& path, const QStringList& lines, QString* error) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The run lists: which protocols an update command runs, in order, and the
-// file RunProt.dat in ConfigsDir that carries the list from the command to
+// file RunProt.dat in ScratchDir that carries the list from the command to
 // the update window. The lists name protocol sections; nothing here reads a
 // protocol's keys or runs anything.
 #pragma once
@@ -36,7 +36,7 @@ QStringList RunList(UpdateCommand command);
 // Sites).
 QStringList RuleUpdateList(const RuleStore& rules);
 
-// ConfigsDir & "RunProt.dat".
+// ScratchDir & "RunProt.dat".
 QString RunListPath();
 // Writes the lines, one a line; false with a message naming the file when it
 // cannot be written.

@@ -13,6 +13,7 @@
 #include <optional>
 
 #include "core/page_charset.h"
+#include "core/secrets.h"
 #include "core/session.h"
 #include "core/text.h"
 
@@ -33,28 +34,37 @@ const QString& CgiPath() {
 // A connection test that waits longer than this is as good as offline.
 constexpr int kConnectTestMs = 3000;
 
+// The site password is not in the row: it is asked of core/secrets.h only
+// when a sign-in needs it.
 struct SiteRow {
     bool found = false;
     QString userId;
-    QString password;
     QVariant encodedPassword;  // null when the site has not handed one back yet
     QVariant lastUpdate;
 };
 
 SiteRow ReadSiteRow(Database& db, int siteNumber) {
     core::Statement query = db.Prepare(
-        QStringLiteral("SELECT UserID, UserPassword, EncodedPassword, LastUpdate FROM UserSites "
+        QStringLiteral("SELECT UserID, EncodedPassword, LastUpdate FROM UserSites "
                        "WHERE UserName = ? AND AuctionSiteFlag = ? ORDER BY rowid LIMIT 1"));
     query.BindAll(CurrentSession().CurrentUser, siteNumber);
     SiteRow row;
     if (query.Step()) {
         row.found = true;
         row.userId = query.Text(QStringLiteral("UserID"));
-        row.password = query.Text(QStringLiteral("UserPassword"));
         row.encodedPassword = query.Value(QStringLiteral("EncodedPassword"));
         row.lastUpdate = query.Value(QStringLiteral("LastUpdate"));
     }
     return row;
+}
+
+// The sign-in post for the current user at site 0, with the password held
+// only for the post.
+QString SignIn(Database& db, const SiteRow& row) {
+    QString password = core::SitePassword(db, CurrentSession().CurrentUser, 0);
+    const QString fetched = FetchEncodedPassword(db, row.userId, password);
+    core::Scrub(password);
+    return fetched;
 }
 
 void StoreEncodedPassword(Database& db, const QString& encoded) {
@@ -498,7 +508,7 @@ bool RefreshEncodedPassword(Database& db) {
     if (!row.found) {
         return false;
     }
-    const QString fetched = FetchEncodedPassword(db, row.userId, row.password);
+    const QString fetched = SignIn(db, row);
     if (fetched.isEmpty()) {
         return false;
     }
@@ -514,7 +524,7 @@ QString GetEncodedPassword(Database& db) {
     if (!row.encodedPassword.isNull()) {
         return row.encodedPassword.toString();
     }
-    const QString fetched = FetchEncodedPassword(db, row.userId, row.password);
+    const QString fetched = SignIn(db, row);
     if (fetched.isEmpty()) {
         // Left null, so that the next address that needs it asks again.
         return {};

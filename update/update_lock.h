@@ -5,9 +5,10 @@
 // process that is gone is taken over. Nothing here runs an update.
 #pragma once
 
-#include <QLockFile>
 #include <QString>
 #include <functional>
+
+#include "core/root_lock.h"
 
 namespace lw::update {
 
@@ -20,24 +21,24 @@ public:
     UpdateLock& operator=(const UpdateLock&) = delete;
 
     // Takes the lock unless another update holds it.
-    bool TryLock();
+    bool TryLock() { return m_lock.TryLock(); }
     // Waits for the lock; keepWaiting is asked between tries and gives up on
     // false. False also when the lock file cannot be made at all.
-    bool Lock(const std::function<bool()>& keepWaiting);
-    void Unlock();
-    bool Busy() const;  // the last try failed because another update holds it
+    bool Lock(const std::function<bool()>& keepWaiting) { return m_lock.Lock(keepWaiting); }
+    void Unlock() { m_lock.Unlock(); }
+    // The last try failed because another update holds it.
+    bool Busy() const { return m_lock.Busy(); }
 
     // The process of the update that holds the lock, 0 when not known.
-    qint64 HolderPid() const;
+    qint64 HolderPid() const { return m_lock.HolderPid(); }
     // Why the last try failed, as the user is told.
     QString FailureMessage() const;
-    QString Path() const { return m_path; }
+    QString Path() const { return m_lock.Path(); }
 
     static QString PathIn(const QString& dataDir);
 
 private:
-    QString m_path;
-    QLockFile m_file;
+    core::RootLock m_lock;
 };
 
 }  // namespace lw::update

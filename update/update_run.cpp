@@ -168,11 +168,11 @@ int UpdateRun::ProgressStep(qsizetype protocolCount) {
 }
 
 QString UpdateRun::UpdatePagePath() {
-    return CurrentSession().ConfigsDir + QStringLiteral("update.txt");
+    return CurrentSession().ScratchDir + QStringLiteral("update.txt");
 }
 
 QString UpdateRun::AncillaryPagePath() {
-    return CurrentSession().ConfigsDir + QStringLiteral("ancillary.txt");
+    return CurrentSession().ScratchDir + QStringLiteral("ancillary.txt");
 }
 
 FetchResult UpdateRun::Fetch(const QString& url, QByteArray& page) {

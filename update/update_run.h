@@ -91,7 +91,7 @@ public:
     // Why the last run stopped with StoreFailed, as the user was told.
     const QString& StoreFailure() const { return m_storeFailure; }
 
-    // Where a page that the rules could not read is kept, in ConfigsDir.
+    // Where a page that the rules could not read is kept, in ScratchDir.
     static QString UpdatePagePath();
     static QString AncillaryPagePath();
 

@@ -16,6 +16,7 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/text.h"
+#include "core/tracking.h"
 #include "update/rules.h"
 
 namespace lw::update {
@@ -31,7 +32,7 @@ constexpr long kFtpConnectTimeoutMs = 5000;
 constexpr long kFtpTotalTimeoutMs = 15000;
 
 QString ReportPath() {
-    return CurrentSession().ConfigsDir + QStringLiteral("trkrpt.dat");
+    return CurrentSession().ScratchDir + QStringLiteral("trkrpt.dat");
 }
 
 // A Yes/No column as it reads in text: "True" or "False".
@@ -235,8 +236,8 @@ ReportSender FtpReportSender() {
 
 bool PrepareUsageReport(Database& db, const ReportSender& send, const QDate& today) {
     try {
-        if (core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
-                             QStringLiteral("Track")) == QLatin1String("OFF")) {
+        // Off until the user switched it on: nothing is written or sent.
+        if (!core::UsageReportOn()) {
             return false;
         }
         const QString path = ReportPath();

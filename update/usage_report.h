@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The usage report: every ten days at most, a small file of counters
-// (trkrpt.dat) sent by FTP to the address in the rule store. Tracking may be
-// switched off; any failure is ignored, because counting may never stop real work.
+// (trkrpt.dat) sent by FTP to the address in the rule store. Nothing is sent
+// until the user switches the report on (core::UsageReportOn); any failure is
+// ignored, because counting may never stop real work.
 #pragma once
 
 #include <QDate>
@@ -15,7 +16,8 @@ namespace lw::update {
 // Sends a file; true when sent. Injected so tests need no FTP server.
 using ReportSender = std::function<bool(const QString& file)>;
 
-// Writes trkrpt.dat when due and sends it; returns true when a report was sent.
+// Writes trkrpt.dat when switched on and due, and sends it; returns true when
+// a report was sent. Switched off, it touches nothing.
 bool PrepareUsageReport(core::Database& db, const ReportSender& send = {});
 // The same with today's date given.
 bool PrepareUsageReport(core::Database& db, const ReportSender& send, const QDate& today);

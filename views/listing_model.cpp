@@ -190,6 +190,24 @@ QString ListingModel::EndText(int row) const {
     return m_timeLeftCache[at];
 }
 
+int ListingModel::FindRow(const QString& text, int from) const {
+    const QString wanted = text.trimmed();
+    const int count = rowCount();
+    if (wanted.isEmpty() || count == 0) {
+        return -1;
+    }
+    const int start = (from >= 0 && from < count) ? from : 0;
+    for (int step = 0; step < count; ++step) {
+        const int row = (start + step) % count;
+        const ListingRow& r = m_rows[static_cast<size_t>(row)];
+        if (r.item.trimmed().compare(wanted, Qt::CaseInsensitive) == 0 ||
+            r.title.contains(wanted, Qt::CaseInsensitive)) {
+            return row;
+        }
+    }
+    return -1;
+}
+
 bool ListingModel::IsDutchRow(int row) const {
     return row >= 0 && row < rowCount() && m_rows[static_cast<size_t>(row)].bids == DutchMark();
 }

@@ -64,6 +64,10 @@ public:
     CellColour HighBidColour(int row) const;
     double HighBidValue(int row) const;
 
+    // The first row from `from` on, wrapping round to the top, whose item
+    // number is text or whose title holds it, case aside; -1 when none.
+    int FindRow(const QString& text, int from) const;
+
     // Column 4 shows the time left (current view) or the end day (archive).
     bool ShowsTimeLeft() const { return m_timeLeft; }
     // "Time Left" or "Ended"; the item panel's word is EndLabel().

@@ -10,6 +10,19 @@
 
 namespace lw::test {
 
+namespace {
+
+// Every suite keeps the site password in its own database, also when it runs
+// straight from the build folder rather than under ctest: no test may reach
+// the keyring of the person who runs it. The keyring suite turns it back on
+// inside its own private bus.
+struct KeyringOffInTests {
+    KeyringOffInTests() { qputenv("LOTWRIGHT_KEYRING", "off"); }
+};
+const KeyringOffInTests kKeyringOffInTests;
+
+}  // namespace
+
 void ScriptedUi::Message(const QString& text, const QString& title, core::Icon) {
     m_shown.push_back({QStringLiteral("message"), text, title});
 }
