@@ -5,9 +5,9 @@
 # exactly as in the sources, the desktop entry, the AppStream metadata, the
 # icons at their sizes and the man pages, each carrying the project's version
 # where it names one, and both desktop validators' approval where they are
-# installed. Then the installed command line runs as a user would: it finds
-# its shipped files from bin/, keeps the user's data in the home folder and
-# writes nothing under the prefix.
+# installed. Then the installed programs run as a user would: each tells its
+# version, and the command line finds its shipped files from bin/, keeps the
+# user's data in the home folder and writes nothing under the prefix.
 #   install_test.sh BUILD_DIR SOURCE_DIR VERSION
 set -uo pipefail
 
@@ -104,9 +104,16 @@ fi
 before=$(cd "${prefix}" && find . -printf '%p %s %T@\n' | sort)
 home="${work}/home"
 mkdir -p "${home}"
+# The password stays in the scratch database, away from any keyring.
 run() {
-    env -i PATH=/usr/bin:/bin HOME="${home}" LANG=C.UTF-8 "${prefix}/bin/$@"
+    env -i PATH=/usr/bin:/bin HOME="${home}" LANG=C.UTF-8 LOTWRIGHT_KEYRING=off \
+        "${prefix}/bin/$@"
 }
+for program in ${expected_bin}; do
+    answer=$(run "${program}" --version 2>&1)
+    [ "${answer}" = "${program} ${version}" ] ||
+        fail "the installed ${program} --version says \"${answer}\", not \"${program} ${version}\""
+done
 run lotwright-cli init --user Tester --site-id tester --password secret \
     --email tester@example.com >"${work}/init.log" 2>&1 || {
     cat "${work}/init.log"
