@@ -595,7 +595,8 @@ std::string MarketStore::AddPending(const PendingListing& listing, std::int64_t 
     const std::uint64_t mixed =
         (static_cast<std::uint64_t>(serial) * 0x9E3779B97F4A7C15ULL) ^
         static_cast<std::uint64_t>(listing.sellerId) * 0xBF58476D1CE4E5B9ULL;
-    const std::string token = "L" + std::to_string(serial) + "x" + std::to_string(mixed % 1000003);
+    std::string token(1, 'L');
+    token.append(std::to_string(serial)).append(1, 'x').append(std::to_string(mixed % 1000003));
     const Item& item = listing.item;
     m_db.Prepare(
             "INSERT INTO pending (token, seller, title, category, description, location, "

@@ -128,7 +128,7 @@ private:
                 name += std::to_string(serial);
             }
             if (m_store.FindUser(name)) {
-                name += "_" + std::to_string(i);
+                name.append(1, '_').append(std::to_string(i));
             }
             AddUser(name, "pw" + std::to_string(m_random.Between(1000, 9999)),
                     static_cast<int>(m_random.Between(0, 900)));

@@ -163,8 +163,10 @@ std::string HiddenFields(const std::string& page, const std::string& action) {
     std::string body;
     for (auto field = std::sregex_iterator(form.begin(), form.end(), kHidden);
          field != std::sregex_iterator(); ++field) {
-        body +=
-            (body.empty() ? "" : "&") + Site::Encode((*field)[1]) + "=" + Site::Encode((*field)[2]);
+        if (!body.empty()) {
+            body += '&';
+        }
+        body.append(Site::Encode((*field)[1])).append(1, '=').append(Site::Encode((*field)[2]));
     }
     return body;
 }
