@@ -353,7 +353,7 @@ QWidget* frmUserPreferences::BuildConnectionTab() {
     m_spnConnections->setObjectName(QStringLiteral("spnConnections"));
     m_spnConnections->setRange(update::kFewestConnections, update::kMostConnections);
     auto* lblConnections =
-        new QLabel(QStringLiteral("Connections to the site during an update:"), page);
+        new QLabel(QStringLiteral("Connections to the site durin&g an update:"), page);
     lblConnections->setObjectName(QStringLiteral("lblConnections"));
     lblConnections->setBuddy(m_spnConnections);
     auto* lblConnectionsNote = new QLabel(admin::ConnectionsNote(), page);
