@@ -29,26 +29,12 @@ using lw::test::TempRoot;
 
 namespace {
 
-struct CliRun {
-    int code = -1;
-    QString out;
-    QString err;
-};
+using CliRun = lw::test::ProgramRun;
 
 // Runs lotwright-cli on root with args; input is all its standard input.
-CliRun Cli(const QString& root, QStringList args, const QByteArray& input = {}) {
-    QProcess process;
-    args.prepend(root);
-    args.prepend(QStringLiteral("--root"));
-    process.start(BinDir() + QStringLiteral("/lotwright-cli"), args);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(60000)) {
-        process.kill();
-        return {};
-    }
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+CliRun Cli(const QString& root, const QStringList& args, const QByteArray& input = {}) {
+    return lw::test::RunProgram(BinDir() + QStringLiteral("/lotwright-cli"),
+                                QStringList{QStringLiteral("--root"), root} + args, input);
 }
 
 CliRun Init(const QString& root, const QString& user = QStringLiteral("Ann")) {

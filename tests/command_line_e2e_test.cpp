@@ -14,31 +14,14 @@ using lw::test::BinDir;
 
 namespace {
 
-struct Outcome {
-    int code = -1;
-    QString out;
-    QString err;
-};
+using Outcome = lw::test::ProgramRun;
 
 Outcome Start(const QString& program, const QStringList& args) {
-    QProcess process;
     // No platform the window could open on: a program that made its
     // application before answering would end on that, not with its answer.
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("no-such-platform"));
-    env.remove(QStringLiteral("DISPLAY"));
-    env.remove(QStringLiteral("WAYLAND_DISPLAY"));
-    process.setProcessEnvironment(env);
-    process.start(BinDir() + u'/' + program, args);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(60000)) {
-        process.kill();
-        process.waitForFinished();
-        return {};
-    }
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    return lw::test::RunProgram(BinDir() + u'/' + program, args, {},
+                                {QStringLiteral("QT_QPA_PLATFORM=no-such-platform"),
+                                 QStringLiteral("DISPLAY"), QStringLiteral("WAYLAND_DISPLAY")});
 }
 
 }  // namespace

@@ -33,30 +33,12 @@ using lw::test::TempRoot;
 
 namespace {
 
-struct CliRun {
-    int code = -1;
-    QString out;
-    QString err;
-};
+using CliRun = lw::test::ProgramRun;
 
 // env: variables set for the child on top of this process's.
 CliRun Execute(const QString& program, const QStringList& args,
                const QStringList& env = QStringList()) {
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const QString& pair : env) {
-        environment.insert(pair.section(u'=', 0, 0), pair.section(u'=', 1));
-    }
-    process.setProcessEnvironment(environment);
-    process.start(program, args);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(120000)) {
-        process.kill();
-        process.waitForFinished();
-        return {};
-    }
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    return lw::test::RunProgram(program, args, {}, env);
 }
 
 // The keyring's entry as another process reads it; nullopt when it has none.

@@ -76,11 +76,7 @@ struct SiteTruth {
     std::string clock;
 };
 
-struct CliRun {
-    int code = -1;
-    QString out;
-    QString err;
-};
+using CliRun = lw::test::ProgramRun;
 
 class UpdateE2e : public ::testing::Test {
 protected:
@@ -125,19 +121,9 @@ protected:
 
     QString Home() const { return m_root.File(QStringLiteral("home")); }
 
-    CliRun Cli(QStringList args) {
-        QProcess process;
-        args.prepend(Home());
-        args.prepend(QStringLiteral("--root"));
-        process.start(BinDir() + QStringLiteral("/lotwright-cli"), args);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(120000)) {
-            process.kill();
-            process.waitForFinished();
-            return {};
-        }
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+    CliRun Cli(const QStringList& args) {
+        return lw::test::RunProgram(BinDir() + QStringLiteral("/lotwright-cli"),
+                                    QStringList{QStringLiteral("--root"), Home()} + args);
     }
 
     // The site logs a request after answering it: the log is read once it

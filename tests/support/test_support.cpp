@@ -3,6 +3,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <stdexcept>
 
 #include "core/session.h"
@@ -110,6 +111,31 @@ QString TempRoot::Write(const QString& relative, const QByteArray& bytes) const 
         throw std::runtime_error("cannot write test file");
     }
     return path;
+}
+
+ProgramRun RunProgram(const QString& program, const QStringList& args, const QByteArray& input,
+                      const QStringList& env) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString& change : env) {
+        if (change.contains(u'=')) {
+            environment.insert(change.section(u'=', 0, 0), change.section(u'=', 1));
+        } else {
+            environment.remove(change);
+        }
+    }
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(program, args);
+    process.write(input);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(120000)) {
+        process.kill();
+        process.waitForFinished();
+        return {};
+    }
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
 }
 
 QByteArray ReadAll(const QString& path) {

@@ -83,6 +83,18 @@ private:
 
 QByteArray ReadAll(const QString& path);
 
+// How a program run as a child ended and what it wrote.
+struct ProgramRun {
+    int code = -1;  // -1: it crashed or did not end within two minutes
+    QString out;
+    QString err;
+};
+// Runs program with args; input is all its standard input. env changes this
+// process's environment for the child: "NAME=VALUE" sets a variable, a bare
+// "NAME" removes it.
+ProgramRun RunProgram(const QString& program, const QStringList& args, const QByteArray& input = {},
+                      const QStringList& env = {});
+
 // Puts the session on ui and makes the folders of a new program root in
 // root, with the shipped files taken from the sources and, when asked, the
 // settings kept under root. Returns what went wrong, empty when nothing did.
