@@ -13,9 +13,10 @@
 namespace lw::admin {
 
 bool PrepareStartup(const QString& appRoot, QString* error) {
-    if (!core::SetupDirectories(appRoot, error)) {
-        return false;
-    }
+    return core::SetupDirectories(appRoot, error) && PrepareSetUpRoot(error);
+}
+
+bool PrepareSetUpRoot(QString* error) {
     try {
         core::Database db = core::OpenStore();
         update::InstallRuleStore(update::Rules(), db);

@@ -22,6 +22,9 @@ namespace lw::admin {
 // folders or the database cannot be had; rule store failures are told by
 // their own messages and do not stop the start.
 bool PrepareStartup(const QString& appRoot, QString* error);
+// The same on a root whose folders SetupDirectories has already made (the
+// window makes them first, to take the root's lock before the database).
+bool PrepareSetUpRoot(QString* error);
 
 // "Tolvane Lotwright Pro: Welcome " & user & "!"
 QString WelcomeCaption(const QString& user);

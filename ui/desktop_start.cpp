@@ -56,10 +56,10 @@ void ShowTipOnFirstActivation(frmAuction* window) {
 
 // The start once the root's window lock is held: every step up to the main
 // window shown.
-void StartUnderLock(const QString& appRoot, DesktopStart& start) {
+void StartUnderLock(DesktopStart& start) {
     core::Ui& ui = core::CurrentUi();
     QString error;
-    if (!admin::PrepareStartup(appRoot, &error)) {
+    if (!admin::PrepareSetUpRoot(&error)) {
         ui.Message(error, kTitle, core::Icon::Critical);
         start.exitCode = 1;
         return;
@@ -134,7 +134,7 @@ DesktopStart StartDesktop(const QString& appRoot) {
         start.exitCode = 1;
         return start;
     }
-    StartUnderLock(appRoot, start);
+    StartUnderLock(start);
     if (!start.window) {
         start.lock.reset();
     }
