@@ -186,24 +186,26 @@ int main(int argc, char** argv) {
         }
     }
 
-    // The update window at work: taken from inside the run, when the second
-    // page is asked for.
+    // The update window at work: taken from inside the run, when the address
+    // of its second page is made (on the window's thread: the pages
+    // themselves come over the run's connections).
     try {
         lw::core::Database db = lw::core::OpenStore();
         lw::update::WriteRunList(lw::update::RunList(lw::update::UpdateCommand::UpdateBids));
         lw::update::UpdateHooks hooks = lw::update::DefaultUpdateHooks(db);
         hooks.redraw = [window] { window->RedrawViews(); };
-        int fetches = 0;
+        int addresses = 0;
         bool taken = false;
-        auto fetch = hooks.fetch;
-        hooks.fetch = [&](const QString& url, QByteArray& page) {
-            if (++fetches == 2 && !taken) {
+        auto buildUrl = hooks.buildUrl;
+        hooks.buildUrl = [&](const QString& url, int siteNumber, const QStringList& fields,
+                             const QStringList& values, qint64 pageOffset) {
+            if (++addresses == 2 && !taken) {
                 if (QWidget* update = VisibleTopLevel(QStringLiteral("frmUpdate"))) {
                     shots.Take(update, QStringLiteral("frmUpdate"));
                     taken = true;
                 }
             }
-            return fetch(url, page);
+            return buildUrl(url, siteNumber, fields, values, pageOffset);
         };
         lw::ui::ShowUpdateWindow(db, window, std::move(hooks));
         if (!taken) {
