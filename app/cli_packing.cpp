@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-cli packing-list and remittance: the task manager's build of the
 // document, with the panel, the printer and the word processor replaced by
-// standard output and the files named on the command line.
+// standard output and the files named on the command line. It never marks a
+// task printed whose PDF was not written.
 #include "app/cli_packing.h"
 
 #include <QStringList>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Building the packing list and the remittance advice from their templates.
-// Every value read from the database is bound; the tokens are replaced in the
-// document so that each keeps the template's formatting.
+// Every value read from the database is bound, never put into SQL text; the
+// tokens are replaced in the document so that each keeps the template's
+// formatting, and the template file itself is never written.
 #include "tasks/packing_list.h"
 
 #include <QDate>
@@ -231,30 +232,32 @@ QString PaymentSentence(const QString& method, double bids, double tax, double s
     return {};
 }
 
-// Loads the side's template; the outcome keeps why it could not be read.
-PackingOutcome LoadTemplate(Side side, QTextDocument& document) {
+// Loads the side's template (the outcome keeps why it could not be read) and
+// names the frame after the record's item. Without a record the document is
+// emptied and the outcome is final.
+PackingOutcome Begin(Side side, const Row& record, QTextDocument& document) {
     PackingOutcome outcome;
     const richtext::LoadResult loaded = richtext::LoadRtfFile(PackingTemplatePath(side), document);
     if (!loaded.ok) {
         outcome.templateProblem = loaded.message;
     }
-    return outcome;
-}
-
-PackingOutcome NoRecord(PackingOutcome outcome, QTextDocument& document) {
-    document.clear();
-    outcome.status = PackingStatus::NoRecord;
+    if (!record) {
+        document.clear();
+        outcome.status = PackingStatus::NoRecord;
+        return outcome;
+    }
+    outcome.frameTitle = (IsSalesSide(side) ? QStringLiteral("Packing List for #")
+                                            : QStringLiteral("Remittance Advice for #")) +
+                         Text(record, QStringLiteral("ItemNumber"));
     return outcome;
 }
 
 PackingOutcome BuildSale(core::Database& db, const SelectedItem& item, QTextDocument& document) {
-    PackingOutcome outcome = LoadTemplate(Side::Sales, document);
     const Row record = ReadSale(db, item);
+    PackingOutcome outcome = Begin(Side::Sales, record, document);
     if (!record) {
-        return NoRecord(outcome, document);
+        return outcome;
     }
-    const QString itemNumber = Text(record, QStringLiteral("ItemNumber"));
-    outcome.frameTitle = QStringLiteral("Packing List for #") + itemNumber;
 
     const Owner owner = ReadOwner(db, record);
     const QString myAddress = owner.Address();
@@ -278,7 +281,7 @@ PackingOutcome BuildSale(core::Database& db, const SelectedItem& item, QTextDocu
 
     QString items = ItemLine(record);
     const auto others = OtherItems(db, QStringLiteral("All Auctions with Pending Tasks"),
-                                   QStringLiteral("HighBidderName"), itemNumber, buyer);
+                                   QStringLiteral("HighBidderName"), item.itemNumber, buyer);
     if (IncludeOthers(others, buyer + QStringLiteral(" has won ") + QString::number(others.size()) +
                                   QStringLiteral(" other auction(s).  Would you like to include "
                                                  "those items in your packing list?"))) {
@@ -292,13 +295,11 @@ PackingOutcome BuildSale(core::Database& db, const SelectedItem& item, QTextDocu
 }
 
 PackingOutcome BuildBid(core::Database& db, const SelectedItem& item, QTextDocument& document) {
-    PackingOutcome outcome = LoadTemplate(Side::Bids, document);
     const Row record = ReadSelectedRecord(db, item);
+    PackingOutcome outcome = Begin(Side::Bids, record, document);
     if (!record) {
-        return NoRecord(outcome, document);
+        return outcome;
     }
-    const QString itemNumber = Text(record, QStringLiteral("ItemNumber"));
-    outcome.frameTitle = QStringLiteral("Remittance Advice for #") + itemNumber;
     const QVariant method = record->value(QStringLiteral("OrderPaymentMethod"));
     if (!PaymentMethodSet(method)) {
         core::CurrentUi().Message(QStringLiteral("Please enter payment info for this item before "
@@ -336,7 +337,7 @@ PackingOutcome BuildBid(core::Database& db, const SelectedItem& item, QTextDocum
     double shipping = core::NumberRule(record->value(QStringLiteral("OrderShipping")));
     QString items = ItemLine(record);
     const auto others = OtherItems(db, QStringLiteral("All Bids with Pending Tasks"),
-                                   QStringLiteral("SellerName"), itemNumber, seller);
+                                   QStringLiteral("SellerName"), item.itemNumber, seller);
     if (IncludeOthers(others, QStringLiteral("You have won ") + QString::number(others.size()) +
                                   QStringLiteral(" other auction(s) from ") + seller +
                                   QStringLiteral(".  Would you like to include those items in "

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The payment list and the names of stored payment methods.
+// The payment list and the names of stored payment methods. A stored index
+// the list does not have names no method; it never fails.
 #include "tasks/payment_methods.h"
 
 namespace lw::tasks {
