@@ -98,10 +98,9 @@ int WriteSelectedRecord(core::Database& db, const SelectedItem& item, const QVar
         assignments << QuotedName(column) + QStringLiteral(" = ?");
     }
     const int keyFirst = static_cast<int>(fields.size()) + 1;
-    // The later number first, so that a renumbered ?1 is not renumbered again.
     QString where = KeyClause(item);
-    where.replace(QStringLiteral("?2"), QLatin1Char('?') + QString::number(keyFirst + 1))
-        .replace(QStringLiteral("?1"), QLatin1Char('?') + QString::number(keyFirst));
+    where.replace(QStringLiteral("?1"), QLatin1Char('?') + QString::number(keyFirst))
+        .replace(QStringLiteral("?2"), QLatin1Char('?') + QString::number(keyFirst + 1));
     auto statement = db.Prepare(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") +
                                 assignments.join(QStringLiteral(", ")) +
                                 QStringLiteral(" WHERE ") + where);
