@@ -68,7 +68,9 @@ PackingOutcome BuildPackingList(core::Database& db, const SelectedItem& item,
 // other pending bids won from the seller (default Yes).
 PackingOutcome BuildRemittanceAdvice(core::Database& db, const SelectedItem& item,
                                      QTextDocument& document);
-// The one of the two that the item's side calls for.
+// The one of the two that the item's side calls for. After a build the window
+// puts the caret at the start, shows the outcome's panel (selecting its node
+// when the build stopped) and refreshes the task icons.
 PackingOutcome BuildPackingDocument(core::Database& db, const SelectedItem& item,
                                     QTextDocument& document);
 
