@@ -122,17 +122,6 @@ Owner ReadOwner(core::Database& db, const Row& record) {
     return owner;
 }
 
-// The partner's address row (table and key column are the program's own
-// names), on the record's site as the address task reads it.
-Row ReadPartner(core::Database& db, const QString& table, const QString& keyColumn,
-                const QString& partner, const Row& record) {
-    auto statement =
-        db.Prepare(QStringLiteral("SELECT * FROM ") + table + QStringLiteral(" WHERE ") +
-                   keyColumn + QStringLiteral(" = ?1 AND AuctionSiteFlag = ?2 LIMIT 1"));
-    statement.BindAll(partner, Text(record, QStringLiteral("AuctionSiteFlag")).toLongLong());
-    return FirstRow(statement);
-}
-
 // Salutation and names, then title, company and streets on lines of their own,
 // the town line, and the country on a line of its own.
 QString PartnerAddress(const Row& partner) {
@@ -142,11 +131,6 @@ QString PartnerAddress(const Row& partner) {
          Fields(partner, {"City", "State", "ZipCode"}, kBlank),
          Text(partner, QStringLiteral("CountryInfo"))},
         kLineBreak);
-}
-
-// A partner with no row, or no first street, stops the build.
-bool HasAddress(const Row& partner) {
-    return partner && !Text(partner, QStringLiteral("StreetAddress1")).isEmpty();
 }
 
 PackingOutcome StopForAddress(PackingOutcome outcome, const QString& partner) {
@@ -171,6 +155,36 @@ void ReplaceTwice(QTextDocument& document, const QString& token, const QString& 
 
 void Replace(QTextDocument& document, const QString& token, const QString& text) {
     richtext::ReplaceToken(document, token, text);
+}
+
+// Where a partner's address is kept and the token it fills; the advice takes
+// the plain text the second time too.
+struct PartnerKind {
+    const char* table;
+    const char* keyColumn;
+    const char* token;
+    bool capitalSecond;
+};
+constexpr PartnerKind kBuyerKind{"Buyers", "BuyerID", "{BuyerAddress}", true};
+constexpr PartnerKind kSellerKind{"Sellers", "SellerID", "{SellerAddress}", false};
+
+// The partner's address row, on the record's site as the address task reads
+// it, put in for its token. Nothing, and the document left as it is, when the
+// partner has no row or no first street.
+Row PutPartnerAddress(core::Database& db, QTextDocument& document, const PartnerKind& kind,
+                      const QString& partner, const Row& record) {
+    auto statement = db.Prepare(QStringLiteral("SELECT * FROM ") + QLatin1String(kind.table) +
+                                QStringLiteral(" WHERE ") + QLatin1String(kind.keyColumn) +
+                                QStringLiteral(" = ?1 AND AuctionSiteFlag = ?2 LIMIT 1"));
+    statement.BindAll(partner, Text(record, QStringLiteral("AuctionSiteFlag")).toLongLong());
+    const Row row = FirstRow(statement);
+    if (!row || Text(row, QStringLiteral("StreetAddress1")).isEmpty()) {
+        return std::nullopt;
+    }
+    const QString address = PartnerAddress(row);
+    ReplaceTwice(document, QLatin1String(kind.token), address,
+                 kind.capitalSecond ? address.toUpper() : address);
+    return row;
 }
 
 QString Today() {
@@ -270,13 +284,9 @@ PackingOutcome BuildSale(core::Database& db, const SelectedItem& item, QTextDocu
             Text(owner.site, QStringLiteral("SiteEmailAddress")));
 
     const QString buyer = Text(record, QStringLiteral("HighBidderName"));
-    const Row address =
-        ReadPartner(db, QStringLiteral("Buyers"), QStringLiteral("BuyerID"), buyer, record);
-    if (!HasAddress(address)) {
+    if (!PutPartnerAddress(db, document, kBuyerKind, buyer, record)) {
         return StopForAddress(outcome, buyer);
     }
-    const QString buyerAddress = PartnerAddress(address);
-    ReplaceTwice(document, QStringLiteral("{BuyerAddress}"), buyerAddress, buyerAddress.toUpper());
     Replace(document, QStringLiteral("{AuctionSite}"), kSiteName);
 
     QString items = ItemLine(record);
@@ -320,13 +330,10 @@ PackingOutcome BuildBid(core::Database& db, const SelectedItem& item, QTextDocum
             Text(owner.user, QStringLiteral("ReplyEmailAddress")));
 
     const QString seller = Text(record, QStringLiteral("SellerName"));
-    const Row address =
-        ReadPartner(db, QStringLiteral("Sellers"), QStringLiteral("SellerID"), seller, record);
-    if (!HasAddress(address)) {
+    const Row address = PutPartnerAddress(db, document, kSellerKind, seller, record);
+    if (!address) {
         return StopForAddress(outcome, seller);
     }
-    const QString sellerAddress = PartnerAddress(address);
-    ReplaceTwice(document, QStringLiteral("{SellerAddress}"), sellerAddress, sellerAddress);
     const QString firstName = Text(address, QStringLiteral("FirstName"));
     Replace(document, QStringLiteral("{SellerFirstName}"),
             firstName.isEmpty() ? QStringLiteral("???") : firstName);
