@@ -65,13 +65,17 @@ QString RecordTable(const SelectedItem& item) {
 }
 
 std::optional<QVariantMap> ReadSelectedRecord(core::Database& db, const SelectedItem& item) {
-    auto statement = db.Prepare(QStringLiteral("SELECT * FROM ") + RecordTable(item) +
-                                QStringLiteral(" WHERE ") + KeyClause(item) +
-                                QStringLiteral(" LIMIT 1"));
+    auto statement =
+        db.Prepare(QStringLiteral("SELECT * FROM ") + RecordTable(item) +
+                   QStringLiteral(" WHERE ") + KeyClause(item) + QStringLiteral(" LIMIT 1"));
     BindKey(statement, item, 1);
     if (!statement.Step()) {
         return std::nullopt;
     }
+    return RecordOf(statement);
+}
+
+QVariantMap RecordOf(const core::Statement& statement) {
     QVariantMap record;
     for (int column = 0; column < statement.ColumnCount(); ++column) {
         record.insert(statement.ColumnName(column), statement.Value(column));
@@ -101,9 +105,9 @@ int WriteSelectedRecord(core::Database& db, const SelectedItem& item, const QVar
     QString where = KeyClause(item);
     where.replace(QStringLiteral("?1"), QLatin1Char('?') + QString::number(keyFirst))
         .replace(QStringLiteral("?2"), QLatin1Char('?') + QString::number(keyFirst + 1));
-    auto statement = db.Prepare(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") +
-                                assignments.join(QStringLiteral(", ")) +
-                                QStringLiteral(" WHERE ") + where);
+    auto statement =
+        db.Prepare(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") +
+                   assignments.join(QStringLiteral(", ")) + QStringLiteral(" WHERE ") + where);
     int index = 1;
     for (auto it = fields.cbegin(); it != fields.cend(); ++it) {
         statement.Bind(index++, it.value());
