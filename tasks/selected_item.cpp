@@ -8,12 +8,13 @@ namespace lw::tasks {
 
 namespace {
 
-// The key clause and its values for the selected record.
-QString KeyClause(const SelectedItem& item) {
+// The key clause for the selected record, its values bound from parameter first on.
+QString KeyClause(const SelectedItem& item, int first) {
+    const QString clause = QStringLiteral("ItemNumber = ?") + QString::number(first);
     if (item.IsDutch()) {
-        return QStringLiteral("ItemNumber = ?1 AND HighBidderName = ?2");
+        return clause + QStringLiteral(" AND HighBidderName = ?") + QString::number(first + 1);
     }
-    return QStringLiteral("ItemNumber = ?1");
+    return clause;
 }
 
 void BindKey(core::Statement& statement, const SelectedItem& item, int first) {
@@ -67,7 +68,7 @@ QString RecordTable(const SelectedItem& item) {
 std::optional<QVariantMap> ReadSelectedRecord(core::Database& db, const SelectedItem& item) {
     auto statement =
         db.Prepare(QStringLiteral("SELECT * FROM ") + RecordTable(item) +
-                   QStringLiteral(" WHERE ") + KeyClause(item) + QStringLiteral(" LIMIT 1"));
+                   QStringLiteral(" WHERE ") + KeyClause(item, 1) + QStringLiteral(" LIMIT 1"));
     BindKey(statement, item, 1);
     if (!statement.Step()) {
         return std::nullopt;
@@ -102,12 +103,9 @@ int WriteSelectedRecord(core::Database& db, const SelectedItem& item, const QVar
         assignments << QuotedName(column) + QStringLiteral(" = ?");
     }
     const int keyFirst = static_cast<int>(fields.size()) + 1;
-    QString where = KeyClause(item);
-    where.replace(QStringLiteral("?1"), QLatin1Char('?') + QString::number(keyFirst))
-        .replace(QStringLiteral("?2"), QLatin1Char('?') + QString::number(keyFirst + 1));
-    auto statement =
-        db.Prepare(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") +
-                   assignments.join(QStringLiteral(", ")) + QStringLiteral(" WHERE ") + where);
+    auto statement = db.Prepare(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") +
+                                assignments.join(QStringLiteral(", ")) + QStringLiteral(" WHERE ") +
+                                KeyClause(item, keyFirst));
     int index = 1;
     for (auto it = fields.cbegin(); it != fields.cend(); ++it) {
         statement.Bind(index++, it.value());
