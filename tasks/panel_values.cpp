@@ -3,7 +3,6 @@
 // failed save.
 #include "tasks/panel_values.h"
 
-#include "core/store.h"
 #include "core/text.h"
 
 namespace lw::tasks {
@@ -16,6 +15,19 @@ SaveOutcome StepOver(const std::function<int()>& write) {
         outcome.saved = false;
     }
     return outcome;
+}
+
+SaveOutcome SaveRecordFields(core::Database& db, const SelectedItem& item,
+                             const QVariantMap& fields, const std::optional<QString>& removalCode) {
+    SaveOutcome outcome = StepOver([&] { return WriteSelectedRecord(db, item, fields); });
+    if (outcome.saved) {
+        outcome.removalCode = removalCode;
+    }
+    return outcome;
+}
+
+std::optional<QString> RemovalCodeIf(bool condition, const char* code) {
+    return condition ? std::optional(QString::fromLatin1(code)) : std::nullopt;
 }
 
 QVariant FieldValue(const QVariantMap& record, const QString& field) {

@@ -3,7 +3,7 @@
 // regard to the case of its name, turning boxes into the values a save
 // writes (an empty box and a list with no row are Null), today's date as the
 // panels write it, and what a save hands back to its caller. Nothing here
-// reads or writes the database, and nothing here draws.
+// draws, and nothing here writes but the selected record's fields.
 #pragma once
 
 #include <QDate>
@@ -12,6 +12,9 @@
 #include <QVariantMap>
 #include <functional>
 #include <optional>
+
+#include "core/store.h"
+#include "tasks/selected_item.h"
 
 namespace lw::tasks {
 
@@ -29,6 +32,13 @@ struct SaveOutcome {
 // Runs write, which returns the number of rows it changed; a core::StoreError
 // is stepped over. saved is true when a row was changed.
 SaveOutcome StepOver(const std::function<int()>& write);
+// Writes the fields of the selected record so; removalCode goes to the
+// outcome when the record took them.
+SaveOutcome SaveRecordFields(core::Database& db, const SelectedItem& item,
+                             const QVariantMap& fields,
+                             const std::optional<QString>& removalCode = std::nullopt);
+// The code when the condition holds ("SHS" with a shipping date standing).
+std::optional<QString> RemovalCodeIf(bool condition, const char* code);
 
 // The record's field of that name, found without regard to case; a null
 // QVariant when the field is Null or the record has no such field.
