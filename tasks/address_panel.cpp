@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The partner's address rows and the clipboard's address parser.
+// The partner's address rows and the clipboard's address parser. A save
+// writes the partner's row alone; the parser never touches the database.
 #include "tasks/address_panel.h"
 
 #include <QStringList>

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The mail task and yes-or-no entry panels.
+// The mail task and yes-or-no entry panels. The only file they ever delete is
+// the item's own waiting mail, and only when its task is cleared.
 #include "tasks/email_task_panel.h"
 
 #include <QFile>
@@ -24,8 +25,21 @@ MailFile MailFromLines(const QString& path, const QStringList& lines) {
     return mail;
 }
 
-std::optional<MailFile> ReadMail(const QString& path) {
-    const auto lines = path.isEmpty() ? std::nullopt : ReadQueueFile(path);
+// The item's mail in folder. A marker file names the main item of a mail of
+// several items, whose file in the same folder holds the text (the archive
+// keeps the markers of a sent mail as the outbox kept them). It is followed
+// once: what the main item's file holds is shown as it is.
+std::optional<MailFile> LookIn(const QString& folder, const SelectedItem& item,
+                               const QString& extension) {
+    QString path = FindItemFile(folder, item, extension, kMailPartnerLine);
+    auto lines = path.isEmpty() ? std::nullopt : ReadQueueFile(path);
+    if (lines && lines->value(0).trimmed() == kWithItem) {
+        SelectedItem main;
+        main.side = item.side;
+        main.itemNumber = lines->value(1).trimmed();
+        path = FindItemFile(folder, main, extension, kMailPartnerLine);
+        lines = path.isEmpty() ? std::nullopt : ReadQueueFile(path);
+    }
     return lines ? std::optional(MailFromLines(path, *lines)) : std::nullopt;
 }
 
@@ -81,24 +95,11 @@ QString CurrentlyInOutbox() {
 }
 
 std::optional<MailFile> LookInArchive(const SelectedItem& item, const QString& extension) {
-    return ReadMail(FindItemFile(ArchiveMailFolder(), item, extension, kMailPartnerLine));
+    return LookIn(ArchiveMailFolder(), item, extension);
 }
 
 std::optional<MailFile> LookInOutbox(const SelectedItem& item, const QString& extension) {
-    const QString path = FindItemFile(OutboxMailFolder(), item, extension, kMailPartnerLine);
-    const auto lines = path.isEmpty() ? std::nullopt : ReadQueueFile(path);
-    if (!lines) {
-        return std::nullopt;
-    }
-    if (lines->value(0).trimmed() != kWithItem) {
-        return MailFromLines(path, *lines);
-    }
-    // A marker names the main item of a mail of several items. It is followed
-    // once: what the main item's file holds is shown as it is.
-    SelectedItem main;
-    main.side = item.side;
-    main.itemNumber = lines->value(1).trimmed();
-    return ReadMail(FindItemFile(OutboxMailFolder(), main, extension, kMailPartnerLine));
+    return LookIn(OutboxMailFolder(), item, extension);
 }
 
 std::optional<EmailTaskPanel> ShowEmailTask(core::Database& db, const SelectedItem& item,
@@ -119,25 +120,20 @@ std::optional<EmailTaskPanel> ShowEmailTask(core::Database& db, const SelectedIt
     panel.txtSentDate = FieldText(*record, dateField);
 
     std::optional<MailFile> mail = LookInArchive(item, extension);
-    panel.found = EmailTaskPanel::Found::Archive;
-    if (!mail) {
-        mail = LookInOutbox(item, extension);
-        panel.found = EmailTaskPanel::Found::Outbox;
-    }
     if (mail) {
-        panel.frmShowMessage = true;
+        panel.found = EmailTaskPanel::Found::Archive;
+    } else if ((mail = LookInOutbox(item, extension))) {
+        panel.found = EmailTaskPanel::Found::Outbox;
+        panel.txtSentDate = CurrentlyInOutbox();
+    }
+    panel.frmShowMessage = mail.has_value();
+    if (mail) {
         panel.txtEmailTo = mail->to;
         panel.txtEmailSubject = mail->subject;
         panel.txtEmailMessage = mail->message;
-        panel.cmdSaveEmailInfoEnabled = panel.found == EmailTaskPanel::Found::Outbox;
-        if (panel.found == EmailTaskPanel::Found::Outbox) {
-            panel.txtSentDate = CurrentlyInOutbox();
-        }
-    } else {
-        panel.found = EmailTaskPanel::Found::Nowhere;
-        panel.cmdComposeEmailEnabled = true;
-        panel.cmdSaveEmailInfoEnabled = true;
     }
+    panel.cmdComposeEmailEnabled = !mail;
+    panel.cmdSaveEmailInfoEnabled = panel.found != EmailTaskPanel::Found::Archive;
     if (panel.chkEmailSent2) {
         panel.cmdComposeEmailEnabled = false;
         panel.txtSentDateEnabled = true;

@@ -32,9 +32,9 @@ struct MailFile {
 };
 
 // LookInArchive, LookInOutbox: the item's mail of this extension in
-// Archive/Emails or Queue/Emails. An outbox file whose first line is
-// "WITH ITEM#" stands for the mail of the item its second line names, which
-// is read in its place. nullopt when there is none.
+// Archive/Emails or Queue/Emails. A file whose first line is "WITH ITEM#"
+// stands for the mail of the item its second line names, which is read in
+// its place. nullopt when there is none.
 std::optional<MailFile> LookInArchive(const SelectedItem& item, const QString& extension);
 std::optional<MailFile> LookInOutbox(const SelectedItem& item, const QString& extension);
 

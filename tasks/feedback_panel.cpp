@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Loading and saving the feedback panel in its two directions.
+// Loading and saving the feedback panel in its two directions. A waiting
+// feedback file is only looked for, never read or changed.
 #include "tasks/feedback_panel.h"
 
 #include "tasks/email_task_panel.h"

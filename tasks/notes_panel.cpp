@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Loading and saving the notes panel.
+// Loading and saving the notes panel. The other items' notes are only read.
 #include "tasks/notes_panel.h"
 
 #include "core/session.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The values the task panels read and write, and the stepping over of a
-// failed save.
+// failed save: no store error of a save ever leaves here.
 #include "tasks/panel_values.h"
 
 #include "core/text.h"

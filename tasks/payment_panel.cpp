@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Loading and saving the payment panel, and its sums.
+// Loading and saving the payment panel, and its sums. A save writes the
+// details of the chosen method, never those of another.
 #include "tasks/payment_panel.h"
 
 #include "core/session.h"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Finding and reading an item's outbox and archive files.
+// Finding and reading an item's outbox and archive files; nothing here
+// writes or deletes one.
 #include "tasks/queue_files.h"
 
 #include <QDir>

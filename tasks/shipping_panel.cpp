@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Loading and saving the shipping and item-received panels.
+// Loading and saving the shipping and item-received panels. A save writes
+// the selected record and nothing else.
 #include "tasks/shipping_panel.h"
 
 #include "tasks/task_lists.h"

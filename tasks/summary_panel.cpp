@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The item information and the summaries with the partner's history.
+// The item information and the summaries with the partner's history; they
+// only read.
 #include "tasks/summary_panel.h"
 
 #include <QMap>

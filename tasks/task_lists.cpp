@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The task panels' list rows.
+// The task panels' list rows. Records keep a row's place: a row is never
+// moved or taken out, new rows go at the end.
 #include "tasks/task_lists.h"
 
 namespace lw::tasks {
