@@ -17,7 +17,8 @@ namespace lw::admin {
 
 // Steps before the user is chosen: the folders under appRoot, the rule
 // store (with a pending protfix.cfg repair), the post-update repair over the
-// whole database, AAViewStart and CAViewStart set to 1, and a stale
+// whole database, the category directory (a downloaded category.pro, or the
+// shipped one into a new database), AAViewStart and CAViewStart set to 1, and a stale
 // nuwcancel.cfg removed. False, with a message naming what failed, when the
 // folders or the database cannot be had; rule store failures are told by
 // their own messages and do not stop the start.
