@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The category directory over eBayCategories, MetaCategories and
-// FavoriteCategories. Searches run in SQL over bound patterns where SQLite's
-// own case rules serve (words of plain ASCII), and over the rows in C++ where
-// they do not, so that "é" finds "É".
+// FavoriteCategories. Searches run in SQL over bound patterns, and the rows
+// they find are matched again in C++ where SQLite's case rules, which know
+// ASCII only, do not serve: "é" finds "É".
 #include "creator/category_directory.h"
 
 #include <QFile>
@@ -281,13 +281,25 @@ bool IsAscii(const QString& text) {
 }
 
 // A LIKE pattern that finds the word as plain text anywhere: its own "%",
-// "_" and the escape character stand for themselves.
+// "_" and the escape character stand for themselves. SQLite's LIKE folds the
+// case of ASCII letters only, so any other character stands as "_", one
+// character of any kind: the pattern then finds what the word finds, and a
+// few rows more, which the search drops.
 QString ContainsPattern(const QString& word) {
-    QString escaped = word;
-    escaped.replace(u'\\', QStringLiteral("\\\\"))
-        .replace(u'%', QStringLiteral("\\%"))
-        .replace(u'_', QStringLiteral("\\_"));
-    return u'%' + escaped + u'%';
+    QString pattern = QStringLiteral("%");
+    for (qsizetype i = 0; i < word.size(); ++i) {
+        const QChar c = word.at(i);
+        if (c == u'\\' || c == u'%' || c == u'_') {
+            pattern += u'\\';
+            pattern += c;
+        } else if (c.unicode() > 0x7f) {
+            pattern += u'_';
+            i += c.isHighSurrogate() ? 1 : 0;  // one character, two halves
+        } else {
+            pattern += c;
+        }
+    }
+    return pattern + u'%';
 }
 
 bool Holds(const QString& column, const QStringList& terms, bool allTerms) {
@@ -299,11 +311,11 @@ bool Holds(const QString& column, const QStringList& terms, bool allTerms) {
     return allTerms;
 }
 
-// Words of plain ASCII: SQLite's LIKE matches them without regard to case,
-// and the rows that match are all that are read. "(m LIKE ?1 AND m LIKE ?2)
-// OR (n LIKE ?1 AND n LIKE ?2)", or with OR throughout.
-std::vector<CategoryEntry> SearchAsciiTerms(core::Database& db, const QStringList& terms,
-                                            bool allTerms) {
+// "(m LIKE ?1 AND m LIKE ?2) OR (n LIKE ?1 AND n LIKE ?2)", or with OR
+// throughout: SQLite reads only the rows that match. Words beyond ASCII are
+// then matched again here by Unicode's case rules.
+std::vector<CategoryEntry> SearchTerms(core::Database& db, const QStringList& terms,
+                                       bool allTerms) {
     const QString join = allTerms ? QStringLiteral(" AND ") : QStringLiteral(" OR ");
     QStringList meta;
     QStringList name;
@@ -318,20 +330,11 @@ std::vector<CategoryEntry> SearchAsciiTerms(core::Database& db, const QStringLis
     for (int i = 0; i < terms.size(); ++i) {
         rows.Bind(i + 1, ContainsPattern(terms.at(i)));
     }
-    return ReadEntries(rows);
-}
-
-// Words with other letters: SQLite folds only ASCII, so the rows are matched
-// here with Unicode's case rules.
-std::vector<CategoryEntry> SearchAnyTerms(core::Database& db, const QStringList& terms,
-                                          bool allTerms) {
-    core::Statement rows = db.Prepare(kSelectEntry + QStringLiteral("ORDER BY rowid"));
-    std::vector<CategoryEntry> matches;
-    while (rows.Step()) {
-        CategoryEntry entry = ReadEntry(rows);
-        if (Holds(entry.metaName, terms, allTerms) || Holds(entry.name, terms, allTerms)) {
-            matches.push_back(std::move(entry));
-        }
+    std::vector<CategoryEntry> matches = ReadEntries(rows);
+    if (!IsAscii(terms.join(QString()))) {
+        std::erase_if(matches, [&](const CategoryEntry& entry) {
+            return !Holds(entry.metaName, terms, allTerms) && !Holds(entry.name, terms, allTerms);
+        });
     }
     return matches;
 }
@@ -351,9 +354,7 @@ CategorySearch SearchCategories(core::Database& db, const QString& text, bool al
     } else {
         search.terms = typed.split(u' ', Qt::SkipEmptyParts).mid(0, kMaxSearchTerms);
         if (!search.terms.isEmpty()) {
-            search.matches = IsAscii(search.terms.join(QString()))
-                                 ? SearchAsciiTerms(db, search.terms, allTerms)
-                                 : SearchAnyTerms(db, search.terms, allTerms);
+            search.matches = SearchTerms(db, search.terms, allTerms);
         }
     }
     const size_t found = search.matches.size();

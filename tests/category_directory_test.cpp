@@ -29,8 +29,8 @@ using namespace lw::creator;
 
 const QString kUser = QStringLiteral("Pat O'Brien");
 
-// Names that a search must take as plain text, and letters beyond ASCII in
-// both a top-level name and a category name.
+// Names that a search must take as plain text, and characters beyond ASCII
+// in both a top-level name and a category name.
 const QByteArray kDirectory =
     "[Antiques]\r\n"
     "Silver=102\r\n"
@@ -47,6 +47,8 @@ const QByteArray kDirectory =
     "[Sports]\r\n"
     "Trading Cards (Sports)=1116\r\n"
     "Silver=103\r\n"
+    "Music\xf0\x9f\x8e\xb5"  // a character of two UTF-16 halves
+    "Boxes=435\r\n"
     "\r\n"
     "[\xc3\x89POQUE]\r\n"
     "Gilded Age=1401\r\n";
@@ -270,6 +272,7 @@ TEST_F(CategoryDirectoryTest, SearchFindsWordsAsPlainTextInOneColumnOrByNumber) 
         {"CLOISONN\u00c9", false, {120}, "1 matches found"},
         {"\u00e9poque gilded", false, {1401}, "1 matches found"},
         {"\u00e9poque gilded", true, {}, "No Matches Found"},
+        {"C\U0001f3b5b", true, {435}, "1 matches found"},
         // A leading number above 0 searches by number.
         {" 102 ", false, {102}, "Match found", true},
         {"999", true, {}, "No Matches Found", true},
