@@ -489,6 +489,9 @@ TEST_F(CategoryDirectoryTest, TheCreatorBoxTakesATypedNumber) {
         {"silver", true, "", "Category #silver not found.  Please enter another category number.",
          "Category Not Found"},
         {" 418 ", false, "Collectibles: Lamps & Lighting (418)", "", ""},
+        {"99999999999999999999999", false, "",
+         "Category #99999999999999999999999 not found.  Please enter another category number.",
+         "Category Not Found"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.typed);
