@@ -151,8 +151,10 @@ TEST_F(CategoryDirectoryTest, TheCountIsToldWhenItChangesAndAFileOfNothingKeepsT
     EXPECT_EQ(Rows(), (QStringList{QStringLiteral("Books: History (210)"),
                                    QStringLiteral("Books: Travel (215)")}));
 
+    // Nothing at all, blanks, a web page, and more line ends than the bound on bytes.
     for (const QByteArray& nothing :
-         {QByteArray(), QByteArray("\r\n \r\n"), QByteArray("<html>Sign in first</html>\n")}) {
+         {QByteArray(), QByteArray("\r\n \r\n"), QByteArray("<html>Sign in first</html>\n"),
+          QByteArray(kMaxCategoryFileBytes + 10, '\n')}) {
         const CategoryFileLoad load = Load(nothing);
         EXPECT_FALSE(load.loaded);
         EXPECT_FALSE(load.problem.isEmpty());
