@@ -175,7 +175,7 @@ QString OptionsTable(const CreatorDocument& doc, const CreatorLists& lists) {
         return Cell(label, value, "35%", "65%");
     };
     const auto yesNo = [](bool on) { return on ? QStringLiteral("Yes") : QStringLiteral("No"); };
-    const auto head = [](const char* text) {
+    const auto head = [](const char* text) -> QString {
         return QStringLiteral("<TR><TD WIDTH=35%><FONT SIZE=2><B><U>") + QLatin1String(text) +
                QStringLiteral("</U></B></FONT></TD><TD WIDTH=65%></TD></TR>\r\n");
     };
@@ -336,15 +336,23 @@ void ReplaceToken(QString& buffer, const QString& token, const QString& text) {
     if (token.isEmpty()) {
         return;
     }
-    qsizetype caret = 0;
-    for (;;) {
-        const qsizetype at = FindToken(buffer, token, caret);
-        if (at <= 0) {
-            return;
-        }
-        buffer.replace(at, token.size(), text);
-        caret = at + text.size();
+    // The caret stands behind each replacement, so every later match lies in
+    // text not yet replaced: one pass that copies as it goes finds the same
+    // matches, and a token met thousands of times costs no more than once.
+    qsizetype at = FindToken(buffer, token, 0);
+    if (at <= 0) {
+        return;
     }
+    QString result;
+    result.reserve(buffer.size());
+    qsizetype from = 0;
+    for (; at > 0; at = FindToken(buffer, token, from)) {
+        result += QStringView(buffer).mid(from, at - from);
+        result += text;
+        from = at + token.size();
+    }
+    result += QStringView(buffer).mid(from);
+    buffer = std::move(result);
 }
 
 void CutListingBlock(QString& buffer) {
