@@ -73,14 +73,21 @@ const Colour* FindColour(const QString& name) {
 
 // Case-blind find from a position, as the buffer's Find does. Tokens carry a
 // character that has no case ("[", "=", a blank): that one is looked for as it
-// is, and only there is the whole token compared without regard to case.
+// is, and only there is the whole token compared without regard to case. A
+// bracket is the rarest of them in a listing, a blank the most common.
 qsizetype FindToken(const QString& buffer, const QString& token, qsizetype from) {
-    qsizetype anchor = -1;
-    for (qsizetype i = 0; i < token.size(); ++i) {
-        const QChar c = token.at(i);
-        if (c.toLower() == c && c.toUpper() == c && c.toCaseFolded() == c) {
+    const auto caseless = [](QChar c) {
+        return c.toLower() == c && c.toUpper() == c && c.toCaseFolded() == c;
+    };
+    qsizetype anchor = token.indexOf(u'[');
+    for (qsizetype i = 0; anchor < 0 && i < token.size(); ++i) {
+        if (caseless(token.at(i)) && token.at(i) != u' ') {
             anchor = i;
-            break;
+        }
+    }
+    for (qsizetype i = 0; anchor < 0 && i < token.size(); ++i) {
+        if (caseless(token.at(i))) {
+            anchor = i;
         }
     }
     if (anchor < 0) {
