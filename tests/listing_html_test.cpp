@@ -18,6 +18,7 @@
 #include "core/settings.h"
 #include "creator/creator_document.h"
 #include "creator/listing_html.h"
+#include "tests/support/creator_fixture.h"
 #include "tests/support/creator_sample.h"
 #include "tests/support/test_support.h"
 #include "update/rules.h"
@@ -30,38 +31,13 @@ void PrintTo(const QString& text, std::ostream* out) {
 
 namespace {
 
-const QString kUser = QStringLiteral("D'Arcy");
-
-QString ShippedTemplates() {
-    return lw::test::SourceDir() + QStringLiteral("/data/templates/auctions");
-}
-
-class ListingTest : public ::testing::Test {
+class ListingTest : public lw::test::CreatorFixture {
 protected:
-    void SetUp() override {
-        const QString error = lw::test::StartProgramRoot(m_root, m_ui);
-        ASSERT_TRUE(error.isEmpty()) << error.toStdString();
-        m_db.emplace(lw::core::OpenStore());
-        lw::core::AddUser(*m_db, {kUser, QStringLiteral("darcy_sells"), QStringLiteral("pw"), {}});
-        lw::core::SetCurrentUser(kUser);
-        ASSERT_TRUE(lw::update::DecryptProtocols(m_rules, *m_db));
-        m_lists = LoadCreatorLists(*m_db, m_rules, kUser, ShippedTemplates());
-        m_context = {ShippedTemplates(), &m_rules, SellerId(*m_db, kUser)};
-    }
-    void TearDown() override { lw::core::SetSettingsFolder(QString()); }
-
     // The buffer after the token table, for a small template of its own.
     QString Apply(QString buffer, const CreatorDocument& doc) {
         ApplyTokens(buffer, doc, m_lists, m_context);
         return buffer;
     }
-
-    lw::test::ScriptedUi m_ui;
-    lw::test::TempRoot m_root;
-    std::optional<lw::core::Database> m_db;
-    lw::update::RuleStore m_rules;
-    CreatorLists m_lists;
-    ListingContext m_context;
 };
 
 // ------------------------------------------------------------ the shipped styles
@@ -376,7 +352,7 @@ TEST(ListingFooters, TheFooterLinksTheWordsWhereTheRulesNameATarget) {
 // ------------------------------------------------------------ styles on disk and failures
 
 TEST_F(ListingTest, StylesAreListedFromTheFilesAndInstalledWithoutOverwriting) {
-    std::vector<AuctionStyle> shipped = ListAuctionStyles(ShippedTemplates());
+    std::vector<AuctionStyle> shipped = ListAuctionStyles(lw::test::ShippedTemplates());
     ASSERT_EQ(shipped.size(), std::size(kStyleFiles));
     for (const AuctionStyle& style : shipped) {
         EXPECT_EQ(StyleFileName(style.name), style.fileName) << style.name.toStdString();

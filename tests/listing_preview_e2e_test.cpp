@@ -9,13 +9,8 @@
 #include <QUrl>
 #include <optional>
 
-#include "core/session.h"
-#include "core/settings.h"
-#include "creator/creator_document.h"
-#include "creator/listing_html.h"
+#include "tests/support/creator_fixture.h"
 #include "tests/support/creator_sample.h"
-#include "tests/support/test_support.h"
-#include "update/rules.h"
 
 using namespace lw::creator;
 
@@ -31,23 +26,14 @@ QString Chromium() {
     return QString();
 }
 
-TEST(ListingPreviewInABrowser, EachStylesPreviewShowsTitleBannerAndDescription) {
+class ListingPreviewInABrowser : public lw::test::CreatorFixture {};
+
+TEST_F(ListingPreviewInABrowser, EachStylesPreviewShowsTitleBannerAndDescription) {
     const QString browser = Chromium();
     if (browser.isEmpty()) {
         GTEST_SKIP() << "chromium is not installed; scripts/setup test installs it";
     }
-    lw::test::ScriptedUi ui;
-    lw::test::TempRoot root;
-    ASSERT_TRUE(lw::test::StartProgramRoot(root, ui).isEmpty());
-    lw::core::Database db = lw::core::OpenStore();
-    const QString user = QStringLiteral("D'Arcy");
-    lw::core::AddUser(db, {user, QStringLiteral("darcy_sells"), QStringLiteral("pw"), {}});
-    lw::update::RuleStore rules;
-    ASSERT_TRUE(lw::update::DecryptProtocols(rules, db));
-    const QString templates = lw::test::SourceDir() + QStringLiteral("/data/templates/auctions");
-    const CreatorLists lists = LoadCreatorLists(db, rules, user, templates);
-    const ListingContext context{templates, &rules, SellerId(db, user)};
-    CreatorDocument doc = lw::test::FullSampleDocument(lists);
+    CreatorDocument doc = lw::test::FullSampleDocument(m_lists);
     doc.txtEbayTitle = QStringLiteral("Brass \"ship\" lantern & stand");
     // No picture may send the browser beyond this machine, nor keep it waiting.
     doc.lstPictureLink.clear();
@@ -55,13 +41,13 @@ TEST(ListingPreviewInABrowser, EachStylesPreviewShowsTitleBannerAndDescription) 
     for (const StyleFile& style : kStyleFiles) {
         SCOPED_TRACE(style.style);
         const PreviewResult preview =
-            PreviewAuction(QString::fromLatin1(style.style), doc, lists, context,
+            PreviewAuction(QString::fromLatin1(style.style), doc, m_lists, m_context,
                            lw::core::CurrentSession().ConfigsDir);
         ASSERT_TRUE(preview.problem.isEmpty()) << preview.problem.toStdString();
         const lw::test::ProgramRun run = lw::test::RunProgram(
             browser, {QStringLiteral("--headless"), QStringLiteral("--no-sandbox"),
                       QStringLiteral("--disable-gpu"),
-                      QStringLiteral("--user-data-dir=") + root.File(QStringLiteral("browser")),
+                      QStringLiteral("--user-data-dir=") + m_root.File(QStringLiteral("browser")),
                       QStringLiteral("--dump-dom"), QUrl::fromLocalFile(preview.path).toString()});
         ASSERT_EQ(run.code, 0) << run.err.toStdString();
         const QString dom = run.out;
