@@ -17,9 +17,10 @@ namespace lw::admin {
 
 // Steps before the user is chosen: the folders under appRoot, the rule
 // store (with a pending protfix.cfg repair), the post-update repair over the
-// whole database, the shipped listing templates the user lacks copied to
-// Templates/Auctions/ (never over the user's own), AAViewStart and
-// CAViewStart set to 1, and a stale nuwcancel.cfg removed. False, with a
+// whole database, AAViewStart and CAViewStart set to 1, a stale
+// nuwcancel.cfg removed, the shipped packing templates copied into Configs/
+// where the user has none, and the shipped listing templates the user lacks
+// copied to Templates/Auctions/ (never over the user's own). False, with a
 // message naming what failed, when the folders or the database cannot be
 // had; rule store and template failures are told by their own messages and
 // do not stop the start.
