@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <QCommandLineParser>
+#include <QFile>
 #include <QFileInfo>
 #include <optional>
 
@@ -17,6 +18,8 @@
 #include "core/store.h"
 #include "core/ui_port.h"
 #include "creator/category_directory.h"
+#include "creator/creator_document.h"
+#include "creator/listing_html.h"
 #include "update/record_writer.h"
 #include "update/repair.h"
 #include "update/rules.h"
@@ -42,6 +45,7 @@ struct Options {
     bool version = false;
     std::optional<int> connections;    // update --connections
     QString bidder, pdfFile, rtfFile;  // packing-list, remittance
+    QString type, style, outFile;      // listing --type, --style, --out
     QStringList words;                 // the command and its positional arguments
 };
 
@@ -70,10 +74,14 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption bidder(QStringLiteral("bidder"), QString(), QStringLiteral("NAME"));
     const QCommandLineOption pdf(QStringLiteral("pdf"), QString(), QStringLiteral("FILE"));
     const QCommandLineOption rtf(QStringLiteral("rtf"), QString(), QStringLiteral("FILE"));
+    const QCommandLineOption type(QStringLiteral("type"), QString(), QStringLiteral("KIND"));
+    const QCommandLineOption style(QStringLiteral("style"), QString(), QStringLiteral("NAME"));
+    const QCommandLineOption outFile(QStringLiteral("out"), QString(), QStringLiteral("FILE"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
-    parser.addOptions({root, user, siteId, password, passwordStdin, email, store, rules, protocol,
-                       page, pages, list, wait, connections, bidder, pdf, rtf, help, version});
+    parser.addOptions({root,     user, siteId, password, passwordStdin, email,       store,  rules,
+                       protocol, page, pages,  list,     wait,          connections, bidder, pdf,
+                       rtf,      type, style,  outFile,  help,          version});
     parser.addOption(all);
     if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
         return parser.errorText();
@@ -115,6 +123,9 @@ QString Parse(const QStringList& args, Options& options) {
     options.bidder = parser.value(bidder);
     options.pdfFile = parser.value(pdf);
     options.rtfFile = parser.value(rtf);
+    options.type = parser.value(type);
+    options.style = parser.value(style);
+    options.outFile = parser.value(outFile);
     options.words = parser.positionalArguments();
     if (parser.isSet(help)) {
         options.words.prepend(QStringLiteral("help"));
@@ -202,6 +213,11 @@ int Init(const Options& options, const QString& exeDir, QTextStream& out, QTextS
     core::Database db = core::OpenStore();
     core::AddUser(db, {options.user, options.siteId, *password, options.email});
     core::SetCurrentUser(core::StoreText(options.user.trimmed()));
+    QString templatesError;
+    if (!creator::InstallAuctionTemplates(core::CurrentSession().ShippedDir,
+                                          core::CurrentSession().TemplatesDir, &templatesError)) {
+        err << templatesError << '\n';
+    }
     out << "Made user " << core::CurrentSession().CurrentUser << " in "
         << core::CurrentSession().AppRoot << '\n';
     return kExitOk;
@@ -370,6 +386,159 @@ int Scan(const Options& options, QTextStream& out, QTextStream& err) {
         return kExitUsage;
     }
     return RunScan(options.rulesFile, options.protocol, options.page, options.pagesDir, out, err);
+}
+
+// The kinds of listing document by their ACType, as --type gives them.
+std::optional<QString> ListingKind(const QString& given) {
+    for (const QLatin1String kind : {creator::kDraft, creator::kTemplate, creator::kOldAuction}) {
+        if (given.compare(kind, Qt::CaseInsensitive) == 0) {
+            return QString(kind);
+        }
+    }
+    return std::nullopt;
+}
+
+// The creator's lists and a document loaded from row id, as the creator
+// window has them; nothing when there is no such row.
+struct LoadedListing {
+    creator::CreatorLists lists;
+    creator::CreatorDocument doc;
+    QString type;
+    QString name;
+};
+std::optional<LoadedListing> LoadListing(core::Database& db, qint64 id) {
+    LoadedListing loaded;
+    loaded.lists = creator::LoadCreatorLists(
+        db, update::Rules(), core::CurrentSession().CurrentUser, creator::AuctionTemplatesDir());
+    loaded.doc = creator::NewCreatorDocument(loaded.lists);
+    if (!creator::LoadCreatorRecord(db, id, loaded.lists, update::Rules(), loaded.doc)) {
+        return std::nullopt;
+    }
+    core::Statement row =
+        db.Prepare(QStringLiteral("SELECT ACType, AuctionName FROM AuctionCreator WHERE ID = ?"));
+    row.Bind(1, id);
+    if (row.Step()) {
+        loaded.type = row.Text(0);
+        loaded.name = row.Text(1);
+    }
+    return loaded;
+}
+
+int Listing(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
+    const QString verb = options.words.value(1);
+    const bool list = verb == QLatin1String("list");
+    if (!list && verb != QLatin1String("show") && verb != QLatin1String("html")) {
+        err << "listing takes list, show or html.\n";
+        return kExitUsage;
+    }
+    if (options.words.size() != (list ? 2 : 3)) {
+        err << (list ? "listing list takes no more words (--type KIND chooses a kind).\n"
+                     : "listing show and listing html need one document ID.\n");
+        return kExitUsage;
+    }
+    std::optional<QString> kind;
+    if (!options.type.isEmpty() && !(kind = ListingKind(options.type))) {
+        err << "--type takes Draft, Template or \"Old Auction\".\n";
+        return kExitUsage;
+    }
+    bool idOk = list;
+    const qint64 id = list ? 0 : options.words.at(2).toLongLong(&idOk);
+    if (!idOk || (!list && id < 1)) {
+        err << "The document ID " << options.words.value(2) << " is not a whole number above 0.\n";
+        return kExitUsage;
+    }
+    if (!options.style.isEmpty() && creator::StyleFileName(options.style).isEmpty()) {
+        QStringList styles;
+        for (const creator::StyleFile& entry : creator::kStyleFiles) {
+            styles << QString::fromLatin1(entry.style);
+        }
+        err << "There is no style " << options.style << "; the styles are "
+            << styles.join(QStringLiteral(", ")) << ".\n";
+        return kExitUsage;
+    }
+    if (!OpenSession(options, exeDir, false, err)) {
+        return kExitFailure;
+    }
+    core::Database db = core::OpenStore();
+    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
+        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+        return kExitFailure;
+    }
+    const QString user = core::CurrentSession().CurrentUser;
+    if (list) {
+        out << "ID\tType\tName\tCreated\n";
+        const QStringList kinds =
+            kind ? QStringList{*kind}
+                 : QStringList{QString(creator::kTemplate), QString(creator::kDraft),
+                               QString(creator::kOldAuction)};
+        for (const QString& each : kinds) {
+            for (const creator::ChooserRow& row : creator::ChooserRows(db, each, user)) {
+                out << row.id << '\t' << row.type << '\t' << row.text << '\t' << row.created
+                    << '\n';
+            }
+        }
+        return kExitOk;
+    }
+    update::InstallRuleStore(update::Rules(), db);
+    QString error;
+    const core::Session& session = core::CurrentSession();
+    if (!creator::InstallAuctionTemplates(session.ShippedDir, session.TemplatesDir, &error)) {
+        err << error << '\n';
+    }
+    const std::optional<LoadedListing> loaded = LoadListing(db, id);
+    if (!loaded) {
+        err << "There is no listing document with the ID " << id << ".\n";
+        return kExitFailure;
+    }
+    if (verb == QLatin1String("show")) {
+        out << "ID: " << id << "\nType: " << loaded->type << "\nName: " << loaded->name << '\n';
+        for (const QString& line : creator::ChooserDetails(db, id)) {
+            out << line << '\n';
+        }
+        for (const auto& [column, value] :
+             creator::DocumentColumns(loaded->doc, loaded->lists, update::Rules())) {
+            QString text = value.toString();
+            text.replace(u'\\', QStringLiteral("\\\\"))
+                .replace(u'\n', QStringLiteral("\\n"))
+                .replace(u'\r', QStringLiteral("\\r"));
+            out << column << ": " << text << '\n';
+        }
+        const QStringList red =
+            creator::CheckRequiredFields(loaded->doc, loaded->lists).RedLabels();
+        out << "Required fields: "
+            << (red.isEmpty() ? QStringLiteral("complete")
+                              : QStringLiteral("missing ") + red.join(QStringLiteral(", ")))
+            << '\n';
+        return kExitOk;
+    }
+    const QString style = options.style.isEmpty() ? loaded->doc.lstTemplateStyle : options.style;
+    const creator::ListingContext context{creator::AuctionTemplatesDir(), &update::Rules(),
+                                          creator::SellerId(db, user)};
+    const creator::ListingResult listing =
+        creator::BuildListing(style, loaded->doc, loaded->lists, context);
+    if (!listing.problem.isEmpty() || creator::StyleFileName(style).isEmpty()) {
+        err << (listing.problem.isEmpty()
+                    ? QStringLiteral("The document's style \"%1\" is none of the styles; give "
+                                     "one with --style.")
+                          .arg(style)
+                    : listing.problem)
+            << '\n';
+        return kExitFailure;
+    }
+    if (options.outFile.isEmpty()) {
+        out << listing.html;
+        return kExitOk;
+    }
+    QFile file(options.outFile);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(listing.html.toUtf8()) < 0 || !file.flush()) {
+        err << "The listing could not be written to " << options.outFile << ": "
+            << file.errorString() << '\n';
+        return kExitFailure;
+    }
+    out << "Wrote the listing of " << id << " in the style " << style << " to " << options.outFile
+        << '\n';
+    return kExitOk;
 }
 
 // The words of `update COMMAND`, one for each command that starts an update.
@@ -602,6 +771,13 @@ QString CliUsage() {
                "        as text; --pdf prints it to FILE and marks it printed, --rtf saves it\n"
                "  remittance ITEM [--pdf FILE] [--rtf FILE]\n"
                "        the remittance advice of a won bid, the same ways\n"
+               "  listing list [--type KIND]            the creator's documents: ID, type,\n"
+               "        name and date; KIND is Draft, Template or \"Old Auction\"\n"
+               "  listing show ID                       what a document holds, and which of\n"
+               "        its required fields are missing\n"
+               "  listing html ID [--style NAME] [--out FILE]\n"
+               "        the listing HTML of a document, in its own style or NAME, on\n"
+               "        standard output or into FILE\n"
                "Options:\n"
                "  --root DIR      the folder that holds Configs/, Data/ and Templates/, and\n"
                "                  the settings; without it a portable copy uses its own\n"
@@ -664,6 +840,9 @@ int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTe
         }
         if (command == QLatin1String("remittance")) {
             return Packing(options, exeDir, tasks::Side::Bids, out, err);
+        }
+        if (command == QLatin1String("listing")) {
+            return Listing(options, exeDir, out, err);
         }
     } catch (const core::StoreError& failure) {
         err << failure.Message() << '\n';
