@@ -514,7 +514,7 @@ void CategoryBrowser::ChooseItem(int row) {
     if (categoryNamesIndex < 0 || row < 0 || static_cast<size_t>(row) >= lstCategoryItems.size()) {
         return;
     }
-    const CategoryRow& item = lstCategoryItems.at(static_cast<size_t>(row));
+    const CategoryListRow& item = lstCategoryItems.at(static_cast<size_t>(row));
     Choose({item.number, lstCategoryNames.at(categoryNamesIndex), item.text});
 }
 
@@ -549,11 +549,11 @@ bool CategoryBrowser::AddChosenToFavorites(core::Database& db, const QString& us
     return true;
 }
 
-std::optional<CategoryRow> CategoryBrowser::Selection() const {
+std::optional<CategoryListRow> CategoryBrowser::Selection() const {
     if (txtSelCal.isEmpty()) {
         return std::nullopt;
     }
-    return CategoryRow{txtSelCal, txtSelCalNumber.toLongLong()};
+    return CategoryListRow{txtSelCal, txtSelCalNumber.toLongLong()};
 }
 
 CategoryNumberEntry EnterCategoryNumber(core::Database& db, const QString& typed,
@@ -568,7 +568,7 @@ CategoryNumberEntry EnterCategoryNumber(core::Database& db, const QString& typed
         return entry;
     }
     if (const std::optional<CategoryEntry> found = FindCategory(db, TypedNumber(number))) {
-        entry.row = CategoryRow{found->ListText(), found->number};
+        entry.row = CategoryListRow{found->ListText(), found->number};
         return entry;
     }
     entry.message = QStringLiteral("Category #") + number +

@@ -44,7 +44,7 @@ struct CategoryEntry {
 };
 
 // A row of a list box: its text, and the category number as its item data.
-struct CategoryRow {
+struct CategoryListRow {
     QString text;
     qint64 number = 0;
 };
@@ -139,10 +139,10 @@ struct CategoryBrowser {
 
     QStringList lstCategoryNames;
     int categoryNamesIndex = -1;
-    std::vector<CategoryRow> lstCategoryItems;  // CategoryName, number
-    std::vector<CategoryRow> lstCategorys;      // favourites
+    std::vector<CategoryListRow> lstCategoryItems;  // CategoryName, number
+    std::vector<CategoryListRow> lstCategorys;      // favourites
     int categorysIndex = -1;
-    std::vector<CategoryRow> lstSearchCategories;
+    std::vector<CategoryListRow> lstSearchCategories;
     int searchCategoriesIndex = -1;
     QStringList lstSearchTerms;
     bool chkAndSearch = false;
@@ -169,7 +169,7 @@ struct CategoryBrowser {
     bool AddChosenToFavorites(core::Database& db, const QString& user);
     // cmdSelectCategory: the row for the creator's cmbEbayCategory; nothing
     // when no category is chosen.
-    std::optional<CategoryRow> Selection() const;
+    std::optional<CategoryListRow> Selection() const;
 
 private:
     void Choose(const CategoryEntry& entry);
@@ -178,8 +178,8 @@ private:
 
 // What the creator's category box does with a number typed and Enter.
 struct CategoryNumberEntry {
-    std::optional<CategoryRow> row;  // the list text row to add and select
-    QString message;                 // else what to tell, empty for nothing
+    std::optional<CategoryListRow> row;  // the list text row to add and select
+    QString message;                     // else what to tell, empty for nothing
     QString title;
 };
 CategoryNumberEntry EnterCategoryNumber(core::Database& db, const QString& typed,

@@ -448,7 +448,7 @@ TEST_F(CategoryDirectoryTest, TheBrowserShowsChoosesSearchesAndKeepsFavourites) 
     EXPECT_EQ(browser.categorysIndex, 1);
     browser.ChooseMatch(1);
     EXPECT_FALSE(browser.AddChosenToFavorites(*m_db, kUser));  // 103 is one already
-    const std::optional<CategoryRow> chosen = browser.Selection();
+    const std::optional<CategoryListRow> chosen = browser.Selection();
     ASSERT_TRUE(chosen.has_value());
     EXPECT_EQ(chosen->text, QStringLiteral("Sports: Silver (103)"));
     EXPECT_EQ(chosen->number, 103);
