@@ -7,6 +7,8 @@
 
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QHash>
+#include <algorithm>
 #include <optional>
 
 #include "app/cli_scan.h"
@@ -15,6 +17,8 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "core/ui_port.h"
+#include "tasks/task_model.h"
+#include "tasks/task_tree.h"
 #include "update/record_writer.h"
 #include "update/repair.h"
 #include "update/rules.h"
@@ -36,6 +40,8 @@ struct Options {
     QString rulesFile, protocol, page, pagesDir;  // scan
     bool list = false;                            // update --list
     bool wait = false;                            // update --wait
+    bool bids = false;                            // tasks --bids
+    QString filter;                               // tasks --filter
     bool version = false;
     std::optional<int> connections;  // update --connections
     QStringList words;               // the command and its positional arguments
@@ -62,10 +68,12 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption wait(QStringLiteral("wait"));
     const QCommandLineOption connections(QStringLiteral("connections"), QString(),
                                          QStringLiteral("N"));
+    const QCommandLineOption bids(QStringLiteral("bids"));
+    const QCommandLineOption filter(QStringLiteral("filter"), QString(), QStringLiteral("NAME"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
     parser.addOptions({root, user, siteId, password, passwordStdin, email, store, rules, protocol,
-                       page, pages, list, wait, connections, help, version});
+                       page, pages, list, wait, connections, bids, filter, help, version});
     if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
         return parser.errorText();
     }
@@ -91,6 +99,8 @@ QString Parse(const QStringList& args, Options& options) {
     options.pagesDir = parser.value(pages);
     options.list = parser.isSet(list);
     options.wait = parser.isSet(wait);
+    options.bids = parser.isSet(bids);
+    options.filter = parser.value(filter);
     options.version = parser.isSet(version);
     if (parser.isSet(connections)) {
         bool ok = false;
@@ -467,6 +477,75 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
     return kExitFailure;
 }
 
+// The Task Manager's item list of one filter, and for each item the state of
+// every task of its side.
+int Tasks(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
+    if (options.words.size() != 1) {
+        err << "tasks takes no more words; name a filter with --filter NAME.\n";
+        return kExitUsage;
+    }
+    if (!OpenSession(options, exeDir, false, err)) {
+        return kExitFailure;
+    }
+    core::Database db = core::OpenStoreForReading();
+    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
+        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+        return kExitFailure;
+    }
+    core::LoadSiteCorrection(db);
+    const core::Session& session = core::CurrentSession();
+    tasks::ListScope scope;
+    scope.side = options.bids ? tasks::Side::Bids : tasks::Side::Sales;
+    scope.userName = session.CurrentUser;
+    scope.siteCorrection = session.SiteCorrection;
+
+    const QStringList filters = tasks::TaskFilters(db, scope.userName, scope.side);
+    QString filter = filters.value(0);
+    if (!options.filter.isEmpty()) {
+        const auto found = std::find_if(filters.cbegin(), filters.cend(), [&](const QString& f) {
+            return f.compare(options.filter.trimmed(), Qt::CaseInsensitive) == 0;
+        });
+        if (found == filters.cend()) {
+            err << "There is no task filter \"" << options.filter << "\" on the "
+                << (options.bids ? "bids" : "sales")
+                << " side. Its filters are: " << filters.join(QStringLiteral("; ")) << ".\n";
+            return kExitUsage;
+        }
+        filter = *found;
+    }
+    if (filter.isEmpty()) {
+        err << "The database holds no task filter for the " << (options.bids ? "bids" : "sales")
+            << " side.\n";
+        return kExitFailure;
+    }
+    const tasks::ItemList list = tasks::FillItemList(db, scope, filter);
+    out << filter << ' ' << list.recordCount << '\n';
+    if (list.Empty()) {
+        out << tasks::NoPendingTasksRow() << '\n';
+        return kExitOk;
+    }
+    QHash<QString, QString> descriptions;
+    for (const tasks::TaskNode& node : tasks::TaskTree(db, scope.side)) {
+        descriptions.insert(node.key, node.description);
+    }
+    for (const tasks::ItemListRow& row : list.rows) {
+        out << row.text << '\n';
+        const tasks::SelectedItem item =
+            tasks::SelectionFromRow(scope.side, row.text, row.itemNumber);
+        for (const tasks::TaskPicture& task :
+             tasks::RefreshTaskIcons(db, scope.userName, 0, item)) {
+            out << QStringLiteral("    %1 %2 %3")
+                       .arg(task.key, -5)
+                       .arg(task.picture == tasks::kDonePicture ? QStringLiteral("done")
+                                                                : QStringLiteral("pending"),
+                            -7)
+                       .arg(descriptions.value(task.key))
+                << '\n';
+        }
+    }
+    return kExitOk;
+}
+
 }  // namespace
 
 static QString UpdateWordsHelp() {
@@ -507,6 +586,8 @@ QString CliUsage() {
                "end\n"
                "  update ... --connections N            keep N connections to the site (1 to 8;\n"
                "        default: the setting Connections of [Update], else 6)\n"
+               "  tasks [--bids] [--filter NAME]        the Task Manager's items of a filter (the\n"
+               "        side's first without --filter), each with its tasks done or pending\n"
                "Options:\n"
                "  --root DIR      the folder that holds Configs/, Data/ and Templates/, and\n"
                "                  the settings; without it a portable copy uses its own\n"
@@ -559,6 +640,9 @@ int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTe
         }
         if (command == QLatin1String("update")) {
             return Update(options, exeDir, out, err);
+        }
+        if (command == QLatin1String("tasks")) {
+            return Tasks(options, exeDir, out, err);
         }
     } catch (const core::StoreError& failure) {
         err << failure.Message() << '\n';
