@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The task codes' rules, the pictures of the task nodes and the removal of
 // an item from the task manager. Each read is one statement; the fields a
-// ToDo row names are looked up on the record's own columns, never put into
-// SQL.
+// ToDo row names are looked up among the record's own fields, never put
+// into SQL.
 #include "tasks/task_model.h"
 
 namespace lw::tasks {
@@ -24,14 +24,44 @@ SelectedItem UsersOwn(SelectedItem item, const QString& userName) {
     return item;
 }
 
+// A field of the record, its name matched without regard to case; nullopt
+// when the record has no such field.
+std::optional<QVariant> Field(const QVariantMap& record, const QString& name) {
+    const auto exact = record.constFind(name);
+    if (exact != record.cend()) {
+        return *exact;
+    }
+    for (auto it = record.cbegin(); it != record.cend(); ++it) {
+        if (it.key().compare(name, Qt::CaseInsensitive) == 0) {
+            return *it;
+        }
+    }
+    return std::nullopt;
+}
+
+// A flag as every reader of the store takes it: a non-zero number, or the
+// words True and Yes; Null is False.
+bool IsTrue(const QVariant& value) {
+    if (value.isNull()) {
+        return false;
+    }
+    if (value.typeId() == QMetaType::QString) {
+        const QString text = value.toString().trimmed();
+        return text.compare(u"True", Qt::CaseInsensitive) == 0 ||
+               text.compare(u"Yes", Qt::CaseInsensitive) == 0 || text.toDouble() != 0;
+    }
+    return value.toDouble() != 0;
+}
+
 // Whether the partner's address row holds an address: some field other than
 // its key (which names the partner and says nothing of where it lives) and
 // its e-mail, trimmed, is not blank. No row: no address.
-bool PartnerHasAddress(Database& db, const SelectedItem& item, const Statement& record,
-                       int siteFlag) {
-    const bool sale = IsSalesSide(item.side);
-    const QString partner = sale ? record.Text(QStringLiteral("HighBidderName"))
-                                 : record.Text(QStringLiteral("SellerName"));
+bool PartnerHasAddress(Database& db, int siteFlag, Side side, const QVariantMap& record) {
+    const bool sale = IsSalesSide(side);
+    const QString partner =
+        Field(record, sale ? QStringLiteral("HighBidderName") : QStringLiteral("SellerName"))
+            .value_or(QVariant())
+            .toString();
     const QString key = sale ? QStringLiteral("BuyerID") : QStringLiteral("SellerID");
     Statement row = db.Prepare(
         sale ? QStringLiteral("SELECT * FROM Buyers WHERE AuctionSiteFlag = ? AND BuyerID = ?")
@@ -54,25 +84,19 @@ bool PartnerHasAddress(Database& db, const SelectedItem& item, const Statement& 
     return false;
 }
 
-bool Done(Database& db, const SelectedItem& item, const Statement& record, int siteFlag,
-          const DoneRule& rule, std::optional<bool>& address) {
-    if (rule.test == DoneTest::PartnerAddress) {
-        if (!address) {
-            address = PartnerHasAddress(db, item, record, siteFlag);
-        }
-        return *address;
-    }
-    // A field a ToDo row names that the table lacks: the task reads pending.
-    if (!record.HasColumn(rule.field)) {
+// A field a ToDo row names that the record lacks reads as not done.
+bool Done(const QVariantMap& record, const DoneRule& rule) {
+    const std::optional<QVariant> value = Field(record, rule.field);
+    if (!value) {
         return false;
     }
     switch (rule.test) {
         case DoneTest::FlagTrue:
-            return record.Flag(rule.field);
+            return IsTrue(*value);
         case DoneTest::NotNull:
-            return !record.IsNull(rule.field);
+            return !value->isNull();
         case DoneTest::PaymentSet:
-            return !record.IsNull(rule.field) && record.Real(rule.field) >= 0;
+            return !value->isNull() && value->toDouble() >= 0;
         case DoneTest::PartnerAddress:
             break;
     }
@@ -126,30 +150,43 @@ std::optional<DoneRule> NodeDoneRule(Side side, const QString& key, const QStrin
     return FixedDoneRule(side, key);
 }
 
-std::vector<TaskPicture> RefreshTaskIcons(Database& db, const QString& userName, int siteFlag,
-                                          const SelectedItem& item) {
-    Statement record = PrepareSelectedRecord(db, UsersOwn(item, userName));
-    if (!record.Step()) {
-        return {};
-    }
+std::vector<TaskPicture> TaskPictures(Database& db, int siteFlag, Side side,
+                                      const QVariantMap& record) {
     Statement nodes = db.Prepare(
         QStringLiteral("SELECT \"Key\", \"Function\", AdditionalParam2, AdditionalParam4 FROM "
                        "ToDo WHERE ") +
         SideCondition(QStringLiteral("\"Auction?\"")) + QStringLiteral(" ORDER BY rowid"));
-    nodes.Bind(1, IsSalesSide(item.side));
+    nodes.Bind(1, IsSalesSide(side));
     std::vector<TaskPicture> pictures;
-    std::optional<bool> address;  // read once, for the first node that asks
+    std::optional<bool> address;  // looked up once, for the first node that asks
     while (nodes.Step()) {
         const QString key = nodes.Text(0);
         const std::optional<DoneRule> rule =
-            NodeDoneRule(item.side, key, nodes.Text(1), nodes.Text(2), nodes.Text(3));
+            NodeDoneRule(side, key, nodes.Text(1), nodes.Text(2), nodes.Text(3));
         if (!rule) {
             continue;
         }
-        const bool done = Done(db, item, record, siteFlag, *rule, address);
+        bool done = false;
+        if (rule->test == DoneTest::PartnerAddress) {
+            if (!address) {
+                address = PartnerHasAddress(db, siteFlag, side, record);
+            }
+            done = *address;
+        } else {
+            done = Done(record, *rule);
+        }
         pictures.push_back({key, done ? kDonePicture : kPendingPicture});
     }
     return pictures;
+}
+
+std::vector<TaskPicture> RefreshTaskIcons(Database& db, const QString& userName, int siteFlag,
+                                          const SelectedItem& item) {
+    const std::optional<QVariantMap> record = ReadSelectedRecord(db, UsersOwn(item, userName));
+    if (!record) {
+        return {};
+    }
+    return TaskPictures(db, siteFlag, item.side, *record);
 }
 
 bool CompleteIfRemovalTask(Database& db, const QString& userName, const SelectedItem& item,

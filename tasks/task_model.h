@@ -75,6 +75,10 @@ struct TaskPicture {
 // found (the tree keeps its pictures). Throws core::StoreError.
 std::vector<TaskPicture> RefreshTaskIcons(core::Database& db, const QString& userName, int siteFlag,
                                           const SelectedItem& item);
+// The same for a record already read (ReadSelectedRecord) on that side: a
+// click on the list reads the item once for its summary and its pictures.
+std::vector<TaskPicture> TaskPictures(core::Database& db, int siteFlag, Side side,
+                                      const QVariantMap& record);
 
 // True when the item was finished (its ToDoComplete set), so the caller rebuilds the tree.
 // That happens when taskCode is the removal preference of the user's Users

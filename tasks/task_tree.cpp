@@ -5,9 +5,42 @@
 // part of a statement; each list is read with one statement.
 #include "tasks/task_tree.h"
 
+#include <cmath>
+
 #include "core/text.h"
 
 namespace lw::tasks {
+
+EndedTest::EndedTest(const ListScope& scope)
+    : m_siteCorrection(scope.siteCorrection),
+      m_now(scope.now),
+      m_nowSeconds(scope.now.date().toJulianDay() * 86400 +
+                   scope.now.time().msecsSinceStartOfDay() / 1000),
+      m_correction(static_cast<qint64>(std::llround(core::Val(scope.siteCorrection)))) {}
+
+bool EndedTest::operator()(const QString& endDate) const {
+    // The stored form "mm/dd/yy, hh:mm:ss" and a three-letter zone, read in
+    // place; TimeLeftText reads that form as the same day and second.
+    static constexpr char kShape[] = "99/99/99, 99:99:99 ";
+    bool stored = endDate.size() == 22;
+    for (int i = 0; stored && i < 19; ++i) {
+        const QChar c = endDate.at(i);
+        stored = kShape[i] == '9' ? c.isDigit() && c.unicode() < 128 : c == QLatin1Char(kShape[i]);
+    }
+    auto number = [&endDate](int at) {
+        return (endDate.at(at).unicode() - u'0') * 10 + (endDate.at(at + 1).unicode() - u'0');
+    };
+    if (stored) {
+        const int year = number(6);
+        const QDate day(core::ExpandYear(year), number(0), number(3));
+        const QTime time(number(10), number(13), number(16));
+        if (day.isValid() && time.isValid()) {
+            const qint64 end = day.toJulianDay() * 86400 + time.msecsSinceStartOfDay() / 1000;
+            return end - m_nowSeconds + m_correction <= 0;
+        }
+    }
+    return core::TimeLeftText(endDate, m_siteCorrection, m_now) == QLatin1String("Ended");
+}
 
 namespace {
 
@@ -36,13 +69,6 @@ Statement SelectFrom(Database& db, const QString& view, const QString& columns,
     return rows;
 }
 
-// An item is a task only once its time left reads "Ended": a sale that runs
-// until later today is in the pending queries, which cut by the day, but is
-// not yet anything to do.
-bool Ended(const ListScope& scope, const QString& endDate) {
-    return core::TimeLeftText(endDate, scope.siteCorrection, scope.now) == QLatin1String("Ended");
-}
-
 QString PlainRow(const QString& itemNumber, const QString& title) {
     return itemNumber + QStringLiteral(": ") + title;
 }
@@ -55,13 +81,14 @@ void AddDutchRows(Database& db, const ListScope& scope, const QString& queryName
         return;
     }
     const bool sale = IsSalesSide(scope.side);
+    const EndedTest ended(scope);
     Statement found =
         SelectFrom(db, view,
                    sale ? QStringLiteral("ItemNumber, ItemTitle, EndDate, HighBidderName")
                         : QStringLiteral("ItemNumber, ItemTitle, EndDate"),
                    scope);
     while (found.Step()) {
-        if (!Ended(scope, found.Text(2))) {
+        if (!ended(found.Text(2))) {
             continue;
         }
         const QString item = found.Text(0);
@@ -130,9 +157,10 @@ ItemList FillItemList(Database& db, const ListScope& scope, const QString& filte
             0);
     }
     ItemList list;
+    const EndedTest ended(scope);
     Statement found = SelectFrom(db, view, QStringLiteral("ItemNumber, ItemTitle, EndDate"), scope);
     while (found.Step()) {
-        if (Ended(scope, found.Text(2))) {
+        if (ended(found.Text(2))) {
             const QString item = found.Text(0);
             list.rows.push_back({PlainRow(item, found.Text(1)), item});
         }

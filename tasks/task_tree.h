@@ -47,6 +47,22 @@ struct ListScope {
     QDateTime now = QDateTime::currentDateTime();
 };
 
+// Whether an end date's time left (TimeLeftText) reads "Ended" at the
+// scope's clock: an item is a task only then. A sale that runs until later
+// today is in the pending queries, which cut by the day, but is not yet
+// anything to do. The stored form is read in place, without the text.
+class EndedTest {
+public:
+    explicit EndedTest(const ListScope& scope);
+    bool operator()(const QString& endDate) const;
+
+private:
+    QString m_siteCorrection;
+    QDateTime m_now;
+    qint64 m_nowSeconds = 0;  // the clock's day and second, as the end's are counted
+    qint64 m_correction = 0;
+};
+
 // A row of lstToAuctions.
 struct ItemListRow {
     QString text;        // "123: Title", or "D123: Title (bidder)" for a multi-winner sale

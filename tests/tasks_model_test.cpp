@@ -14,6 +14,7 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "core/text.h"
 #include "tasks/task_model.h"
 #include "tasks/task_tree.h"
 #include "tests/support/test_support.h"
@@ -426,6 +427,46 @@ TEST_F(TasksTest, TheListHoldsEndedItemsAndTheMultiWinnerRowsAfterThePlainOnes) 
     EXPECT_THROW(
         lw::tasks::FillItemList(Db(), scope, QStringLiteral("x\"; DROP TABLE Auctions; --")),
         lw::core::StoreError);
+}
+
+// An item is a task once its time left reads "Ended": the list reads the
+// stored form in place, and must agree with the time-left text on every
+// form, the stored one and any other.
+TEST(TaskListEnd, TheListsEndAgreesWithTheTimeLeftText) {
+    struct Case {
+        const char* endDate;
+        const char* correction;
+        bool ended;
+    };
+    const Case cases[] = {
+        {"03/09/24, 23:59:59 PST", "0", true},
+        {"03/10/24, 12:00:00 PDT", "0", true},  // this very second
+        {"03/10/24, 12:00:01 PST", "0", false},
+        {"03/10/24, 12:00:01 PST", "-1", true},  // the site's clock runs a second ahead
+        {"03/10/24, 13:00:00 PST", "-3600", true},
+        {"03/09/24, 12:00:00 PST", "86400.4", true},
+        {"03/09/24, 12:00:00 PST", "86401", false},
+        {"01/01/97, 00:00:00 PST", "0", true},   // 1997
+        {"01/01/96, 00:00:00 PST", "0", false},  // 2096
+        {"02/30/24, 10:00:00 PST", "0", false},  // no such day
+        {"03/10/24, 24:00:00 PST", "0", false},
+        {"03/09/24, 12:00:00", "0", true},  // no zone: read by the text alone
+        {"3/9/24, 12:00:00 PST", "0", false},
+        {"03/09/24 12:00:00 PST", "0", true},
+        {"n/a", "0", false},
+        {"", "0", false},
+    };
+    lw::tasks::ListScope scope;
+    scope.now = QDateTime(QDate(2024, 3, 10), QTime(12, 0, 0, 500));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.endDate);
+        scope.siteCorrection = QLatin1String(c.correction);
+        const QString endDate = QLatin1String(c.endDate);
+        const bool textSays = lw::core::TimeLeftText(endDate, scope.siteCorrection, scope.now) ==
+                              QLatin1String("Ended");
+        EXPECT_EQ(lw::tasks::EndedTest(scope)(endDate), textSays);
+        EXPECT_EQ(textSays, c.ended);
+    }
 }
 
 TEST_F(TasksTest, TheFilterListHoldsTheSidesFiltersAndTheUsersOwnOnBoth) {
