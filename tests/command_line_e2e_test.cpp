@@ -98,7 +98,7 @@ TEST(CommandLine, TheCommandLinesHelpNamesEveryCommandAndHowToGiveThePassword) {
     ASSERT_EQ(help.code, 0);
     for (const char* word :
          {"init", "rules get", "rules name", "rules install", "rules restore", "query", "scan",
-          "update", "--password-stdin", "--root", "--version"}) {
+          "update", "tasks", "--password-stdin", "--root", "--version"}) {
         EXPECT_TRUE(help.out.contains(QLatin1String(word))) << word;
     }
     const Outcome bare = Start(QStringLiteral("lotwright-cli"), {});
