@@ -142,6 +142,17 @@ bool OpenSession(const Options& options, const QString& exeDir, bool create, QTe
     return true;
 }
 
+// The default user of the database becomes the session's, with the site
+// clock's correction; false, told on err, when there is none.
+bool ChooseDefaultUser(core::Database& db, QTextStream& err) {
+    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
+        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+        return false;
+    }
+    core::LoadSiteCorrection(db);
+    return true;
+}
+
 // The site password of init: --password, one line of standard input with
 // --password-stdin, or asked for on the terminal. Nothing, told on err, when
 // none can be had.
@@ -395,11 +406,9 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
         }
     }
     core::Database db = core::OpenStore();
-    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
-        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+    if (!ChooseDefaultUser(db, err)) {
         return kExitFailure;
     }
-    core::LoadSiteCorrection(db);
     if (!update::InstallRuleStore(update::Rules(), db)) {
         return kExitFailure;
     }
@@ -488,11 +497,9 @@ int Tasks(const Options& options, const QString& exeDir, QTextStream& out, QText
         return kExitFailure;
     }
     core::Database db = core::OpenStoreForReading();
-    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
-        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+    if (!ChooseDefaultUser(db, err)) {
         return kExitFailure;
     }
-    core::LoadSiteCorrection(db);
     const core::Session& session = core::CurrentSession();
     tasks::ListScope scope;
     scope.side = options.bids ? tasks::Side::Bids : tasks::Side::Sales;

@@ -26,11 +26,6 @@ using lw::tasks::SelectedItem;
 using lw::tasks::Side;
 using lw::tasks::TaskPanel;
 
-// Failures print texts, not code units.
-void PrintTo(const QString& text, std::ostream* out) {
-    *out << '"' << text.toStdString() << '"';
-}
-
 namespace lw::tasks {
 void PrintTo(const ItemListRow& row, std::ostream* out) {
     *out << row.text.toStdString() << " [" << row.itemNumber.toStdString() << ']';
@@ -86,25 +81,26 @@ protected:
     }
 
     // An ended sale (or bid) with a buyer, all its tasks open.
-    void Sale(const QString& item, Fields more = {}) {
-        more.insert(QStringLiteral("ItemNumber"), item);
-        Fields row = {{QStringLiteral("ItemTitle"), Title(item)},
-                      {QStringLiteral("EndDate"), EndDate(kToday.addDays(-1))},
-                      {QStringLiteral("HighBid"), QStringLiteral("$10.00")},
-                      {QStringLiteral("NumberBids"), QStringLiteral("3")},
-                      {QStringLiteral("HighBidderName"), QStringLiteral("bob")}};
-        row.insert(more);
-        Add(QStringLiteral("Auctions"), row);
+    void Sale(const QString& item, const Fields& more = {}) {
+        AddItem(QStringLiteral("Auctions"), item,
+                {{QStringLiteral("HighBid"), QStringLiteral("$10.00")},
+                 {QStringLiteral("NumberBids"), QStringLiteral("3")},
+                 {QStringLiteral("HighBidderName"), QStringLiteral("bob")}},
+                more);
     }
-    void Bid(const QString& item, Fields more = {}) {
-        more.insert(QStringLiteral("ItemNumber"), item);
-        Fields row = {{QStringLiteral("ItemTitle"), Title(item)},
-                      {QStringLiteral("EndDate"), EndDate(kToday.addDays(-1))},
-                      {QStringLiteral("SellerName"), QStringLiteral("sal")},
-                      {QStringLiteral("HighBidderName"), QStringLiteral("darcy_sells")},
-                      {QStringLiteral("Winning"), true}};
+    void Bid(const QString& item, const Fields& more = {}) {
+        AddItem(QStringLiteral("Bids"), item,
+                {{QStringLiteral("SellerName"), QStringLiteral("sal")},
+                 {QStringLiteral("HighBidderName"), QStringLiteral("darcy_sells")},
+                 {QStringLiteral("Winning"), true}},
+                more);
+    }
+    void AddItem(const QString& table, const QString& item, Fields row, const Fields& more) {
+        row.insert(QStringLiteral("ItemNumber"), item);
+        row.insert(QStringLiteral("ItemTitle"), Title(item));
+        row.insert(QStringLiteral("EndDate"), EndDate(kToday.addDays(-1)));
         row.insert(more);
-        Add(QStringLiteral("Bids"), row);
+        Add(table, row);
     }
     void Winner(const QString& item, const QString& bidder, Fields more = {}) {
         more.insert(QStringLiteral("ItemNumber"), item);
