@@ -573,18 +573,6 @@ TEST_F(TasksTest, EachNodeOpensItsPanelWithItsArguments) {
                 .panel,
             TaskPanel::NoPendingTasks);
     }
-    const auto salesEmpty = lw::tasks::NoPendingTasksPanel(Side::Sales);
-    const auto bidsEmpty = lw::tasks::NoPendingTasksPanel(Side::Bids);
-    EXPECT_EQ(salesEmpty.index, 13);
-    EXPECT_EQ(salesEmpty.title, QStringLiteral("No Auctions with Pending Tasks"));
-    EXPECT_EQ(salesEmpty.text,
-              QStringLiteral("You do not currently have any Auctions with pending tasks.  The Task "
-                             "Manager will become available once Auctions have ended."));
-    EXPECT_EQ(bidsEmpty.index, 14);
-    EXPECT_EQ(bidsEmpty.title, QStringLiteral("No Bids with Pending Tasks"));
-    EXPECT_EQ(bidsEmpty.text,
-              QStringLiteral("You do not currently have any Bids with pending tasks.  The Task "
-                             "Manager will become available once Bids have ended."));
 }
 
 }  // namespace
