@@ -8,6 +8,8 @@
 #include <QCommandLineParser>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
+#include <algorithm>
 #include <optional>
 
 #include "app/cli_packing.h"
@@ -20,6 +22,8 @@
 #include "creator/category_directory.h"
 #include "creator/creator_document.h"
 #include "creator/listing_html.h"
+#include "tasks/task_model.h"
+#include "tasks/task_tree.h"
 #include "update/record_writer.h"
 #include "update/repair.h"
 #include "update/rules.h"
@@ -42,6 +46,8 @@ struct Options {
     bool list = false;                            // update --list
     bool wait = false;                            // update --wait
     bool all = false;                             // categories search --all
+    bool bids = false;                            // tasks --bids
+    QString filter;                               // tasks --filter
     bool version = false;
     std::optional<int> connections;    // update --connections
     QString bidder, pdfFile, rtfFile;  // packing-list, remittance
@@ -77,11 +83,14 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption type(QStringLiteral("type"), QString(), QStringLiteral("KIND"));
     const QCommandLineOption style(QStringLiteral("style"), QString(), QStringLiteral("NAME"));
     const QCommandLineOption outFile(QStringLiteral("out"), QString(), QStringLiteral("FILE"));
+    const QCommandLineOption bids(QStringLiteral("bids"));
+    const QCommandLineOption filter(QStringLiteral("filter"), QString(), QStringLiteral("NAME"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
-    parser.addOptions({root,     user, siteId, password, passwordStdin, email,       store,  rules,
-                       protocol, page, pages,  list,     wait,          connections, bidder, pdf,
-                       rtf,      type, style,  outFile,  help,          version});
+    parser.addOptions({root,  user,        siteId,   password, passwordStdin, email,
+                       store, rules,       protocol, page,     pages,         list,
+                       wait,  connections, bidder,   pdf,      rtf,           type,
+                       style, outFile,     bids,     filter,   help,          version});
     parser.addOption(all);
     if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
         return parser.errorText();
@@ -109,6 +118,8 @@ QString Parse(const QStringList& args, Options& options) {
     options.list = parser.isSet(list);
     options.wait = parser.isSet(wait);
     options.all = parser.isSet(all);
+    options.bids = parser.isSet(bids);
+    options.filter = parser.value(filter);
     options.version = parser.isSet(version);
     if (parser.isSet(connections)) {
         bool ok = false;
@@ -153,6 +164,17 @@ bool OpenSession(const Options& options, const QString& exeDir, bool create, QTe
         err << error << '\n';
         return false;
     }
+    return true;
+}
+
+// The default user of the database becomes the session's, with the site
+// clock's correction; false, told on err, when there is none.
+bool ChooseDefaultUser(core::Database& db, QTextStream& err) {
+    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
+        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+        return false;
+    }
+    core::LoadSiteCorrection(db);
     return true;
 }
 
@@ -618,11 +640,9 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
         }
     }
     core::Database db = core::OpenStore();
-    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
-        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+    if (!ChooseDefaultUser(db, err)) {
         return kExitFailure;
     }
-    core::LoadSiteCorrection(db);
     if (!update::InstallRuleStore(update::Rules(), db)) {
         return kExitFailure;
     }
@@ -716,6 +736,73 @@ int Packing(const Options& options, const QString& exeDir, tasks::Side side, QTe
                       out, err);
 }
 
+// The Task Manager's item list of one filter, and for each item the state of
+// every task of its side.
+int Tasks(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
+    if (options.words.size() != 1) {
+        err << "tasks takes no more words; name a filter with --filter NAME.\n";
+        return kExitUsage;
+    }
+    if (!OpenSession(options, exeDir, false, err)) {
+        return kExitFailure;
+    }
+    core::Database db = core::OpenStoreForReading();
+    if (!ChooseDefaultUser(db, err)) {
+        return kExitFailure;
+    }
+    const core::Session& session = core::CurrentSession();
+    tasks::ListScope scope;
+    scope.side = options.bids ? tasks::Side::Bids : tasks::Side::Sales;
+    scope.userName = session.CurrentUser;
+    scope.siteCorrection = session.SiteCorrection;
+
+    const QStringList filters = tasks::TaskFilters(db, scope.userName, scope.side);
+    QString filter = filters.value(0);
+    if (!options.filter.isEmpty()) {
+        const auto found = std::find_if(filters.cbegin(), filters.cend(), [&](const QString& f) {
+            return f.compare(options.filter.trimmed(), Qt::CaseInsensitive) == 0;
+        });
+        if (found == filters.cend()) {
+            err << "There is no task filter \"" << options.filter << "\" on the "
+                << (options.bids ? "bids" : "sales")
+                << " side. Its filters are: " << filters.join(QStringLiteral("; ")) << ".\n";
+            return kExitUsage;
+        }
+        filter = *found;
+    }
+    if (filter.isEmpty()) {
+        err << "The database holds no task filter for the " << (options.bids ? "bids" : "sales")
+            << " side.\n";
+        return kExitFailure;
+    }
+    const tasks::ItemList list = tasks::FillItemList(db, scope, filter);
+    out << filter << ' ' << list.recordCount << '\n';
+    if (list.Empty()) {
+        out << tasks::NoPendingTasksRow() << '\n';
+        return kExitOk;
+    }
+    QHash<QString, QString> descriptions;
+    for (const tasks::TaskNode& node : tasks::TaskTree(db, scope.side)) {
+        descriptions.insert(node.key, node.description);
+    }
+    for (const tasks::ItemListRow& row : list.rows) {
+        out << row.text << '\n';
+        const tasks::SelectedItem item =
+            tasks::SelectionFromRow(scope.side, row.text, row.itemNumber);
+        for (const tasks::TaskPicture& task :
+             tasks::RefreshTaskIcons(db, scope.userName, 0, item)) {
+            out << QStringLiteral("    %1 %2 %3")
+                       .arg(task.key, -5)
+                       .arg(task.picture == tasks::kDonePicture ? QStringLiteral("done")
+                                                                : QStringLiteral("pending"),
+                            -7)
+                       .arg(descriptions.value(task.key))
+                << '\n';
+        }
+    }
+    return kExitOk;
+}
+
 }  // namespace
 
 bool CliMakesDocuments(const QStringList& args) {
@@ -778,6 +865,8 @@ QString CliUsage() {
                "  listing html ID [--style NAME] [--out FILE]\n"
                "        the listing HTML of a document, in its own style or NAME, on\n"
                "        standard output or into FILE\n"
+               "  tasks [--bids] [--filter NAME]        the Task Manager's items of a filter (the\n"
+               "        side's first without --filter), each with its tasks done or pending\n"
                "Options:\n"
                "  --root DIR      the folder that holds Configs/, Data/ and Templates/, and\n"
                "                  the settings; without it a portable copy uses its own\n"
@@ -843,6 +932,9 @@ int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTe
         }
         if (command == QLatin1String("listing")) {
             return Listing(options, exeDir, out, err);
+        }
+        if (command == QLatin1String("tasks")) {
+            return Tasks(options, exeDir, out, err);
         }
     } catch (const core::StoreError& failure) {
         err << failure.Message() << '\n';
