@@ -539,6 +539,17 @@ void CategoryBrowser::ChooseMatch(int row) {
     Choose(m_matches.at(static_cast<size_t>(row)));
 }
 
+void CategoryBrowser::ChooseFavorite(core::Database& db, int row) {
+    if (row < 0 || static_cast<size_t>(row) >= lstCategorys.size()) {
+        return;
+    }
+    categorysIndex = row;
+    if (const std::optional<CategoryEntry> entry =
+            FindCategory(db, lstCategorys.at(static_cast<size_t>(row)).number)) {
+        Choose(*entry);
+    }
+}
+
 bool CategoryBrowser::AddChosenToFavorites(core::Database& db, const QString& user) {
     const qint64 number = txtSelCalNumber.toLongLong();
     if (txtSelCal.isEmpty() || !AddFavoriteCategory(db, user, txtSelCal, number)) {

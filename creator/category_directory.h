@@ -163,6 +163,9 @@ struct CategoryBrowser {
     void Search(core::Database& db, const QString& text);
     // A match of the search list is chosen.
     void ChooseMatch(int row);
+    // A favourite of lstCategorys is chosen; one whose number the directory
+    // no longer holds chooses nothing.
+    void ChooseFavorite(core::Database& db, int row);
     // cmdAddToFavorites and cmdAddToFavorites2: the chosen category joins the
     // favourites and is selected there. False when nothing is chosen or it is
     // a favourite already.

@@ -960,6 +960,7 @@ CreatorSettings LoadCreatorSettings() {
     settings.TemplateChoice = number("TemplateChoice", 0);
     settings.DraftChoice = number("DraftChoice", 0);
     settings.OldAuctionChoice = number("OldAuctionChoice", 0);
+    settings.JustGo = number("JustGo", 0) != 0;
     settings.LastAuctionName = get("LastAuctionName");
     settings.LastAuctionID = get("LastAuctionID");
     settings.LastAuctionType = get("LastAuctionType");
@@ -976,6 +977,7 @@ void SaveLeavingSettings(const CreatorSettings& settings) {
     put("TemplateChoice", settings.TemplateChoice);
     put("DraftChoice", settings.DraftChoice);
     put("OldAuctionChoice", settings.OldAuctionChoice);
+    put("JustGo", settings.JustGo ? -1 : 0);
 }
 
 void SavePostOption(int option) {

@@ -313,6 +313,7 @@ struct CreatorSettings {
     int TemplateChoice = 0;
     int DraftChoice = 0;
     int OldAuctionChoice = 0;
+    bool JustGo = false;  // chkGo: the chooser is skipped at the next start
     QString LastAuctionName;
     QString LastAuctionID;
     QString LastAuctionType;
