@@ -28,41 +28,19 @@
 using namespace lw;
 
 using lw::test::Named;
+using lw::test::Retype;
 
 namespace {
 
 const QString kUser = QStringLiteral("Pat O'Brien");
 
-void Retype(QLineEdit* edit, const QString& text) {
-    edit->selectAll();
-    edit->del();
-    QTest::keyClicks(edit, text);
-}
-
 // Acts on the general dialog once it is up as the modal window; it runs in
-// the dialog's own event loop. Never acting is a finding of its own.
-class WhenUp {
+// the dialog's own event loop.
+class WhenUp : public test::WhenModal {
 public:
-    explicit WhenUp(std::function<void(QDialog*)> act) : m_act(std::move(act)) {
-        m_timer.setInterval(0);
-        QObject::connect(&m_timer, &QTimer::timeout, [this] {
-            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr || dialog->objectName() != u"frmGeneral" ||
-                !dialog->isVisible()) {
-                return;
-            }
-            m_timer.stop();
-            m_acted = true;
-            m_act(dialog);
-        });
-        m_timer.start();
-    }
-    bool Acted() const { return m_acted; }
-
-private:
-    QTimer m_timer;
-    std::function<void(QDialog*)> m_act;
-    bool m_acted = false;
+    explicit WhenUp(std::function<void(QDialog*)> act)
+        : WhenModal(QStringLiteral("frmGeneral"),
+                    [act = std::move(act)](QWidget* form) { act(static_cast<QDialog*>(form)); }) {}
 };
 
 }  // namespace

@@ -7,8 +7,33 @@
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QSocketNotifier>
+#include <exception>
+
+#include "core/session.h"
+#include "core/store.h"
 
 namespace lw::ui {
+
+bool RunCommand(const QString& title, const std::function<void()>& work,
+                const std::function<void()>& afterStoreError) {
+    QString problem;
+    try {
+        work();
+        return true;
+    } catch (const core::StoreError& error) {
+        problem = error.Message();
+        if (afterStoreError) {
+            afterStoreError();
+        }
+    } catch (const std::exception& error) {
+        problem = QString::fromLocal8Bit(error.what());
+    } catch (...) {
+        problem = QStringLiteral("An unknown error occurred.");
+    }
+    core::CurrentUi().Message(QStringLiteral("This command could not be completed.\n\n") + problem,
+                              title, core::Icon::Warning);
+    return false;
+}
 
 namespace {
 
