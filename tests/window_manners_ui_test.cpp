@@ -37,14 +37,18 @@
 #include <QtTest>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "creator/category_directory.h"
+#include "creator/listing_html.h"
 #include "tests/support/test_support.h"
 #include "tests/support/window_test.h"
 #include "ui/frmAuction.h"
 #include "ui/frmGeneral.h"
+#include "ui/frmLWAC.h"
 #include "ui/frmNewUser.h"
 #include "ui/frmTip.h"
 #include "ui/frmUpdate.h"
@@ -326,6 +330,7 @@ class WindowMannersTest : public QObject {
 private:
     std::unique_ptr<test::TempRoot> m_root;
     std::unique_ptr<test::ScriptedUi> m_ui;
+    std::optional<core::Database> m_db;
 
     std::unique_ptr<ui::frmAuction> OpenMain() {
         auto w = std::make_unique<ui::frmAuction>();
@@ -377,6 +382,43 @@ private:
         cases.push_back({QStringLiteral("frmGeneral about"),
                          [] { return std::make_unique<ui::frmGeneral>(ui::frmGeneral::AboutForm); },
                          {{QString(), Nothing}}});
+        WindowCase creator{QStringLiteral("frmLWAC"),
+                           [] {
+                               auto w = std::make_unique<ui::frmLWAC>();
+                               w->SetUrlOpener([](const QUrl&) {});
+                               return w;
+                           },
+                           {}};
+        for (int option = 0; option < 4; ++option) {
+            creator.states.emplace_back(
+                QStringLiteral("chooser %1").arg(option), [option](QWidget* w) {
+                    Named<QAbstractButton>(w, QStringLiteral("optACChoice%1").arg(option))->click();
+                });
+        }
+        creator.states.emplace_back(QStringLiteral("editing"), [](QWidget* w) {
+            Named<QAbstractButton>(w, QStringLiteral("cmdLoadDefault"))->click();
+        });
+        for (int tab = 1; tab <= ui::frmLWAC::kPaymentTab; ++tab) {
+            creator.states.emplace_back(QStringLiteral("tab %1").arg(tab),
+                                        TabOf(QStringLiteral("SSTab1"), tab));
+        }
+        cases.push_back(std::move(creator));
+        for (const auto form : {ui::frmGeneral::CategoryForm, ui::frmGeneral::SaveForm}) {
+            WindowCase general{
+                form == ui::frmGeneral::CategoryForm ? QStringLiteral("frmGeneral categories")
+                                                     : QStringLiteral("frmGeneral save"),
+                [this, form] { return std::make_unique<ui::frmGeneral>(form, *m_db); },
+                {{QString(), Nothing}}};
+            if (form == ui::frmGeneral::CategoryForm) {
+                general.states.emplace_back(QStringLiteral("search"),
+                                            TabOf(QStringLiteral("tabCategories"), 1));
+            } else {
+                general.states.emplace_back(QStringLiteral("template"), [](QWidget* w) {
+                    Named<QAbstractButton>(w, QStringLiteral("optSaveAuction1"))->click();
+                });
+            }
+            cases.push_back(std::move(general));
+        }
         return cases;
     }
 
@@ -397,6 +439,11 @@ private Q_SLOTS:
                 QStringLiteral("$5.00"), QStringLiteral("$8.00"), 3, QStringLiteral("(12000)"));
         AddSale(db, QStringLiteral("1003"), QStringLiteral("Tin robot"), QStringLiteral("$9.00"),
                 QStringLiteral("-"), 4, QStringLiteral("(4)"));
+        const core::Session& session = core::CurrentSession();
+        QVERIFY(
+            creator::InstallAuctionTemplates(session.ShippedDir, session.TemplatesDir, nullptr));
+        creator::PrepareCategoryDirectory(db, *m_ui);
+        m_db.emplace(core::OpenStore());
     }
     void cleanup() {
         const auto widgets = QApplication::topLevelWidgets();
@@ -404,6 +451,7 @@ private Q_SLOTS:
             widget->close();
         }
         QApplication::setPalette(QApplication::style()->standardPalette());
+        m_db.reset();
         core::SetSettingsFolder(QString());
         core::ResetSession();
         m_ui.reset();

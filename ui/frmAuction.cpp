@@ -39,11 +39,13 @@
 #include "core/text.h"
 #include "ui/auction_analysis_tab.h"
 #include "ui/frmGeneral.h"
+#include "ui/frmLWAC.h"
 #include "ui/frmTip.h"
 #include "ui/frmUpdate.h"
 #include "ui/frmUserPreferences.h"
 #include "ui/item_panels.h"
 #include "ui/listing_grid.h"
+#include "ui/qt_ui.h"
 #include "update/repair.h"
 #include "update/rules.h"
 #include "update/site_session.h"
@@ -234,20 +236,7 @@ core::Database& frmAuction::Db() {
 }
 
 bool frmAuction::Guard(const QString& title, const std::function<void()>& work) {
-    QString problem;
-    try {
-        work();
-        return true;
-    } catch (const core::StoreError& error) {
-        problem = error.Message();
-    } catch (const std::exception& error) {
-        problem = QString::fromLocal8Bit(error.what());
-    } catch (...) {
-        problem = QStringLiteral("An unknown error occurred.");
-    }
-    core::CurrentUi().Message(QStringLiteral("This command could not be completed.\n\n") + problem,
-                              title, core::Icon::Warning);
-    return false;
+    return RunCommand(title, work);
 }
 
 void frmAuction::SetUrlOpener(std::function<void(const QString&)> opener) {
@@ -259,6 +248,12 @@ void frmAuction::SetUrlOpener(std::function<void(const QString&)> opener) {
 void frmAuction::BuildMenus() {
     QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
     file->setObjectName(QStringLiteral("mnuFile"));
+    QAction* creator =
+        NamedAction(this, QStringLiteral("mnuAuctionCreator"), QStringLiteral("&New Auction..."));
+    BindStandardKey(creator, QKeySequence::New, QKeySequence(Qt::CTRL | Qt::Key_N));
+    connect(creator, &QAction::triggered, this, &frmAuction::mnuAuctionCreator_Click);
+    file->addAction(creator);
+    file->addSeparator();
     QAction* preferences =
         NamedAction(this, QStringLiteral("mnuPreferences"), QStringLiteral("Edit &Preferences"));
     // Most desktops bind no key to preferences; Ctrl+, is the usual one there.
@@ -380,6 +375,7 @@ void frmAuction::BuildToolBar() {
         const char* tip;
         QStyle::StandardPixmap icon;
     } buttons[] = {
+        {"NewAuction", "New Auction", "New Auction", QStyle::SP_FileIcon},
         {"UpdateAuctionDatabase", "Update", "Update My Sales && My Bids", QStyle::SP_BrowserReload},
         {"MyeBay", "My eBay", "My eBay", QStyle::SP_DirHomeIcon},
         {"TimeLeft", "Time Left", "Refresh the time left", QStyle::SP_MediaSeekForward},
@@ -769,6 +765,31 @@ void frmAuction::mnuMyEBay_Click() {
                  [this] { return views::SiteLinkUrl(Db(), views::SiteLink::MyEBay, QString()); });
 }
 
+void frmAuction::RunCreator(const std::function<void(frmLWAC&)>& prepare) {
+    bool updateAfter = false;
+    Guard(QStringLiteral("New Auction"), [&] {
+        frmLWAC creator(this);
+        if (prepare) {
+            prepare(creator);
+        }
+        creator.exec();
+        updateAfter = creator.UpdateAfter();
+    });
+    if (updateAfter) {
+        mnuUpdateAuctions_Click();
+    }
+    if (m_lstAuctionGroup->currentIndex() != 0) {
+        m_lstAuctionGroup->setCurrentIndex(0);
+        lstAuctionGroup_Click();
+    } else {
+        ShowCurrentSales(false, true, false);
+    }
+}
+
+void frmAuction::mnuAuctionCreator_Click() {
+    RunCreator({});
+}
+
 void frmAuction::mnuPreferences_Click() {
     Guard(QStringLiteral("Edit Preferences"), [this] {
         frmUserPreferences preferences(this);
@@ -802,7 +823,9 @@ void frmAuction::menAbout_Click() {
 }
 
 void frmAuction::Toolbar1_ButtonClick(const QString& key) {
-    if (key == u"UpdateAuctionDatabase") {
+    if (key == u"NewAuction") {
+        mnuAuctionCreator_Click();
+    } else if (key == u"UpdateAuctionDatabase") {
         menUpdateAuctionDatabase_Click();
     } else if (key == u"MyeBay") {
         mnuMyEBay_Click();

@@ -37,6 +37,7 @@ namespace lw::ui {
 
 class AuctionAnalysisTab;
 class BidPanels;
+class frmLWAC;
 class ListingGrid;
 class SalePanels;
 
@@ -90,6 +91,9 @@ public Q_SLOTS:
     void Timer1_Timer();
     void Timer2_Timer();
 
+    // New Auction: the creator, modal; afterwards the sales update when the
+    // creator asked for it, and the current sales from their first page.
+    void mnuAuctionCreator_Click();
     void mnuPreferences_Click();
     void mnuFileExit_Click();
     void menUpdateAuctionDatabase_Click();
@@ -120,6 +124,7 @@ public Q_SLOTS:
     void mnuPopupViewBidderFeedback_Click();
     void mnuItemCost_Click();
     void mnuItemRelist_Click();
+    void mnuItemRelistCreator_Click();
     void mnuPopupAuctionReturntoTask_Click();
     void mnuPopupDeleteAuction_Click();
     // The bids pop-up (mnuPopupBid) and its commands.
@@ -173,6 +178,9 @@ private:
     bool RunUpdateCommand(update::UpdateCommand command, int tab);
     // A site page: connection check with the purpose, then the address.
     void OpenSiteLink(const QString& purpose, const std::function<QString()>& url);
+    // The creator, modal, prepared by prepare (a relist's document); then the
+    // update of the sales when its mnuUAWF was ticked, and the sales shown.
+    void RunCreator(const std::function<void(frmLWAC&)>& prepare);
 
     std::optional<core::Database> m_db;
     views::SalesListing m_sales;
@@ -213,6 +221,7 @@ private:
     QMenu* m_mnuPopup = nullptr;
     QMenu* m_mnuPopupBid = nullptr;
     QAction* m_mnuItemRelist = nullptr;
+    QAction* m_mnuItemRelistCreator = nullptr;
     QAction* m_mnuPopupViewBidderFeedback = nullptr;
     QAction* m_mnuPopupAuctionReturntoTask = nullptr;
     QAction* m_mnuPopupBidReturnToTask = nullptr;

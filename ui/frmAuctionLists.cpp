@@ -15,8 +15,10 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include "creator/relist.h"
 #include "ui/frmAuction.h"
 #include "ui/frmGeneral.h"
+#include "ui/frmLWAC.h"
 #include "ui/item_panels.h"
 #include "ui/listing_grid.h"
 #include "views/main_commands.h"
@@ -177,6 +179,11 @@ void frmAuction::BuildPopups() {
     m_mnuItemRelist =
         PopupAction(m_mnuPopup, QStringLiteral("mnuItemRelist"), QStringLiteral("&Relist Item"));
     connect(m_mnuItemRelist, &QAction::triggered, this, &frmAuction::mnuItemRelist_Click);
+    // The same sale listed again from the creator, where it can be changed first.
+    m_mnuItemRelistCreator = PopupAction(m_mnuPopup, QStringLiteral("mnuItemRelistCreator"),
+                                         QStringLiteral("Relist in the &Auction Creator..."));
+    connect(m_mnuItemRelistCreator, &QAction::triggered, this,
+            &frmAuction::mnuItemRelistCreator_Click);
     m_mnuPopup->addSeparator();
     m_mnuPopupAuctionReturntoTask =
         PopupAction(m_mnuPopup, QStringLiteral("mnuPopupAuctionReturntoTask"),
@@ -459,6 +466,7 @@ void frmAuction::grdAuction_Popup(int row, const QPoint& globalPos) {
         // The menu stays as built.
     }
     m_mnuItemRelist->setEnabled(state.relist);
+    m_mnuItemRelistCreator->setEnabled(state.relist);
     m_mnuPopupViewBidderFeedback->setEnabled(state.bidderFeedback);
     m_mnuPopupAuctionReturntoTask->setEnabled(state.returnToTask);
     m_mnuPopup->popup(globalPos);
@@ -517,6 +525,34 @@ void frmAuction::mnuItemRelist_Click() {
     }
     OpenSiteLink(QStringLiteral("relist an item on eBay"), [this, item] {
         return views::SiteLinkUrl(Db(), views::SiteLink::RelistItem, item);
+    });
+}
+
+void frmAuction::mnuItemRelistCreator_Click() {
+    const QString item = SelectedSaleItem();
+    if (item.isEmpty()) {
+        return;
+    }
+    // From the document the sale was posted from when the creator still has
+    // it, else from the sale's title.
+    std::optional<creator::RelistSource> source;
+    if (!Guard(QStringLiteral("Relist Item"),
+               [&] {
+                   source =
+                       creator::FindRelistSource(Db(), core::CurrentSession().CurrentUser, item);
+               }) ||
+        !source) {
+        return;
+    }
+    RunCreator([&source](frmLWAC& creator) {
+        if (source->creatorId > 0 && creator.OpenRecord(source->creatorId)) {
+            return;
+        }
+        creator::CreatorDocument doc = creator.NewDocument();
+        doc.txtItemTitle = source->title;
+        doc.txtEbayTitle = creator::EbayTitleFor(source->title);
+        doc.lblAuctionType = QStringLiteral("auction");
+        creator.OpenDocument(doc);
     });
 }
 
