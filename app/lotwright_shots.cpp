@@ -3,20 +3,32 @@
 // AppRoot and writes one PNG per window, so that the windows can be looked at
 // without sitting at the screen. It starts as lotwright does (the first
 // retrieval included, when the user has none), runs one "My Bids Only"
-// update to catch the update window at work, and then shows the rest; last
-// the main window, the about box and the preferences again under a dark
-// palette.
+// update to catch the update window at work, and then shows the rest: among
+// them the auction creator on each of its tabs with a sample listing typed
+// in, its save dialog and category browser, and the preview page of every
+// listing style, written as HTML beside the pictures (previews-html/) for
+// scripts/screenshots to draw in a browser. Last the main window, the about
+// box and the preferences again under a dark palette.
 // Messages are not shown (nobody is there to answer them) but are printed.
 // It writes pictures only; every row it changes is one the program's own
 // start or update would have written.
 //   lotwright-shots --root DIR --out DIR
+#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPainter>
+#include <QPlainTextEdit>
+#include <QRegularExpression>
 #include <QTabWidget>
 #include <QTextStream>
 #include <QTimer>
+#include <QUrl>
 
 #include "admin/startup.h"
 #include "core/session.h"
@@ -25,6 +37,7 @@
 #include "ui/desktop_start.h"
 #include "ui/frmAuction.h"
 #include "ui/frmGeneral.h"
+#include "ui/frmLWAC.h"
 #include "ui/frmNewUser.h"
 #include "ui/frmTip.h"
 #include "ui/frmUpdate.h"
@@ -108,6 +121,181 @@ void TakeWhenShown(Shots& shots, const QString& objectName, const QString& pictu
         }
     });
     poll->start();
+}
+
+// A picture of the sample listing: a lantern drawn on a plain ground with
+// its number, so that the preview pages show pictures without a network.
+QString SamplePicture(const QString& dir, int n) {
+    QImage image(400, 300, QImage::Format_RGB32);
+    image.fill(QColor(0xec, 0xe6, 0xd6));
+    QPainter paint(&image);
+    paint.setRenderHint(QPainter::Antialiasing);
+    paint.setPen(Qt::NoPen);
+    paint.setBrush(QColor(0x8a, 0x6d, 0x1d));
+    paint.drawRoundedRect(170, 40, 60, 18, 6, 6);
+    paint.drawRoundedRect(140, 208, 120, 22, 6, 6);
+    paint.setBrush(QColor(0xc9, 0xa2, 0x27));
+    paint.drawRoundedRect(150, 58, 100, 150, 14, 14);
+    paint.setBrush(QColor(0xb3, 0x26, 0x1e));
+    paint.drawRoundedRect(168, 80, 64, 106, 8, 8);
+    paint.setPen(QColor(0x55, 0x55, 0x55));
+    QFont font = paint.font();
+    font.setPixelSize(24);
+    paint.setFont(font);
+    paint.drawText(QRect(0, 250, 400, 40), Qt::AlignCenter, QStringLiteral("Picture %1").arg(n));
+    paint.end();
+    const QString path = QDir(dir).filePath(QStringLiteral("lantern-%1.png").arg(n));
+    image.save(path);
+    return QUrl::fromLocalFile(path).toString();
+}
+
+template <class T>
+T* Control(QWidget* window, const char* name) {
+    return window->findChild<T*>(QString::fromLatin1(name));
+}
+
+// Types a sample listing into the creator as a seller would.
+void TypeSampleListing(QWidget* creator, const QString& pictureDir) {
+    const struct {
+        const char* name;
+        const char* text;
+    } boxes[] = {{"txtItemTitle", "Brass ship's lantern with red glass, about 1920"},
+                 {"txtMinimumBid", "$25.00"},
+                 {"txtReserve", "$60.00"},
+                 {"txtQuantity", "1"},
+                 {"txtShipping", "$12.50"},
+                 {"txtInsurance", "$2.00"},
+                 {"txtItemCost", "$8.00"},
+                 {"txtItemLocationEbay", "Portland, Maine"},
+                 {"txtPayPalAddress", "demo@example.com"}};
+    for (const auto& box : boxes) {
+        if (auto* edit = Control<QLineEdit>(creator, box.name)) {
+            edit->setText(QString::fromUtf8(box.text));
+        }
+    }
+    if (auto* description = Control<QPlainTextEdit>(creator, "txtDescription")) {
+        description->setPlainText(QStringLiteral(
+            "<P>A brass ship's lantern with its <B>original</B> red glass and a working "
+            "wick.</P><BR><P>Some dents at the base; the handle is firm. Height 34 cm.</P>"));
+    }
+    auto* link = Control<QComboBox>(creator, "cmbPictureLink");
+    auto* add = Control<QAbstractButton>(creator, "cmdAddLink");
+    for (int n = 1; link != nullptr && add != nullptr && n <= 4; ++n) {
+        link->setEditText(SamplePicture(pictureDir, n));
+        add->click();
+    }
+    if (link != nullptr) {
+        link->setEditText(QString());
+    }
+    if (auto* category = Control<QComboBox>(creator, "cmbEbayCategory")) {
+        category->setEditText(QStringLiteral("110"));
+        QMetaObject::invokeMethod(creator, "cmbEbayCategory_KeyEnter");
+    }
+    for (const char* list : {"lstEbayAcceptedPayment", "lstEbayShippingPref", "lstEbayOptions"}) {
+        if (auto* rows = Control<QListWidget>(creator, list);
+            rows != nullptr && rows->count() > 1) {
+            rows->item(1)->setSelected(true);
+        }
+    }
+    if (auto* domestic = Control<QAbstractButton>(creator, "optEbayWorldShipping0")) {
+        domestic->click();
+    }
+    for (const char* check : {"chkItemTitle", "chkPictureSize", "chkPictureReturn"}) {
+        if (auto* box = Control<QAbstractButton>(creator, check); box && !box->isChecked()) {
+            box->click();
+        }
+    }
+    const struct {
+        const char* name;
+        const char* text;
+    } choices[] = {{"cmbTableBGColor", "Pastel Light Blue"},
+                   {"cmbThemeColor", "Matte Blue"},
+                   {"cmbFontColor", "Dark Gray"},
+                   {"cmbFontType", "Verdana"},
+                   {"cmbProductDetails0", "Used, in good order"},
+                   {"cmbProductDetails1", "From a harbour master's estate"},
+                   {"cmbTransaction0", "within the country"},
+                   {"cmbTransaction2", "Money order or personal check"}};
+    for (const auto& choice : choices) {
+        if (auto* combo = Control<QComboBox>(creator, choice.name)) {
+            const QString text = QString::fromUtf8(choice.text);
+            if (combo->isEditable()) {
+                combo->setEditText(text);
+            } else {
+                combo->setCurrentIndex(combo->findText(text));
+            }
+        }
+    }
+    for (const char* box : {"cmbEbayRegion", "cmbEbayCountry"}) {
+        if (auto* combo = Control<QComboBox>(creator, box);
+            combo != nullptr && combo->count() > 0) {
+            combo->setCurrentIndex(0);
+        }
+    }
+}
+
+// The creator, its dialogs and the preview page of each style.
+void TakeCreator(Shots& shots, QWidget* parent, const QString& out) {
+    const QString htmlDir = QDir(out).filePath(QStringLiteral("previews-html"));
+    QDir().mkpath(htmlDir);
+    lw::ui::frmLWAC creator(parent);
+    QString written;
+    creator.SetUrlOpener([&written](const QUrl& url) { written = url.toLocalFile(); });
+    creator.resize(960, 700);
+    shots.Take(&creator, QStringLiteral("frmLWAC-0-Choose"));
+    creator.cmdLoadDefault_Click();
+    TypeSampleListing(&creator, htmlDir);
+    auto* tabs = creator.findChild<QTabWidget*>(QStringLiteral("SSTab1"));
+    for (int index = 1; tabs != nullptr && index < tabs->count(); ++index) {
+        tabs->setCurrentIndex(index);
+        shots.Take(&creator, QStringLiteral("frmLWAC-%1-%2")
+                                 .arg(index)
+                                 .arg(tabs->widget(index)->objectName().mid(3)));
+    }
+    if (auto* styles = Control<QListWidget>(&creator, "lstTemplateStyle")) {
+        for (int row = 0; row < styles->count(); ++row) {
+            styles->setCurrentRow(row);
+            written.clear();
+            creator.cmdPreviewAuction_Click();
+            const QString name =
+                QString(styles->item(row)->text())
+                    .replace(QRegularExpression(QStringLiteral("[^A-Za-z]+")), QStringLiteral("-"));
+            const QString copy =
+                QDir(htmlDir).filePath(QStringLiteral("preview-%1-%2.html").arg(row).arg(name));
+            QFile::remove(copy);
+            if (written.isEmpty() || !QFile::copy(written, copy)) {
+                QTextStream(stderr) << "no preview page for " << styles->item(row)->text() << '\n';
+            }
+        }
+        styles->setCurrentRow(1);
+    }
+    TakeWhenShown(shots, QStringLiteral("frmGeneral"), QStringLiteral("frmGeneral-SaveAuction"));
+    creator.cmdSave_Click();
+    try {
+        lw::core::Database db = lw::core::OpenStore();
+        lw::ui::frmGeneral browser(lw::ui::frmGeneral::CategoryForm, db, &creator);
+        if (auto* top = Control<QListWidget>(&browser, "lstCategoryNames");
+            top && top->count() > 0) {
+            top->setCurrentRow(std::min(10, int(top->count()) - 1));
+        }
+        if (auto* items = Control<QListWidget>(&browser, "lstCategoryItems");
+            items && items->count() > 0) {
+            items->setCurrentRow(0);
+        }
+        shots.Take(&browser, QStringLiteral("frmGeneral-Categories-Browse"));
+        if (auto* pages = browser.findChild<QTabWidget*>(QStringLiteral("tabCategories"))) {
+            pages->setCurrentIndex(1);
+        }
+        if (auto* words = Control<QComboBox>(&browser, "lstSearchCategories")) {
+            words->setEditText(QStringLiteral("lamp"));
+            browser.cmdSearchCategories_Click();
+        }
+        shots.Take(&browser, QStringLiteral("frmGeneral-Categories-Search"));
+    } catch (const lw::core::StoreError& failure) {
+        QTextStream(stderr) << failure.Message() << '\n';
+    }
+    // Closed as it stands: the sample was never the user's work.
+    creator.hide();
 }
 
 }  // namespace
@@ -246,6 +434,7 @@ int main(int argc, char** argv) {
         lw::ui::frmGeneral about(lw::ui::frmGeneral::AboutForm, window);
         shots.Take(&about, QStringLiteral("frmGeneral-About"));
     }
+    TakeCreator(shots, window, out);
     // Help, Contents and Index: taken from inside its own modal loop.
     TakeWhenShown(shots, QStringLiteral("frmHelp"), QStringLiteral("frmHelp"));
     window->menHelpTopics_Click();
