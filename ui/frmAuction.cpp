@@ -44,6 +44,7 @@
 #include "ui/frmUserPreferences.h"
 #include "ui/item_panels.h"
 #include "ui/listing_grid.h"
+#include "ui/qt_ui.h"
 #include "update/repair.h"
 #include "update/rules.h"
 #include "update/site_session.h"
@@ -234,20 +235,7 @@ core::Database& frmAuction::Db() {
 }
 
 bool frmAuction::Guard(const QString& title, const std::function<void()>& work) {
-    QString problem;
-    try {
-        work();
-        return true;
-    } catch (const core::StoreError& error) {
-        problem = error.Message();
-    } catch (const std::exception& error) {
-        problem = QString::fromLocal8Bit(error.what());
-    } catch (...) {
-        problem = QStringLiteral("An unknown error occurred.");
-    }
-    core::CurrentUi().Message(QStringLiteral("This command could not be completed.\n\n") + problem,
-                              title, core::Icon::Warning);
-    return false;
+    return RunReported(title, work);
 }
 
 void frmAuction::SetUrlOpener(std::function<void(const QString&)> opener) {

@@ -119,47 +119,6 @@ void SetColour(QLabel* label, views::CellColour colour) {
     label->setPalette(palette);
 }
 
-// A panel frame whose least size is that of its contents: the title (an
-// item's title and number) is drawn cut in the middle when the frame is
-// narrower than it, and never widens the window.
-class PanelFrame : public QGroupBox {
-public:
-    // The title is the item's, not a caption: it takes no mnemonic.
-    explicit PanelFrame(QWidget* parent) : QGroupBox(parent) { setProperty("titleFromData", true); }
-
-    QSize minimumSizeHint() const override { return QWidget::minimumSizeHint(); }
-
-    // The title in the colour of the item's state, readable on the window.
-    void SetTitleColour(views::CellColour colour) {
-        setProperty(kCellColour, static_cast<int>(colour));
-        m_titleColour = ShownColour(this, colour);
-        setProperty("titleColour", m_titleColour.name());
-        update();
-    }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QStylePainter painter(this);
-        QStyleOptionGroupBox option;
-        initStyleOption(&option);
-        if (m_titleColour.isValid()) {
-            // Some styles take the title's colour from the option, others
-            // (Fusion) from the palette's window text.
-            option.textColor = m_titleColour;
-            option.palette.setColor(QPalette::WindowText, m_titleColour);
-        }
-        // Room for the title: the frame less a margin of two characters on
-        // each side.
-        const int room = std::max(0, width() - fontMetrics().averageCharWidth() * 4);
-        option.text =
-            fontMetrics().elidedText(option.text, Qt::ElideMiddle, room, Qt::TextShowMnemonic);
-        painter.drawComplexControl(QStyle::CC_GroupBox, option);
-    }
-
-private:
-    QColor m_titleColour;
-};
-
 // Every coloured label and title of a panel, chosen again for the palette
 // it now stands on.
 void Recolour(QWidget* panel) {
@@ -269,6 +228,42 @@ QPixmap DrawStar(const QColor& fill, qreal ratio, const QColor& background) {
 }
 
 }  // namespace
+
+// ------------------------------------------------------------------ frames
+
+PanelFrame::PanelFrame(QWidget* parent) : QGroupBox(parent) {
+    // The title is the item's, not a caption: it takes no mnemonic.
+    setProperty("titleFromData", true);
+}
+
+QSize PanelFrame::minimumSizeHint() const {
+    return QWidget::minimumSizeHint();
+}
+
+void PanelFrame::SetTitleColour(views::CellColour colour) {
+    setProperty(kCellColour, static_cast<int>(colour));
+    m_titleColour = ShownColour(this, colour);
+    setProperty("titleColour", m_titleColour.name());
+    update();
+}
+
+void PanelFrame::paintEvent(QPaintEvent*) {
+    QStylePainter painter(this);
+    QStyleOptionGroupBox option;
+    initStyleOption(&option);
+    if (m_titleColour.isValid()) {
+        // Some styles take the title's colour from the option, others
+        // (Fusion) from the palette's window text.
+        option.textColor = m_titleColour;
+        option.palette.setColor(QPalette::WindowText, m_titleColour);
+    }
+    // Room for the title: the frame less a margin of two characters on
+    // each side.
+    const int room = std::max(0, width() - fontMetrics().averageCharWidth() * 4);
+    option.text =
+        fontMetrics().elidedText(option.text, Qt::ElideMiddle, room, Qt::TextShowMnemonic);
+    painter.drawComplexControl(QStyle::CC_GroupBox, option);
+}
 
 QString StarMeaning(const QString& name) {
     // The bands of views::StarIconFor.
