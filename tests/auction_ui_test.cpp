@@ -292,7 +292,7 @@ private Q_SLOTS:
         auto* tabs = Named<QTabWidget>(w, QStringLiteral("SSTab1"));
         QCOMPARE(tabs->count(), 4);
         QCOMPARE(tabs->tabText(2), QStringLiteral("Tas&k Manager"));
-        QVERIFY(!tabs->isTabEnabled(2));
+        QVERIFY(tabs->isTabEnabled(2));
 
         auto* sales = Named<QTableView>(w, QStringLiteral("grdAuction"));
         auto* group = Named<QComboBox>(w, QStringLiteral("lstAuctionGroup"));

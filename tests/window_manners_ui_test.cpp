@@ -342,6 +342,7 @@ private:
              [this] { return std::unique_ptr<QWidget>(OpenMain()); },
              {{QStringLiteral("My Sales"), TabOf(QStringLiteral("SSTab1"), 0)},
               {QStringLiteral("My Bids"), TabOf(QStringLiteral("SSTab1"), 1)},
+              {QStringLiteral("Task Manager"), TabOf(QStringLiteral("SSTab1"), 2)},
               {QStringLiteral("Auction Analysis"), TabOf(QStringLiteral("SSTab1"), 3)}}});
         WindowCase preferences{QStringLiteral("frmUserPreferences"),
                                [] { return std::make_unique<ui::frmUserPreferences>(); },

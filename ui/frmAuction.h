@@ -39,6 +39,7 @@ class AuctionAnalysisTab;
 class BidPanels;
 class ListingGrid;
 class SalePanels;
+class TaskManagerTab;
 
 class frmAuction : public QMainWindow {
     Q_OBJECT
@@ -199,6 +200,7 @@ private:
     SalePanels* m_salePanels = nullptr;
     BidPanels* m_bidPanels = nullptr;
     AuctionAnalysisTab* m_analysis = nullptr;
+    TaskManagerTab* m_tasks = nullptr;
     bool m_analysisShown = false;
     QLabel* m_lblSalesView = nullptr;  // lblLabel(57)
     QLabel* m_lblBidsView = nullptr;
