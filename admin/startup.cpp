@@ -6,6 +6,7 @@
 
 #include "admin/tips.h"
 #include "core/settings.h"
+#include "tasks/packing_list.h"
 #include "update/repair.h"
 #include "update/rules.h"
 #include "update/run_lists.h"
@@ -32,6 +33,9 @@ bool PrepareSetUpRoot(QString* error) {
     core::SaveSetting(app, section, QStringLiteral("AAViewStart"), 1);
     core::SaveSetting(app, section, QStringLiteral("CAViewStart"), 1);
     core::RemoveStaleNewUserCancel();
+    // A template that could not be copied leaves its document empty, and the
+    // panel says why when it is built; the next start tries again.
+    tasks::InstallPackingTemplates(nullptr);
     return true;
 }
 
