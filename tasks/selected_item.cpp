@@ -8,12 +8,13 @@ namespace lw::tasks {
 
 namespace {
 
-// The key clause and its values for the selected record.
-QString KeyClause(const SelectedItem& item) {
+// The key clause for the selected record, its values bound from parameter first on.
+QString KeyClause(const SelectedItem& item, int first) {
+    const QString clause = QStringLiteral("ItemNumber = ?") + QString::number(first);
     if (item.IsDutch()) {
-        return QStringLiteral("ItemNumber = ? AND HighBidderName = ?");
+        return clause + QStringLiteral(" AND HighBidderName = ?") + QString::number(first + 1);
     }
-    return QStringLiteral("ItemNumber = ?");
+    return clause;
 }
 
 void BindKey(core::Statement& statement, const SelectedItem& item, int first) {
@@ -65,13 +66,17 @@ QString RecordTable(const SelectedItem& item) {
 }
 
 std::optional<QVariantMap> ReadSelectedRecord(core::Database& db, const SelectedItem& item) {
-    auto statement = db.Prepare(QStringLiteral("SELECT * FROM ") + RecordTable(item) +
-                                QStringLiteral(" WHERE ") + KeyClause(item) +
-                                QStringLiteral(" LIMIT 1"));
+    auto statement =
+        db.Prepare(QStringLiteral("SELECT * FROM ") + RecordTable(item) +
+                   QStringLiteral(" WHERE ") + KeyClause(item, 1) + QStringLiteral(" LIMIT 1"));
     BindKey(statement, item, 1);
     if (!statement.Step()) {
         return std::nullopt;
     }
+    return RecordOf(statement);
+}
+
+QVariantMap RecordOf(const core::Statement& statement) {
     QVariantMap record;
     for (int column = 0; column < statement.ColumnCount(); ++column) {
         record.insert(statement.ColumnName(column), statement.Value(column));
@@ -97,11 +102,10 @@ int WriteSelectedRecord(core::Database& db, const SelectedItem& item, const QVar
         }
         assignments << QuotedName(column) + QStringLiteral(" = ?");
     }
-    // Plain "?" marks number themselves in order: the fields, then the key.
     const int keyFirst = static_cast<int>(fields.size()) + 1;
     auto statement = db.Prepare(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") +
-                                assignments.join(QStringLiteral(", ")) +
-                                QStringLiteral(" WHERE ") + KeyClause(item));
+                                assignments.join(QStringLiteral(", ")) + QStringLiteral(" WHERE ") +
+                                KeyClause(item, keyFirst));
     int index = 1;
     for (auto it = fields.cbegin(); it != fields.cend(); ++it) {
         statement.Bind(index++, it.value());

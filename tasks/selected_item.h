@@ -19,7 +19,9 @@ namespace lw::tasks {
 enum class Side { Sales, Bids };
 
 // "Auction?" of a ToDo or AuctionFilter of a ToDo Filters row.
-inline bool IsSalesSide(Side side) { return side == Side::Sales; }
+inline bool IsSalesSide(Side side) {
+    return side == Side::Sales;
+}
 
 struct SelectedItem {
     Side side = Side::Sales;
@@ -42,6 +44,9 @@ QString RecordTable(const SelectedItem& item);
 // The whole selected record, column name to value (Null as a null QVariant);
 // nullopt when no row matches.
 std::optional<QVariantMap> ReadSelectedRecord(core::Database& db, const SelectedItem& item);
+
+// The row a statement stands on, column name to value (Null as a null QVariant).
+QVariantMap RecordOf(const core::Statement& statement);
 
 // Whether the selected record's table has this column (case-blind).
 bool RecordHasField(core::Database& db, const SelectedItem& item, const QString& field);

@@ -159,6 +159,18 @@ QString StartProgramRoot(TempRoot& root, ScriptedUi& ui, bool ownSettings) {
     return QString();
 }
 
+core::Database StartUserStore(TempRoot& root, ScriptedUi& ui, const QString& user,
+                              const QString& siteId) {
+    const QString error = StartProgramRoot(root, ui);
+    if (!error.isEmpty()) {
+        throw std::runtime_error(error.toStdString());
+    }
+    core::Database db = core::OpenOrCreateStore(core::StorePath(), SourceDir());
+    core::AddUser(db, {user, siteId, QStringLiteral("pw"), QString()});
+    core::SetCurrentUser(user);
+    return db;
+}
+
 QByteArray ListPage(std::initializer_list<std::pair<const char*, const char*>> rows) {
     QByteArray page = "<html><!-- BEGIN --><table>";
     for (const auto& [number, title] : rows) {

@@ -14,6 +14,7 @@
 #include <deque>
 #include <memory>
 
+#include "core/store.h"
 #include "core/ui_port.h"
 
 namespace lw::test {
@@ -99,6 +100,12 @@ ProgramRun RunProgram(const QString& program, const QStringList& args, const QBy
 // root, with the shipped files taken from the sources and, when asked, the
 // settings kept under root. Returns what went wrong, empty when nothing did.
 QString StartProgramRoot(TempRoot& root, ScriptedUi& ui, bool ownSettings = true);
+
+// StartProgramRoot, then the root's new database with one user, whose ID on
+// site 0 is siteId, made the session's current user. Throws
+// std::runtime_error when the root cannot be made.
+core::Database StartUserStore(TempRoot& root, ScriptedUi& ui, const QString& user,
+                              const QString& siteId);
 
 // A list page of the suites' fake sites: one table row per record, its item
 // number in <td class=n> and its title in <td class=t>, between the marks
