@@ -6,6 +6,8 @@
 
 #include "admin/tips.h"
 #include "core/settings.h"
+#include "creator/category_directory.h"
+#include "creator/listing_html.h"
 #include "tasks/packing_list.h"
 #include "update/repair.h"
 #include "update/rules.h"
@@ -22,11 +24,20 @@ bool PrepareSetUpRoot(QString* error) {
         core::Database db = core::OpenStore();
         update::InstallRuleStore(update::Rules(), db);
         update::RepairNulls(db);
+        creator::PrepareCategoryDirectory(db, core::CurrentUi());
     } catch (const core::StoreError& failure) {
         if (error != nullptr) {
             *error = failure.Message();
         }
         return false;
+    }
+    // The listing templates are the user's to edit: only missing ones come
+    // from the shipped copy. Without them the creator still opens.
+    QString templatesError;
+    const core::Session& session = core::CurrentSession();
+    if (!creator::InstallAuctionTemplates(session.ShippedDir, session.TemplatesDir,
+                                          &templatesError)) {
+        core::CurrentUi().Message(templatesError, QStringLiteral("Lotwright"), core::Icon::Warning);
     }
     const QString app = QStringLiteral("Tolvane");
     const QString section = QStringLiteral("Options");

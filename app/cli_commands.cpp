@@ -6,7 +6,10 @@
 #include <unistd.h>
 
 #include <QCommandLineParser>
+#include <QFile>
 #include <QFileInfo>
+#include <QHash>
+#include <algorithm>
 #include <optional>
 
 #include "app/cli_packing.h"
@@ -16,6 +19,11 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "core/ui_port.h"
+#include "creator/category_directory.h"
+#include "creator/creator_document.h"
+#include "creator/listing_html.h"
+#include "tasks/task_model.h"
+#include "tasks/task_tree.h"
 #include "update/record_writer.h"
 #include "update/repair.h"
 #include "update/rules.h"
@@ -37,9 +45,13 @@ struct Options {
     QString rulesFile, protocol, page, pagesDir;  // scan
     bool list = false;                            // update --list
     bool wait = false;                            // update --wait
+    bool all = false;                             // categories search --all
+    bool bids = false;                            // tasks --bids
+    QString filter;                               // tasks --filter
     bool version = false;
     std::optional<int> connections;    // update --connections
     QString bidder, pdfFile, rtfFile;  // packing-list, remittance
+    QString type, style, outFile;      // listing --type, --style, --out
     QStringList words;                 // the command and its positional arguments
 };
 
@@ -62,15 +74,24 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption pages(QStringLiteral("pages"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption list(QStringLiteral("list"));
     const QCommandLineOption wait(QStringLiteral("wait"));
+    const QCommandLineOption all(QStringLiteral("all"));
     const QCommandLineOption connections(QStringLiteral("connections"), QString(),
                                          QStringLiteral("N"));
     const QCommandLineOption bidder(QStringLiteral("bidder"), QString(), QStringLiteral("NAME"));
     const QCommandLineOption pdf(QStringLiteral("pdf"), QString(), QStringLiteral("FILE"));
     const QCommandLineOption rtf(QStringLiteral("rtf"), QString(), QStringLiteral("FILE"));
+    const QCommandLineOption type(QStringLiteral("type"), QString(), QStringLiteral("KIND"));
+    const QCommandLineOption style(QStringLiteral("style"), QString(), QStringLiteral("NAME"));
+    const QCommandLineOption outFile(QStringLiteral("out"), QString(), QStringLiteral("FILE"));
+    const QCommandLineOption bids(QStringLiteral("bids"));
+    const QCommandLineOption filter(QStringLiteral("filter"), QString(), QStringLiteral("NAME"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
-    parser.addOptions({root, user, siteId, password, passwordStdin, email, store, rules, protocol,
-                       page, pages, list, wait, connections, bidder, pdf, rtf, help, version});
+    parser.addOptions({root,  user,        siteId,   password, passwordStdin, email,
+                       store, rules,       protocol, page,     pages,         list,
+                       wait,  connections, bidder,   pdf,      rtf,           type,
+                       style, outFile,     bids,     filter,   help,          version});
+    parser.addOption(all);
     if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
         return parser.errorText();
     }
@@ -96,6 +117,9 @@ QString Parse(const QStringList& args, Options& options) {
     options.pagesDir = parser.value(pages);
     options.list = parser.isSet(list);
     options.wait = parser.isSet(wait);
+    options.all = parser.isSet(all);
+    options.bids = parser.isSet(bids);
+    options.filter = parser.value(filter);
     options.version = parser.isSet(version);
     if (parser.isSet(connections)) {
         bool ok = false;
@@ -110,6 +134,9 @@ QString Parse(const QStringList& args, Options& options) {
     options.bidder = parser.value(bidder);
     options.pdfFile = parser.value(pdf);
     options.rtfFile = parser.value(rtf);
+    options.type = parser.value(type);
+    options.style = parser.value(style);
+    options.outFile = parser.value(outFile);
     options.words = parser.positionalArguments();
     if (parser.isSet(help)) {
         options.words.prepend(QStringLiteral("help"));
@@ -137,6 +164,17 @@ bool OpenSession(const Options& options, const QString& exeDir, bool create, QTe
         err << error << '\n';
         return false;
     }
+    return true;
+}
+
+// The default user of the database becomes the session's, with the site
+// clock's correction; false, told on err, when there is none.
+bool ChooseDefaultUser(core::Database& db, QTextStream& err) {
+    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
+        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+        return false;
+    }
+    core::LoadSiteCorrection(db);
     return true;
 }
 
@@ -197,6 +235,11 @@ int Init(const Options& options, const QString& exeDir, QTextStream& out, QTextS
     core::Database db = core::OpenStore();
     core::AddUser(db, {options.user, options.siteId, *password, options.email});
     core::SetCurrentUser(core::StoreText(options.user.trimmed()));
+    QString templatesError;
+    if (!creator::InstallAuctionTemplates(core::CurrentSession().ShippedDir,
+                                          core::CurrentSession().TemplatesDir, &templatesError)) {
+        err << templatesError << '\n';
+    }
     out << "Made user " << core::CurrentSession().CurrentUser << " in "
         << core::CurrentSession().AppRoot << '\n';
     return kExitOk;
@@ -266,16 +309,16 @@ int Rules(const Options& options, const QString& exeDir, QTextStream& out, QText
 }
 
 // Tabs and line ends inside a value would break the line format.
-QString Cell(const core::Statement& row, int column) {
-    if (row.IsNull(column)) {
-        return {};
-    }
-    QString text = row.Value(column).toString();
+QString Escaped(QString text) {
     text.replace(u'\\', QStringLiteral("\\\\"))
         .replace(u'\t', QStringLiteral("\\t"))
         .replace(u'\n', QStringLiteral("\\n"))
         .replace(u'\r', QStringLiteral("\\r"));
     return text;
+}
+
+QString Cell(const core::Statement& row, int column) {
+    return row.IsNull(column) ? QString() : Escaped(row.Value(column).toString());
 }
 
 int Query(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
@@ -307,6 +350,57 @@ int Query(const Options& options, const QString& exeDir, QTextStream& out, QText
     return kExitOk;
 }
 
+// Categories as lines of number, a tab and a name. The directory is brought
+// up to date first, as the program's start does: a downloaded category.pro
+// is taken in, a new database gets the shipped one.
+int Categories(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
+    const QString verb = options.words.value(1);
+    const bool search = verb == QLatin1String("search");
+    if ((!search && verb != QLatin1String("browse")) || (search && options.words.size() < 3) ||
+        (!search && options.words.size() > 3)) {
+        err << "categories takes search WORDS... [--all] or browse [TOP-LEVEL NAME].\n";
+        return kExitUsage;
+    }
+    if (!OpenSession(options, exeDir, false, err)) {
+        return kExitFailure;
+    }
+    core::Database db = core::OpenStore();
+    const creator::CategoryFileLoad load = creator::PrepareCategoryDirectory(db, core::CurrentUi());
+    if (load.brokenLines > 0) {
+        err << "category.pro: " << load.brokenLines
+            << (load.brokenLines == 1 ? " broken line was" : " broken lines were")
+            << " stepped over.\n";
+    }
+    if (search) {
+        const creator::CategorySearch found =
+            creator::SearchCategories(db, options.words.mid(2).join(u' '), options.all);
+        if (found.matches.empty()) {
+            err << found.caption << '\n';
+        }
+        for (const creator::CategoryEntry& entry : found.matches) {
+            out << entry.number << '\t' << Escaped(entry.FullName()) << '\n';
+        }
+        return kExitOk;
+    }
+    const QStringList names = creator::TopLevelNames(db);
+    if (options.words.size() == 2) {
+        for (const QString& name : names) {
+            out << Escaped(name) << '\n';
+        }
+        return kExitOk;
+    }
+    const QString& topLevel = options.words.at(2);
+    if (!names.contains(topLevel, Qt::CaseInsensitive)) {
+        err << "There is no top-level category " << topLevel
+            << "; \"lotwright-cli categories browse\" lists them.\n";
+        return kExitNotFound;
+    }
+    for (const creator::CategoryEntry& entry : creator::CategoriesUnder(db, topLevel)) {
+        out << entry.number << '\t' << Escaped(entry.name) << '\n';
+    }
+    return kExitOk;
+}
+
 int Scan(const Options& options, QTextStream& out, QTextStream& err) {
     if (options.words.size() != 1 || options.rulesFile.isEmpty() || options.protocol.isEmpty() ||
         options.page.isEmpty()) {
@@ -314,6 +408,159 @@ int Scan(const Options& options, QTextStream& out, QTextStream& err) {
         return kExitUsage;
     }
     return RunScan(options.rulesFile, options.protocol, options.page, options.pagesDir, out, err);
+}
+
+// The kinds of listing document by their ACType, as --type gives them.
+std::optional<QString> ListingKind(const QString& given) {
+    for (const QLatin1String kind : {creator::kDraft, creator::kTemplate, creator::kOldAuction}) {
+        if (given.compare(kind, Qt::CaseInsensitive) == 0) {
+            return QString(kind);
+        }
+    }
+    return std::nullopt;
+}
+
+// The creator's lists and a document loaded from row id, as the creator
+// window has them; nothing when there is no such row.
+struct LoadedListing {
+    creator::CreatorLists lists;
+    creator::CreatorDocument doc;
+    QString type;
+    QString name;
+};
+std::optional<LoadedListing> LoadListing(core::Database& db, qint64 id) {
+    LoadedListing loaded;
+    loaded.lists = creator::LoadCreatorLists(
+        db, update::Rules(), core::CurrentSession().CurrentUser, creator::AuctionTemplatesDir());
+    loaded.doc = creator::NewCreatorDocument(loaded.lists);
+    if (!creator::LoadCreatorRecord(db, id, loaded.lists, update::Rules(), loaded.doc)) {
+        return std::nullopt;
+    }
+    core::Statement row =
+        db.Prepare(QStringLiteral("SELECT ACType, AuctionName FROM AuctionCreator WHERE ID = ?"));
+    row.Bind(1, id);
+    if (row.Step()) {
+        loaded.type = row.Text(0);
+        loaded.name = row.Text(1);
+    }
+    return loaded;
+}
+
+int Listing(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
+    const QString verb = options.words.value(1);
+    const bool list = verb == QLatin1String("list");
+    if (!list && verb != QLatin1String("show") && verb != QLatin1String("html")) {
+        err << "listing takes list, show or html.\n";
+        return kExitUsage;
+    }
+    if (options.words.size() != (list ? 2 : 3)) {
+        err << (list ? "listing list takes no more words (--type KIND chooses a kind).\n"
+                     : "listing show and listing html need one document ID.\n");
+        return kExitUsage;
+    }
+    std::optional<QString> kind;
+    if (!options.type.isEmpty() && !(kind = ListingKind(options.type))) {
+        err << "--type takes Draft, Template or \"Old Auction\".\n";
+        return kExitUsage;
+    }
+    bool idOk = list;
+    const qint64 id = list ? 0 : options.words.at(2).toLongLong(&idOk);
+    if (!idOk || (!list && id < 1)) {
+        err << "The document ID " << options.words.value(2) << " is not a whole number above 0.\n";
+        return kExitUsage;
+    }
+    if (!options.style.isEmpty() && creator::StyleFileName(options.style).isEmpty()) {
+        QStringList styles;
+        for (const creator::StyleFile& entry : creator::kStyleFiles) {
+            styles << QString::fromLatin1(entry.style);
+        }
+        err << "There is no style " << options.style << "; the styles are "
+            << styles.join(QStringLiteral(", ")) << ".\n";
+        return kExitUsage;
+    }
+    if (!OpenSession(options, exeDir, false, err)) {
+        return kExitFailure;
+    }
+    core::Database db = core::OpenStore();
+    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
+        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+        return kExitFailure;
+    }
+    const QString user = core::CurrentSession().CurrentUser;
+    if (list) {
+        out << "ID\tType\tName\tCreated\n";
+        const QStringList kinds =
+            kind ? QStringList{*kind}
+                 : QStringList{QString(creator::kTemplate), QString(creator::kDraft),
+                               QString(creator::kOldAuction)};
+        for (const QString& each : kinds) {
+            for (const creator::ChooserRow& row : creator::ChooserRows(db, each, user)) {
+                out << row.id << '\t' << row.type << '\t' << row.text << '\t' << row.created
+                    << '\n';
+            }
+        }
+        return kExitOk;
+    }
+    update::InstallRuleStore(update::Rules(), db);
+    QString error;
+    const core::Session& session = core::CurrentSession();
+    if (!creator::InstallAuctionTemplates(session.ShippedDir, session.TemplatesDir, &error)) {
+        err << error << '\n';
+    }
+    const std::optional<LoadedListing> loaded = LoadListing(db, id);
+    if (!loaded) {
+        err << "There is no listing document with the ID " << id << ".\n";
+        return kExitFailure;
+    }
+    if (verb == QLatin1String("show")) {
+        out << "ID: " << id << "\nType: " << loaded->type << "\nName: " << loaded->name << '\n';
+        for (const QString& line : creator::ChooserDetails(db, id)) {
+            out << line << '\n';
+        }
+        for (const auto& [column, value] :
+             creator::DocumentColumns(loaded->doc, loaded->lists, update::Rules())) {
+            QString text = value.toString();
+            text.replace(u'\\', QStringLiteral("\\\\"))
+                .replace(u'\n', QStringLiteral("\\n"))
+                .replace(u'\r', QStringLiteral("\\r"));
+            out << column << ": " << text << '\n';
+        }
+        const QStringList red =
+            creator::CheckRequiredFields(loaded->doc, loaded->lists).RedLabels();
+        out << "Required fields: "
+            << (red.isEmpty() ? QStringLiteral("complete")
+                              : QStringLiteral("missing ") + red.join(QStringLiteral(", ")))
+            << '\n';
+        return kExitOk;
+    }
+    const QString style = options.style.isEmpty() ? loaded->doc.lstTemplateStyle : options.style;
+    const creator::ListingContext context{creator::AuctionTemplatesDir(), &update::Rules(),
+                                          creator::SellerId(db, user)};
+    const creator::ListingResult listing =
+        creator::BuildListing(style, loaded->doc, loaded->lists, context);
+    if (!listing.problem.isEmpty() || creator::StyleFileName(style).isEmpty()) {
+        err << (listing.problem.isEmpty()
+                    ? QStringLiteral("The document's style \"%1\" is none of the styles; give "
+                                     "one with --style.")
+                          .arg(style)
+                    : listing.problem)
+            << '\n';
+        return kExitFailure;
+    }
+    if (options.outFile.isEmpty()) {
+        out << listing.html;
+        return kExitOk;
+    }
+    QFile file(options.outFile);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(listing.html.toUtf8()) < 0 || !file.flush()) {
+        err << "The listing could not be written to " << options.outFile << ": "
+            << file.errorString() << '\n';
+        return kExitFailure;
+    }
+    out << "Wrote the listing of " << id << " in the style " << style << " to " << options.outFile
+        << '\n';
+    return kExitOk;
 }
 
 // The words of `update COMMAND`, one for each command that starts an update.
@@ -393,11 +640,9 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
         }
     }
     core::Database db = core::OpenStore();
-    if (core::ChooseUser(db, nullptr) != core::UserChoice::Chosen) {
-        err << "There is no default user in this database (run \"lotwright-cli init\" first).\n";
+    if (!ChooseDefaultUser(db, err)) {
         return kExitFailure;
     }
-    core::LoadSiteCorrection(db);
     if (!update::InstallRuleStore(update::Rules(), db)) {
         return kExitFailure;
     }
@@ -491,6 +736,73 @@ int Packing(const Options& options, const QString& exeDir, tasks::Side side, QTe
                       out, err);
 }
 
+// The Task Manager's item list of one filter, and for each item the state of
+// every task of its side.
+int Tasks(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
+    if (options.words.size() != 1) {
+        err << "tasks takes no more words; name a filter with --filter NAME.\n";
+        return kExitUsage;
+    }
+    if (!OpenSession(options, exeDir, false, err)) {
+        return kExitFailure;
+    }
+    core::Database db = core::OpenStoreForReading();
+    if (!ChooseDefaultUser(db, err)) {
+        return kExitFailure;
+    }
+    const core::Session& session = core::CurrentSession();
+    tasks::ListScope scope;
+    scope.side = options.bids ? tasks::Side::Bids : tasks::Side::Sales;
+    scope.userName = session.CurrentUser;
+    scope.siteCorrection = session.SiteCorrection;
+
+    const QStringList filters = tasks::TaskFilters(db, scope.userName, scope.side);
+    QString filter = filters.value(0);
+    if (!options.filter.isEmpty()) {
+        const auto found = std::find_if(filters.cbegin(), filters.cend(), [&](const QString& f) {
+            return f.compare(options.filter.trimmed(), Qt::CaseInsensitive) == 0;
+        });
+        if (found == filters.cend()) {
+            err << "There is no task filter \"" << options.filter << "\" on the "
+                << (options.bids ? "bids" : "sales")
+                << " side. Its filters are: " << filters.join(QStringLiteral("; ")) << ".\n";
+            return kExitUsage;
+        }
+        filter = *found;
+    }
+    if (filter.isEmpty()) {
+        err << "The database holds no task filter for the " << (options.bids ? "bids" : "sales")
+            << " side.\n";
+        return kExitFailure;
+    }
+    const tasks::ItemList list = tasks::FillItemList(db, scope, filter);
+    out << filter << ' ' << list.recordCount << '\n';
+    if (list.Empty()) {
+        out << tasks::NoPendingTasksRow() << '\n';
+        return kExitOk;
+    }
+    QHash<QString, QString> descriptions;
+    for (const tasks::TaskNode& node : tasks::TaskTree(db, scope.side)) {
+        descriptions.insert(node.key, node.description);
+    }
+    for (const tasks::ItemListRow& row : list.rows) {
+        out << row.text << '\n';
+        const tasks::SelectedItem item =
+            tasks::SelectionFromRow(scope.side, row.text, row.itemNumber);
+        for (const tasks::TaskPicture& task :
+             tasks::RefreshTaskIcons(db, scope.userName, 0, item)) {
+            out << QStringLiteral("    %1 %2 %3")
+                       .arg(task.key, -5)
+                       .arg(task.picture == tasks::kDonePicture ? QStringLiteral("done")
+                                                                : QStringLiteral("pending"),
+                            -7)
+                       .arg(descriptions.value(task.key))
+                << '\n';
+        }
+    }
+    return kExitOk;
+}
+
 }  // namespace
 
 bool CliMakesDocuments(const QStringList& args) {
@@ -526,6 +838,11 @@ QString CliUsage() {
                "        or rule update replaced\n"
                "  query SQL                             read-only SQL; rows as tab-separated "
                "lines\n"
+               "  categories search WORDS... [--all]   categories with any of the words (all of\n"
+               "        them with --all) in their top-level or their own name, or with the\n"
+               "        number given; lines of number, tab, full name\n"
+               "  categories browse [TOP-LEVEL NAME]   the top-level names, or the categories\n"
+               "        under one\n"
                "  scan --rules FILE --protocol NAME --page FILE [--pages DIR]\n"
                "        one protocol of a rule file over a saved page; records as JSON lines\n"
                "        (ancillary pages from DIR by address, else passed over)\n"
@@ -541,6 +858,15 @@ QString CliUsage() {
                "        as text; --pdf prints it to FILE and marks it printed, --rtf saves it\n"
                "  remittance ITEM [--pdf FILE] [--rtf FILE]\n"
                "        the remittance advice of a won bid, the same ways\n"
+               "  listing list [--type KIND]            the creator's documents: ID, type,\n"
+               "        name and date; KIND is Draft, Template or \"Old Auction\"\n"
+               "  listing show ID                       what a document holds, and which of\n"
+               "        its required fields are missing\n"
+               "  listing html ID [--style NAME] [--out FILE]\n"
+               "        the listing HTML of a document, in its own style or NAME, on\n"
+               "        standard output or into FILE\n"
+               "  tasks [--bids] [--filter NAME]        the Task Manager's items of a filter (the\n"
+               "        side's first without --filter), each with its tasks done or pending\n"
                "Options:\n"
                "  --root DIR      the folder that holds Configs/, Data/ and Templates/, and\n"
                "                  the settings; without it a portable copy uses its own\n"
@@ -549,8 +875,9 @@ QString CliUsage() {
                "  -h, --help      this text\n"
                "  -v, --version   the program's version\n"
                "Ctrl-C stops an update at the next record and keeps what was written.\n"
-               "Exit codes: 0 done, 1 failed, 2 wrong words on the command line, 3 a rule\n"
-               "look-up found nothing, 4 an update ran but a protocol could not be processed.\n")
+               "Exit codes: 0 done (also a category search that finds nothing), 1 failed,\n"
+               "2 wrong words on the command line, 3 a rule look-up or a top-level category\n"
+               "name found nothing, 4 an update ran but a protocol could not be processed.\n")
         .arg(UpdateWordsHelp());
 }
 
@@ -588,6 +915,9 @@ int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTe
         if (command == QLatin1String("query")) {
             return Query(options, exeDir, out, err);
         }
+        if (command == QLatin1String("categories")) {
+            return Categories(options, exeDir, out, err);
+        }
         if (command == QLatin1String("scan")) {
             return Scan(options, out, err);
         }
@@ -599,6 +929,12 @@ int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTe
         }
         if (command == QLatin1String("remittance")) {
             return Packing(options, exeDir, tasks::Side::Bids, out, err);
+        }
+        if (command == QLatin1String("listing")) {
+            return Listing(options, exeDir, out, err);
+        }
+        if (command == QLatin1String("tasks")) {
+            return Tasks(options, exeDir, out, err);
         }
     } catch (const core::StoreError& failure) {
         err << failure.Message() << '\n';

@@ -21,7 +21,7 @@ namespace {
 
 // 'LWRT': marks a file as this program's database.
 constexpr qint64 kApplicationId = 0x4C575254;
-constexpr int kSchemaVersion = 3;
+constexpr int kSchemaVersion = 4;
 
 Session& Instance() {
     static Session session;
@@ -172,6 +172,26 @@ void Migrate(Database& db, qint64 version) {
                 "ALTER TABLE Global ADD COLUMN PasswordInStoreTold INTEGER DEFAULT 0"));
         }
         db.Exec(QStringLiteral("PRAGMA user_version = 3"));
+        tx.Commit();
+    }
+    if (version < 4) {
+        // The task lists: indexes of the open items of a user by end day and
+        // of a won share of a multi-winner item by its item, and the pending
+        // winners of multi-winner sales read from the user's winner rows (the
+        // views that narrow it find it by name).
+        Transaction tx(db);
+        db.Exec(QStringLiteral(
+            "CREATE INDEX IF NOT EXISTS AuctionsOpenTasks ON Auctions (UserName, "
+            "IFNULL(ToDoComplete, 0), EndDay);"
+            "CREATE INDEX IF NOT EXISTS BidsOpenTasks ON Bids (UserName, IFNULL(ToDoComplete, 0), "
+            "EndDay);"
+            "CREATE INDEX IF NOT EXISTS DutchBidsByItem ON DutchBids (ItemNumber, UserName);"
+            "DROP VIEW IF EXISTS \"All Auctions with Pending Tasks (Dutch)\";"
+            "CREATE VIEW \"All Auctions with Pending Tasks (Dutch)\" AS "
+            "SELECT \"Dutch Details\".* FROM \"Dutch Details\" "
+            "WHERE +\"Dutch Details\".EndDay <= (SELECT date('now', 'localtime')) "
+            "AND IFNULL(\"Dutch Details\".ToDoComplete, 0) = 0;"
+            "PRAGMA user_version = 4"));
         tx.Commit();
     }
 }

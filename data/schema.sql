@@ -223,6 +223,9 @@ CREATE INDEX AuctionsByUserYear ON Auctions (UserName, EndYear);
 -- Covers the yearly sales sums: no table row is read for them.
 CREATE INDEX AuctionsAnalysis ON Auctions (UserName, SaleCounted, EndYear, EndDay, HighBidNum);
 CREATE INDEX AuctionsByBidder ON Auctions (HighBidderName);
+-- The task lists read the open sales of a user by end day: the finished ones,
+-- most of a long history, are never visited.
+CREATE INDEX AuctionsOpenTasks ON Auctions (UserName, IFNULL(ToDoComplete, 0), EndDay);
 CREATE INDEX AuctionsByInventory ON Auctions (InventoryID);
 
 -- One row per item the user bid on: the scraped columns of Auctions, the same
@@ -314,6 +317,7 @@ CREATE INDEX BidsByItem ON Bids (ItemNumber);
 CREATE INDEX BidsByUserEnd ON Bids (UserName, EndDay);
 CREATE INDEX BidsByUserYear ON Bids (UserName, EndYear);
 CREATE INDEX BidsBySeller ON Bids (SellerName);
+CREATE INDEX BidsOpenTasks ON Bids (UserName, IFNULL(ToDoComplete, 0), EndDay);
 
 -- One row per winner of a multi-winner sale of the user. The item's own
 -- columns (title, dates, start price) stay in its Auctions row, whose
@@ -411,6 +415,8 @@ CREATE TABLE DutchBids (
 );
 CREATE UNIQUE INDEX DutchBidsKey ON DutchBids (ItemNumber, HighBidderName, UserName);
 CREATE INDEX DutchBidsByUser ON DutchBids (UserName, HighBidderName);
+-- A won share is found from its Bids row by item and user.
+CREATE INDEX DutchBidsByItem ON DutchBids (ItemNumber, UserName);
 
 -- The site's account statement as scraped. AccountDay and DateDay are the
 -- days of AccountDate and Date; AccountYear is the year the analysis sums by.
@@ -875,9 +881,11 @@ CREATE VIEW "All Auctions with Pending Tasks" AS
       AND IFNULL(Auctions.NumberBids, '') <> '-'
       AND Auctions.HighBidNum >= Auctions.ReserveBidNum;
 
+-- The unary + keeps the planner on the user's winner rows, a few, rather than
+-- on every ended sale of the user.
 CREATE VIEW "All Auctions with Pending Tasks (Dutch)" AS
     SELECT "Dutch Details".* FROM "Dutch Details"
-    WHERE "Dutch Details".EndDay <= (SELECT date('now', 'localtime'))
+    WHERE +"Dutch Details".EndDay <= (SELECT date('now', 'localtime'))
       AND IFNULL("Dutch Details".ToDoComplete, 0) = 0;
 
 -- Ended bids the user won, with open tasks. Multi-winner items come through

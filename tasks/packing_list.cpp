@@ -18,7 +18,7 @@
 #include "core/session.h"
 #include "core/text.h"
 #include "core/ui_port.h"
-#include "tasks/payment_methods.h"
+#include "tasks/task_lists.h"
 
 namespace lw::tasks {
 

@@ -8,11 +8,14 @@ namespace lw::tasks {
 
 namespace {
 
-// The key clause for the selected record, its values bound from parameter first on.
+// The key clause of the selected record, its parameters numbered from first.
 QString KeyClause(const SelectedItem& item, int first) {
-    const QString clause = QStringLiteral("ItemNumber = ?") + QString::number(first);
+    QString clause = QStringLiteral("ItemNumber = ?%1").arg(first);
     if (item.IsDutch()) {
-        return clause + QStringLiteral(" AND HighBidderName = ?") + QString::number(first + 1);
+        clause += QStringLiteral(" AND HighBidderName = ?%1").arg(++first);
+    }
+    if (!item.userName.isEmpty()) {
+        clause += QStringLiteral(" AND UserName = ?%1").arg(++first);
     }
     return clause;
 }
@@ -20,7 +23,10 @@ QString KeyClause(const SelectedItem& item, int first) {
 void BindKey(core::Statement& statement, const SelectedItem& item, int first) {
     statement.Bind(first, item.itemNumber);
     if (item.IsDutch()) {
-        statement.Bind(first + 1, item.dutchBidder);
+        statement.Bind(++first, item.dutchBidder);
+    }
+    if (!item.userName.isEmpty()) {
+        statement.Bind(++first, item.userName);
     }
 }
 
@@ -32,13 +38,13 @@ QString ColumnName(core::Database& db, const QString& table, const QString& fiel
     return statement.Step() ? statement.Text(0) : QString();
 }
 
-QString QuotedName(const QString& name) {
+}  // namespace
+
+QString QuotedIdentifier(const QString& name) {
     QString quoted = name;
     quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
     return QLatin1Char('"') + quoted + QLatin1Char('"');
 }
-
-}  // namespace
 
 QString SelectedDutchBidder(const QString& listText) {
     const qsizetype open = listText.lastIndexOf(QLatin1Char('('));
@@ -65,11 +71,16 @@ QString RecordTable(const SelectedItem& item) {
     return item.IsDutch() ? QStringLiteral("Dutch") : QStringLiteral("Auctions");
 }
 
-std::optional<QVariantMap> ReadSelectedRecord(core::Database& db, const SelectedItem& item) {
+core::Statement PrepareSelectedRecord(core::Database& db, const SelectedItem& item) {
     auto statement =
         db.Prepare(QStringLiteral("SELECT * FROM ") + RecordTable(item) +
                    QStringLiteral(" WHERE ") + KeyClause(item, 1) + QStringLiteral(" LIMIT 1"));
     BindKey(statement, item, 1);
+    return statement;
+}
+
+std::optional<QVariantMap> ReadSelectedRecord(core::Database& db, const SelectedItem& item) {
+    auto statement = PrepareSelectedRecord(db, item);
     if (!statement.Step()) {
         return std::nullopt;
     }
@@ -100,7 +111,7 @@ int WriteSelectedRecord(core::Database& db, const SelectedItem& item, const QVar
             throw core::StoreError(
                 QStringLiteral("The table %1 has no field \"%2\".").arg(table, it.key()), 0);
         }
-        assignments << QuotedName(column) + QStringLiteral(" = ?");
+        assignments << QuotedIdentifier(column) + QStringLiteral(" = ?");
     }
     const int keyFirst = static_cast<int>(fields.size()) + 1;
     auto statement = db.Prepare(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") +

@@ -22,11 +22,19 @@ enum class Side { Sales, Bids };
 inline bool IsSalesSide(Side side) {
     return side == Side::Sales;
 }
+// The SQL condition that such a flag column (given quoted) is the side bound
+// to the condition's one parameter as IsSalesSide(side); Null is False.
+inline QString SideCondition(const QString& quotedColumn) {
+    return QStringLiteral("(IFNULL(") + quotedColumn + QStringLiteral(", 0) <> 0) = ?");
+}
 
 struct SelectedItem {
     Side side = Side::Sales;
     QString itemNumber;   // the row's item data
     QString dutchBidder;  // set only for a sales row that begins with "D"
+    // Set: only this user's row of the item is found. Empty: the item's row
+    // whoever's it is, as the list row alone names it.
+    QString userName;
     bool IsDutch() const { return !dutchBidder.isEmpty(); }
 };
 
@@ -44,6 +52,13 @@ QString RecordTable(const SelectedItem& item);
 // The whole selected record, column name to value (Null as a null QVariant);
 // nullopt when no row matches.
 std::optional<QVariantMap> ReadSelectedRecord(core::Database& db, const SelectedItem& item);
+// The statement behind ReadSelectedRecord, bound and not yet stepped: for a
+// reader that takes a few fields by name (Flag, IsNull) and no map.
+core::Statement PrepareSelectedRecord(core::Database& db, const SelectedItem& item);
+
+// A name as an SQL identifier: in double quotes, quotes inside doubled. Only
+// for names that were first found in the database (a column, a view).
+QString QuotedIdentifier(const QString& name);
 
 // The row a statement stands on, column name to value (Null as a null QVariant).
 QVariantMap RecordOf(const core::Statement& statement);

@@ -3,6 +3,8 @@
 // moved or taken out, new rows go at the end.
 #include "tasks/task_lists.h"
 
+#include <climits>
+
 namespace lw::tasks {
 
 namespace {
@@ -28,6 +30,24 @@ const QStringList& PaymentMethods() {
 
 QString PaymentMethodName(int index) {
     return index >= 0 && index < PaymentMethods().size() ? PaymentMethods().at(index) : QString();
+}
+
+QString PaymentMethodName(const QVariant& stored) {
+    if (!stored.isValid() || stored.isNull()) {
+        return {};
+    }
+    bool ok = false;
+    const qlonglong index = stored.toString().trimmed().toLongLong(&ok);
+    return ok && index >= 0 && index <= INT_MAX ? PaymentMethodName(static_cast<int>(index))
+                                                : QString();
+}
+
+bool PaymentMethodSet(const QVariant& stored) {
+    if (!stored.isValid() || stored.isNull()) {
+        return false;
+    }
+    const QString text = stored.toString().trimmed();
+    return !text.isEmpty() && text != u"-1";
 }
 
 int PaymentDetailFrame(int index) {

@@ -10,6 +10,7 @@
 #include <QDate>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 
 namespace lw::tasks {
 
@@ -18,6 +19,11 @@ namespace lw::tasks {
 const QStringList& PaymentMethods();
 // The method's text of a stored row; "" for -1 or a row the list does not have.
 QString PaymentMethodName(int index);
+// The name of a stored OrderPaymentMethod; "" for Null, -1, a text that is
+// no whole number, or a row the list does not have.
+QString PaymentMethodName(const QVariant& stored);
+// Whether a method was chosen: OrderPaymentMethod is neither Null, empty nor -1.
+bool PaymentMethodSet(const QVariant& stored);
 // The detail frame a method shows: its row when that is 1 to 3, else 0 (none).
 int PaymentDetailFrame(int index);
 

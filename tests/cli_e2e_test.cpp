@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-cli as a user runs it: a fresh root, the rule look-ups, a rule
-// install and restore, read-only queries, clear failures that leave files
-// alone, and a process that writes no core file.
+// install and restore, read-only queries, the category search and browser,
+// clear failures that leave files alone, and a process that writes no core
+// file.
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
@@ -18,6 +19,7 @@
 #include <chrono>
 #include <thread>
 
+#include "core/store.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/test_support.h"
 
@@ -363,6 +365,77 @@ TEST(CliQuery, ReadsOnlyAndEscapesCells) {
     EXPECT_FALSE(broken.err.isEmpty());
 }
 
+TEST(CliCategories, SearchAndBrowseTheShippedDirectoryAndTakeADownloadedOne) {
+    TempRoot root;
+    ASSERT_EQ(Init(root.Path()).code, 0);
+    const struct {
+        QStringList words;
+        int code;
+        QString out;
+        QString err;
+    } cases[] = {
+        {{QStringLiteral("search"), QStringLiteral("LAMPS")},
+         0,
+         QStringLiteral("110\tAntiques: Lamps & Lighting\n418\tCollectibles: Lamps & Lighting\n"
+                        "1309\tHome & Garden: Lamps & Lighting\n"),
+         {}},
+        {{QStringLiteral("search"), QStringLiteral("lamps antiques"), QStringLiteral("--all")},
+         0,
+         {},
+         QStringLiteral("Search Categories: No Matches Found\n")},
+        {{QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("art"),
+          QStringLiteral("glass")},
+         0,
+         QStringLiteral("1001\tPottery & Glass: Art Glass\n"),
+         {}},
+        {{QStringLiteral("search"), QStringLiteral("402")},
+         0,
+         QStringLiteral("402\tCollectibles: Kitchenware\n"),
+         {}},
+        {{QStringLiteral("search"), QStringLiteral("100%' _")},
+         0,
+         {},
+         QStringLiteral("Search Categories: No Matches Found\n")},
+        {{QStringLiteral("browse"), QStringLiteral("STAMPS")},
+         0,
+         QStringLiteral("1506\tAfrica\n1504\tAsia\n1501\tBritish Commonwealth\n1502\tCanada\n"
+                        "1508\tCovers\n1503\tEurope\n1505\tLatin America\n1509\tPostal "
+                        "History\n1510\tStamp Supplies\n1507\tTopicals\n303\tUnited "
+                        "States\n1511\tWorldwide Collections\n1512\tOther Stamps\n"),
+         {}},
+        {{QStringLiteral("browse"), QStringLiteral("Nowhere")},
+         3,
+         {},
+         QStringLiteral("There is no top-level category Nowhere; \"lotwright-cli categories "
+                        "browse\" lists them.\n")},
+        {{QStringLiteral("search")}, 2, {}, {}},
+        {{QStringLiteral("browse"), QStringLiteral("a"), QStringLiteral("b")}, 2, {}, {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.words.join(u' ').toStdString());
+        const CliRun run = Cli(root.Path(), QStringList{QStringLiteral("categories")} + c.words);
+        EXPECT_EQ(run.code, c.code) << run.err.toStdString();
+        EXPECT_EQ(run.out, c.out);
+        if (c.code != 2) {
+            EXPECT_EQ(run.err, c.err);
+        }
+    }
+    const CliRun top = Cli(root.Path(), {QStringLiteral("categories"), QStringLiteral("browse")});
+    EXPECT_EQ(top.out.count(u'\n'), 21);
+    EXPECT_TRUE(top.out.startsWith(QStringLiteral("Antiques\nArt\nBooks\n")));
+
+    const QString downloaded =
+        root.Write(QStringLiteral("Configs/category.pro"), "[Books]\r\nFiction=201\r\nbroken\r\n");
+    const CliRun fresh = Cli(root.Path(), {QStringLiteral("categories"), QStringLiteral("search"),
+                                           QStringLiteral("fiction")});
+    EXPECT_EQ(fresh.out, QStringLiteral("201\tBooks: Fiction\n"));
+    EXPECT_EQ(fresh.err,
+              QStringLiteral("Categories Updated: 1 auction categories are now available "
+                             "in your database.\ncategory.pro: 1 broken line was "
+                             "stepped over.\n"));
+    EXPECT_FALSE(QFile::exists(downloaded));
+}
+
 TEST(CliFailures, NoDatabaseDamagedDatabaseAndUnwritableRoot) {
     TempRoot root;
     const CliRun none = Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT 1")});
@@ -382,4 +455,84 @@ TEST(CliFailures, NoDatabaseDamagedDatabaseAndUnwritableRoot) {
     const CliRun unwritable = Init(file + QStringLiteral("/root"));
     EXPECT_EQ(unwritable.code, 1);
     EXPECT_TRUE(unwritable.err.contains(file)) << unwritable.err.toStdString();
+}
+
+TEST(CliListing, ListsShowsAndBuildsTheCreatorsDocuments) {
+    TempRoot root;
+    ASSERT_EQ(Init(root.Path()).code, 0);
+    {
+        lw::core::Database db =
+            lw::core::Database::Open(root.File(QStringLiteral("Data/Lotwright.db")));
+        db.Exec(QStringLiteral(
+            "INSERT INTO AuctionCreator (ID, UserName, ACType, AuctionName, CreationDate, "
+            "IncludeLongTitle, ItemTitleLong, ItemDescription, AuctionStyle) VALUES (7, 'Ann', "
+            "'Draft', 'Lamp', '2024-05-01 10:00:00', 1, 'Brass lamp', '<P>Bright & brass</P>', "
+            "'Simple Elegant')"));
+    }
+    // The user's own copy of a style is what the listing is built from.
+    root.Write(QStringLiteral("Templates/Auctions/elegant.tem"),
+               "Style=Simple Elegant\n[START]<H1>[txtItemTitle]</H1>[txtDescription][END]");
+    const struct {
+        QStringList args;
+        int code;
+        const char* out;  // the whole standard output, or nullptr
+        const char* err;  // a part of standard error, or nullptr
+    } cases[] = {
+        {{QStringLiteral("listing"), QStringLiteral("list"), QStringLiteral("--type"),
+          QStringLiteral("draft")},
+         0,
+         "ID\tType\tName\tCreated\n7\tDraft\tLamp\t2024-05-01 10:00:00\n",
+         nullptr},
+        {{QStringLiteral("listing"), QStringLiteral("html"), QStringLiteral("7")},
+         0,
+         "<H1>Brass lamp</H1><P>Bright & brass</P>",
+         nullptr},
+        {{QStringLiteral("listing"), QStringLiteral("html"), QStringLiteral("7"),
+          QStringLiteral("--style"), QStringLiteral("Baroque")},
+         2,
+         nullptr,
+         "There is no style Baroque"},
+        {{QStringLiteral("listing"), QStringLiteral("show"), QStringLiteral("99")},
+         1,
+         nullptr,
+         "There is no listing document with the ID 99."},
+        {{QStringLiteral("listing"), QStringLiteral("list"), QStringLiteral("--type"),
+          QStringLiteral("Auction")},
+         2,
+         nullptr,
+         "--type takes Draft, Template or \"Old Auction\"."},
+        {{QStringLiteral("listing"), QStringLiteral("html")}, 2, nullptr, "one document ID"},
+    };
+    for (const auto& c : cases) {
+        const CliRun run = Cli(root.Path(), c.args);
+        EXPECT_EQ(run.code, c.code) << c.args.join(u' ').toStdString() << run.err.toStdString();
+        if (c.out) {
+            EXPECT_EQ(run.out, QString::fromUtf8(c.out));
+        }
+        if (c.err) {
+            EXPECT_TRUE(run.err.contains(QString::fromUtf8(c.err))) << run.err.toStdString();
+        }
+    }
+    const CliRun all = Cli(root.Path(), {QStringLiteral("listing"), QStringLiteral("list")});
+    EXPECT_TRUE(
+        all.out.startsWith(QStringLiteral("ID\tType\tName\tCreated\n1\tDefault\tDefault\t")));
+    const CliRun show =
+        Cli(root.Path(), {QStringLiteral("listing"), QStringLiteral("show"), QStringLiteral("7")});
+    for (const char* line :
+         {"Name: Lamp\n", "Description: <P>Bright & brass</P...\n", "ItemTitleLong: Brass lamp\n",
+          "AuctionStyle: Simple Elegant\n",
+          "Required fields: missing lblRequired(1), lblRequiredeBay(0), lblRequiredeBay(1), "
+          "lblRequiredeBay(2), lblRequiredeBay(3), lblRequiredeBay(6), "
+          "lblRequiredeBay(7)\n"}) {
+        EXPECT_TRUE(show.out.contains(QString::fromUtf8(line))) << line << show.out.toStdString();
+    }
+    const QString out = root.File(QStringLiteral("lamp.html"));
+    const CliRun written =
+        Cli(root.Path(), {QStringLiteral("listing"), QStringLiteral("html"), QStringLiteral("7"),
+                          QStringLiteral("--style"), QStringLiteral("Quick 'n' Easy"),
+                          QStringLiteral("--out"), out});
+    EXPECT_EQ(written.code, 0) << written.err.toStdString();
+    const QString html = QString::fromUtf8(ReadAll(out));
+    EXPECT_TRUE(html.contains(QStringLiteral("<B>Brass lamp</B>")));
+    EXPECT_TRUE(html.contains(QStringLiteral("<P>Bright & brass</P>")));
 }

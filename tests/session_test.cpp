@@ -170,7 +170,8 @@ TEST_F(SessionTest, TheDatabaseAndTheDataFoldersAreTheUsersAlone) {
 // A database of the first schema held flags as the texts "True" and
 // "False" and refused texts in number columns; opening it mends them, so a
 // lost bid is lost to every view. It had no mark of the notice that the site
-// password is kept in it either; opening adds one, not yet given.
+// password is kept in it either; opening adds one, not yet given, and the
+// indexes of the task lists.
 TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
     {
         Database db = OpenStore();
@@ -182,6 +183,8 @@ TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
             "('4', 'outbid', 0, '06/07/00, 12:04:00 PST', 1);"
             "INSERT INTO Auctions (ItemNumber, ToDoComplete) VALUES ('5', 'TRUE');"
             "ALTER TABLE Global DROP COLUMN PasswordInStoreTold;"
+            "DROP INDEX AuctionsOpenTasks; DROP INDEX BidsOpenTasks; DROP INDEX DutchBidsByItem;"
+            "DROP VIEW \"All Auctions with Pending Tasks (Dutch)\";"
             "PRAGMA user_version = 1"));
         ASSERT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), 4);
     }
@@ -199,6 +202,15 @@ TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), 1);
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT ToDoComplete FROM Auctions")), 1);
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT PasswordInStoreTold FROM Global")), 0);
+    EXPECT_EQ(db.ScalarInt(QStringLiteral(
+                  "SELECT COUNT(*) FROM sqlite_schema WHERE name IN ('AuctionsOpenTasks', "
+                  "'BidsOpenTasks', 'DutchBidsByItem')")),
+              3)
+        << "the task lists' indexes";
+    EXPECT_EQ(
+        db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Auctions Awaiting Payment (Dutch)\"")),
+        0)
+        << "the narrower filters find the pending winners' view again";
 }
 
 TEST_F(SessionTest, AMissingShippedFileIsNamedAndNoDatabaseIsLeft) {

@@ -67,6 +67,33 @@ TEST_F(StartupTest, PreparationMakesTheFoldersAndDatabaseAndLoadsTheRules) {
     EXPECT_NE(update::LookupRuleKey(QStringLiteral("Update"), QStringLiteral("Protocols"),
                                     update::kSiteStore),
               update::RuleError());
+    // The listing templates came from the shipped copy; a template the user
+    // changed stays as it is at the next start.
+    const QString own = m_root.File(QStringLiteral("Templates/Auctions/quick.tem"));
+    EXPECT_EQ(QDir(m_root.File(QStringLiteral("Templates/Auctions")))
+                  .entryList({QStringLiteral("*.tem")}, QDir::Files)
+                  .size(),
+              7);
+    m_root.Write(QStringLiteral("Templates/Auctions/quick.tem"), "Style=Mine");
+    ASSERT_TRUE(admin::PrepareStartup(m_root.Path(), &error)) << error.toStdString();
+    EXPECT_EQ(test::ReadAll(own), QByteArray("Style=Mine"));
+}
+
+TEST_F(StartupTest, PreparationFillsANewCategoryDirectoryAndTakesADownloadedOne) {
+    QString error;
+    ASSERT_TRUE(admin::PrepareStartup(m_root.Path(), &error)) << error.toStdString();
+    const QString count = QStringLiteral("SELECT COUNT(*) FROM eBayCategories");
+    EXPECT_GT(core::OpenStore().ScalarInt(count), 0);
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+
+    const QString file =
+        m_root.Write(QStringLiteral("Configs/category.pro"), "[Books]\r\nFiction=201\r\n");
+    ASSERT_TRUE(admin::PrepareStartup(m_root.Path(), &error)) << error.toStdString();
+    EXPECT_EQ(core::OpenStore().ScalarInt(count), 1);
+    EXPECT_EQ(
+        m_ui.Messages(),
+        QStringList{QStringLiteral("1 auction categories are now available in your database.")});
+    EXPECT_FALSE(QFile::exists(file));
 }
 
 TEST_F(StartupTest, APendingRuleRepairIsAppliedBeforeTheRulesAreLoaded) {

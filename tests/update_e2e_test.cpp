@@ -31,6 +31,7 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "core/text.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/site_pages.h"
 #include "tests/support/site_process.h"
@@ -540,6 +541,107 @@ TEST_F(UpdateE2e, ALostBidIsLostInEverySavedQueryListAndFigure) {
     lw::views::AnalysisBidData(db, page);
     const qsizetype endedWon = (ended & won).size();
     EXPECT_EQ(page.bids[lw::views::kSuccessfulBids].value, QString::number(endedWon));
+}
+
+// After the first retrieval the Task Manager of `lotwright-cli tasks` holds
+// the ended sales that found a buyer (each winner of a multi-winner lot as a
+// row of its own, after the plain rows) and the ended bids the user won, and
+// none that runs, went unsold or was lost; each row has every task of its side.
+TEST_F(UpdateE2e, TheTaskListHoldsTheEndedSalesAndTheWonBidsAfterTheFirstRetrieval) {
+    StartSite(Seed(6));
+    ASSERT_EQ(Update(QStringLiteral("first")).code, 0);
+    const SiteTruth truth = Truth();
+    auto title = [](const Row& page) { return QString::fromStdString(page.at("title")); };
+    auto item = [](const Row& page) { return QString::fromStdString(page.at("item")); };
+    QStringList plainSales;
+    QStringList dutchSales;
+    for (const Row& page : truth.selling) {
+        const std::string& bidder = page.at("bidder");
+        if (page.at("left") != "Ended" || page.at("bids") == "0") {
+            continue;
+        }
+        if (bidder == "Dutch Auction") {
+            for (const Row& winner : truth.winners.at(page.at("item"))) {
+                dutchSales << QStringLiteral("D") + item(page) + QStringLiteral(": ") +
+                                  title(page) + QStringLiteral(" (") +
+                                  QString::fromStdString(winner.at("winner")) + u')';
+            }
+        } else if (lw::core::NumberRule(QString::fromStdString(page.at("price"))) >=
+                   lw::core::NumberRule(QString::fromStdString(page.at("reserve")))) {
+            plainSales << item(page) + QStringLiteral(": ") + title(page);
+        }
+    }
+    QStringList wonBids;
+    QSet<QString> lostBids;
+    for (const Row& page : truth.bidding) {
+        const QString row = item(page) + QStringLiteral(": ") + title(page);
+        if (page.at("status") != "high bidder") {
+            lostBids.insert(row);
+        } else if (page.at("left") == "Ended") {
+            wonBids << row;
+        }
+    }
+    ASSERT_FALSE(plainSales.isEmpty());
+    ASSERT_FALSE(dutchSales.isEmpty());
+    ASSERT_FALSE(wonBids.isEmpty());
+    ASSERT_FALSE(lostBids.isEmpty());
+
+    struct Side {
+        QStringList args;
+        QStringList codes;
+    };
+    const Side sides[] = {
+        {{}, {"SUMN", "PRA", "CON", "PRI", "PAY", "SHP", "SHS", "SHE", "SHR", "FBL", "RFB", "FBR"}},
+        {{QStringLiteral("--bids")},
+         {"SUMN", "PRA", "CRP", "PSI", "PRP", "PRS", "IRR", "IRE", "FBL", "RFS", "FBR"}},
+    };
+    for (const Side& side : sides) {
+        const CliRun run = Cli(QStringList{QStringLiteral("tasks")} + side.args);
+        ASSERT_EQ(run.code, 0) << run.err.toStdString();
+        QStringList lines = run.out.split(u'\n', Qt::SkipEmptyParts);
+        ASSERT_FALSE(lines.isEmpty());
+        const QString head = lines.takeFirst();
+        QStringList rows;
+        QStringList codes;
+        for (const QString& line : lines) {
+            if (!line.startsWith(QStringLiteral("    "))) {
+                if (!rows.isEmpty()) {
+                    EXPECT_EQ(codes, side.codes) << rows.last().toStdString();
+                }
+                rows << line;
+                codes.clear();
+                continue;
+            }
+            const QStringList words = line.simplified().split(u' ');
+            codes << words.value(0);
+            EXPECT_TRUE(words.value(1) == u"done" || words.value(1) == u"pending")
+                << line.toStdString();
+        }
+        EXPECT_EQ(codes, side.codes) << rows.last().toStdString();
+        EXPECT_TRUE(head.endsWith(QStringLiteral(" (%1)").arg(rows.size()))) << head.toStdString();
+        if (side.args.isEmpty()) {
+            EXPECT_EQ(head.left(head.lastIndexOf(u' ')),
+                      QStringLiteral("All Auctions with Pending Tasks"));
+            const QStringList plain = rows.mid(0, plainSales.size());
+            EXPECT_EQ(QSet<QString>(plain.cbegin(), plain.cend()),
+                      QSet<QString>(plainSales.cbegin(), plainSales.cend()));
+            const QStringList dutch = rows.mid(plainSales.size());
+            EXPECT_EQ(QSet<QString>(dutch.cbegin(), dutch.cend()),
+                      QSet<QString>(dutchSales.cbegin(), dutchSales.cend()))
+                << "the winners follow the plain rows";
+        } else {
+            EXPECT_EQ(QSet<QString>(rows.cbegin(), rows.cend()),
+                      QSet<QString>(wonBids.cbegin(), wonBids.cend()));
+            EXPECT_FALSE(QSet<QString>(rows.cbegin(), rows.cend()).intersects(lostBids));
+        }
+    }
+
+    const CliRun unknown = Cli(
+        {QStringLiteral("tasks"), QStringLiteral("--filter"), QStringLiteral("Bids Not Yet Paid")});
+    EXPECT_EQ(unknown.code, 2);
+    EXPECT_TRUE(unknown.err.contains(
+        QStringLiteral("no task filter \"Bids Not Yet Paid\" on the sales side")))
+        << unknown.err.toStdString();
 }
 
 TEST_F(UpdateE2e, ASecondUpdateUpdatesTheRowsAndNeverDoublesThem) {

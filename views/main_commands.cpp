@@ -6,6 +6,7 @@
 
 #include "core/session.h"
 #include "core/text.h"
+#include "tasks/task_model.h"
 #include "update/rules.h"
 #include "update/site_session.h"
 
@@ -102,17 +103,11 @@ void DeleteBid(Database& db, const QString& itemNumber) {
 }
 
 void ReturnSaleToTask(Database& db, const QString& itemNumber) {
-    RunForItem(db,
-               QStringLiteral(
-                   "UPDATE Auctions SET ToDoComplete = 0 WHERE ItemNumber = ? AND UserName = ?"),
-               itemNumber);
+    tasks::ReturnToTasks(db, {tasks::Side::Sales, itemNumber, QString(), User()});
 }
 
 void ReturnBidToTask(Database& db, const QString& itemNumber) {
-    RunForItem(
-        db,
-        QStringLiteral("UPDATE Bids SET ToDoComplete = 0 WHERE ItemNumber = ? AND UserName = ?"),
-        itemNumber);
+    tasks::ReturnToTasks(db, {tasks::Side::Bids, itemNumber, QString(), User()});
 }
 
 SalePopup SalePopupFor(Database& db, const QString& itemNumber, bool dutch,

@@ -34,7 +34,8 @@ QString AccountBalance(core::Database& db);
 // Delete Auction / Delete Bid: the user's row of that item.
 void DeleteSale(core::Database& db, const QString& itemNumber);
 void DeleteBid(core::Database& db, const QString& itemNumber);
-// Return Auction (Bid) to Task Manager: ToDoComplete cleared on the user's row.
+// Return Auction (Bid) to Task Manager: ToDoComplete cleared on the user's
+// row, as the task manager's own return does (tasks::ReturnToTasks).
 void ReturnSaleToTask(core::Database& db, const QString& itemNumber);
 void ReturnBidToTask(core::Database& db, const QString& itemNumber);
 
