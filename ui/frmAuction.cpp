@@ -490,7 +490,7 @@ void frmAuction::SSTab1_Click(int index) {
         // The Nulls that pages leave in scanned rows are mended before the
         // tasks are read from those rows.
         Guard(QStringLiteral("Task Manager"), [this] { update::RepairNulls(Db()); });
-        m_tasks->EnterTab();
+        m_tasks->RebuildTaskView();
         return;
     }
     if (index != kAnalysisTab) {
@@ -612,6 +612,9 @@ void frmAuction::moveEvent(QMoveEvent* event) {
 void frmAuction::RedrawViews() {
     lstAuctionGroup_Click();
     lstBidGroup_Click();
+    if (m_SSTab1->currentIndex() == kTaskTab) {
+        m_tasks->RebuildTaskView();
+    }
     if (m_analysisShown) {
         Guard(QStringLiteral("Auction Analysis"), [this] { m_analysis->AnalysisRefresh(Db()); });
     }

@@ -14,12 +14,18 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 #include <QVBoxLayout>
 
+#include "core/session.h"
+#include "core/store.h"
+#include "tasks/task_model.h"
+#include "tasks/task_tree.h"
+#include "ui/qt_ui.h"
 #include "ui/task_panels.h"
 #include "ui/task_pictures.h"
 
@@ -30,6 +36,16 @@ namespace {
 // What a tree node carries besides its text.
 constexpr int kKeyRole = Qt::UserRole;
 constexpr int kPictureRole = Qt::UserRole + 1;
+constexpr int kFolderRole = Qt::UserRole + 2;
+
+// The site of the shipped rules, whose partner rows the address test reads.
+constexpr int kSiteFlag = 0;
+
+const QString kTaskTitle = QStringLiteral("Task Manager");
+
+QString CurrentUser() {
+    return core::CurrentSession().CurrentUser;
+}
 
 }  // namespace
 
@@ -99,7 +115,8 @@ TaskManagerTab::TaskManagerTab(std::function<core::Database&()> db, QWidget* par
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setFocusPolicy(Qt::NoFocus);
-    m_panels = new TaskPanels(scroll);
+    m_panels = new TaskPanels(
+        m_db, [this] { return SelectedItem(); }, scroll);
     scroll->setWidget(m_panels);
 
     m_split->addWidget(items);
@@ -114,9 +131,21 @@ TaskManagerTab::TaskManagerTab(std::function<core::Database&()> db, QWidget* par
 
     connect(m_chkToDoAuctions, &QCheckBox::clicked, this, &TaskManagerTab::chkToDoAuctions_MouseUp);
     connect(m_chkToDoBids, &QCheckBox::clicked, this, &TaskManagerTab::chkToDoBids_MouseUp);
+    connect(m_lstFilters, &QComboBox::activated, this, &TaskManagerTab::lstFilters_Click);
+    connect(m_lstToAuctions, &QListWidget::currentRowChanged, this,
+            &TaskManagerTab::lstToAuctions_Click);
+    connect(m_ToDo1, &QTreeWidget::currentItemChanged, this, &TaskManagerTab::ToDo1_NodeClick);
     connect(m_ToDo1, &QTreeWidget::itemDoubleClicked, this, &TaskManagerTab::ToDo1_DblClick);
     connect(m_ToDo1, &QTreeWidget::itemExpanded, this, &TaskManagerTab::FolderToggled);
     connect(m_ToDo1, &QTreeWidget::itemCollapsed, this, &TaskManagerTab::FolderToggled);
+    connect(m_cmdRemoveToDo, &QPushButton::clicked, this, &TaskManagerTab::cmdRemoveToDo_Click);
+    connect(m_panels, &TaskPanels::Saved, this, &TaskManagerTab::AfterSave);
+    connect(m_panels, &TaskPanels::RecordChanged, this, &TaskManagerTab::RefreshTaskIcons);
+    connect(m_panels, &TaskPanels::NodeWanted, this, [this](const QString& key) {
+        if (QTreeWidgetItem* node = Node(key)) {
+            m_ToDo1->setCurrentItem(node);
+        }
+    });
 
     ShowNoPendingTasks();
 }
@@ -127,6 +156,14 @@ bool TaskManagerTab::SalesSide() const {
     return m_chkToDoAuctions->isChecked();
 }
 
+tasks::Side TaskManagerTab::CurrentSide() const {
+    return SalesSide() ? tasks::Side::Sales : tasks::Side::Bids;
+}
+
+void TaskManagerTab::SetFileOpener(std::function<bool(const QString&)> opener) {
+    m_panels->SetFileOpener(std::move(opener));
+}
+
 void TaskManagerTab::ShowTaskPanel(int index) {
     m_panels->ShowTaskPanel(index);
 }
@@ -135,7 +172,7 @@ void TaskManagerTab::ShowNoPendingTasks() {
     m_lblToDoRecordCount->setText(QStringLiteral("(0)"));
     m_ToDo1->setEnabled(false);
     m_cmdRemoveToDo->setEnabled(false);
-    ShowTaskPanel(SalesSide() ? TaskPanels::kNoAuctionsPanel : TaskPanels::kNoBidsPanel);
+    ShowTaskPanel(tasks::NoPendingTasksPanel(CurrentSide()).index);
 }
 
 // ------------------------------------------------------------------ side switch
@@ -155,25 +192,245 @@ void TaskManagerTab::chkToDoBids_MouseUp() {
     RebuildTaskView();
 }
 
-void TaskManagerTab::EnterTab() {
-    RebuildTaskView();
+void TaskManagerTab::RebuildTaskView() {
+    if (SalesSide()) {
+        BuildSalesTree();
+    } else {
+        BuildBidsTree();
+    }
 }
 
-void TaskManagerTab::RebuildTaskView() {
-    m_stale = false;
-    m_ToDo1->clear();
+void TaskManagerTab::BuildSalesTree() {
+    BuildTree(tasks::Side::Sales);
+}
+
+void TaskManagerTab::BuildBidsTree() {
+    BuildTree(tasks::Side::Bids);
+}
+
+void TaskManagerTab::BuildTree(tasks::Side side) {
+    // A read that fails shows an empty tree and list, which the panel of
+    // the empty side covers.
+    std::vector<tasks::TaskNode> nodes;
+    QStringList filters;
+    try {
+        nodes = tasks::TaskTree(m_db(), side);
+        filters = tasks::TaskFilters(m_db(), CurrentUser(), side);
+    } catch (const std::exception&) {
+        nodes.clear();
+        filters.clear();
+    }
+    m_ToDo1->setUpdatesEnabled(false);
+    {
+        const QSignalBlocker quietList(m_lstToAuctions);
+        const QSignalBlocker quietTree(m_ToDo1);
+        m_lstToAuctions->clear();
+        m_ToDo1->clear();
+        const QColor ground = m_ToDo1->palette().color(QPalette::Base);
+        for (const tasks::TaskNode& n : nodes) {
+            QTreeWidgetItem* parent = n.relative.isEmpty() ? nullptr : Node(n.relative);
+            auto* node =
+                parent != nullptr ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(m_ToDo1);
+            node->setText(0, n.description);
+            node->setData(0, kKeyRole, n.key);
+            node->setData(0, kPictureRole, n.startImage);
+            node->setData(0, kFolderRole, n.isFolder);
+            node->setIcon(0, TaskIcon(n.startImage, ground));
+        }
+    }
+    // Every node open, the root too: its tasks are what the page is for.
+    m_ToDo1->expandAll();
+    m_ToDo1->setUpdatesEnabled(true);
+    SelectNodeQuietly(tasks::kTaskRoot.toString());
+
     m_lstFilters->clear();
-    m_lstToAuctions->clear();
-    ShowNoPendingTasks();
+    m_lstFilters->addItems(filters);
+    m_lstFilters->setCurrentIndex(filters.isEmpty() ? -1 : 0);
+    FillItemList(filters.value(0));
+}
+
+void TaskManagerTab::lstFilters_Click() {
+    FillItemList(m_lstFilters->currentText());
+}
+
+void TaskManagerTab::FillItemList(const QString& filterName) {
+    tasks::ItemList list;
+    list.recordCount = QStringLiteral("(0)");
+    if (!filterName.isEmpty()) {
+        try {
+            tasks::ListScope scope;
+            scope.side = CurrentSide();
+            scope.userName = CurrentUser();
+            scope.siteCorrection = core::CurrentSession().SiteCorrection;
+            list = tasks::FillItemList(m_db(), scope, filterName);
+        } catch (const std::exception&) {
+            list = {};
+            list.recordCount = QStringLiteral("(0)");
+        }
+    }
+    {
+        const QSignalBlocker quiet(m_lstToAuctions);
+        m_lstToAuctions->clear();
+        for (const tasks::ItemListRow& row : list.rows) {
+            auto* line = new QListWidgetItem(row.text, m_lstToAuctions);
+            if (!row.itemNumber.isEmpty()) {
+                line->setData(Qt::UserRole, row.itemNumber);
+            }
+        }
+    }
+    if (list.Empty()) {
+        if (m_lstToAuctions->count() == 0) {
+            m_lstToAuctions->addItem(tasks::NoPendingTasksRow());
+        }
+        ShowNoPendingTasks();
+        return;
+    }
+    m_lblToDoRecordCount->setText(list.recordCount);
+    m_ToDo1->setEnabled(true);
+    m_cmdRemoveToDo->setEnabled(true);
+    {
+        const QSignalBlocker quiet(m_lstToAuctions);
+        m_lstToAuctions->setCurrentRow(0);
+    }
+    SelectNodeQuietly(tasks::kTaskSummary.toString());
+    lstToAuctions_Click();
+}
+
+std::optional<tasks::SelectedItem> TaskManagerTab::SelectedItem() const {
+    const QListWidgetItem* row = m_lstToAuctions->currentItem();
+    if (row == nullptr || m_lblToDoRecordCount->text() == QLatin1String("(0)")) {
+        return std::nullopt;
+    }
+    const QString item = row->data(Qt::UserRole).toString();
+    if (item.isEmpty()) {
+        return std::nullopt;
+    }
+    tasks::SelectedItem selected = tasks::SelectionFromRow(CurrentSide(), row->text(), item);
+    selected.userName = CurrentUser();
+    return selected;
+}
+
+void TaskManagerTab::lstToAuctions_Click() {
+    ShowSelectedTask();
+    RefreshTaskIcons();
+}
+
+void TaskManagerTab::ToDo1_NodeClick() {
+    ShowSelectedTask();
+}
+
+void TaskManagerTab::ShowSelectedTask() {
+    tasks::TaskDispatch dispatch;
+    try {
+        dispatch = tasks::ShowSelectedTask(m_db(), CurrentSide(), SelectedNodeKey(),
+                                           m_lblToDoRecordCount->text());
+    } catch (const std::exception&) {
+        return;
+    }
+    const std::optional<tasks::SelectedItem> item = SelectedItem();
+    if (dispatch.panel == tasks::TaskPanel::NoPendingTasks || !item) {
+        ShowNoPendingTasks();
+        return;
+    }
+    if (!m_panels->ShowTask(dispatch, *item)) {
+        return;
+    }
+    if (!dispatch.focus.isEmpty()) {
+        if (auto* control = m_panels->findChild<QWidget*>(dispatch.focus)) {
+            control->setFocus(Qt::OtherFocusReason);
+        }
+    }
+}
+
+void TaskManagerTab::RefreshTaskIcons() {
+    const std::optional<tasks::SelectedItem> item = SelectedItem();
+    if (!item) {
+        return;
+    }
+    std::vector<tasks::TaskPicture> pictures;
+    try {
+        pictures = tasks::RefreshTaskIcons(m_db(), CurrentUser(), kSiteFlag, *item);
+    } catch (const std::exception&) {
+        // The tree keeps the pictures it shows; the next selection reads afresh.
+        return;
+    }
+    const QColor ground = m_ToDo1->palette().color(QPalette::Base);
+    for (const tasks::TaskPicture& task : pictures) {
+        if (QTreeWidgetItem* node = Node(task.key)) {
+            node->setData(0, kPictureRole, task.picture);
+            node->setIcon(0, TaskIcon(task.picture, ground));
+        }
+    }
+}
+
+void TaskManagerTab::CompleteIfRemovalTask(const QString& code) {
+    const std::optional<tasks::SelectedItem> item = SelectedItem();
+    if (!item) {
+        return;
+    }
+    bool finished = false;
+    RunReported(kTaskTitle, [&] {
+        finished = tasks::CompleteIfRemovalTask(m_db(), CurrentUser(), *item, code);
+    });
+    if (finished) {
+        RebuildTaskView();
+    }
+}
+
+void TaskManagerTab::cmdRemoveToDo_Click() {
+    const std::optional<tasks::SelectedItem> item = SelectedItem();
+    if (!item) {
+        return;
+    }
+    if (RunReported(kTaskTitle, [&] { tasks::RemoveSelectedFromTasks(m_db(), *item); })) {
+        RebuildTaskView();
+    }
+}
+
+void TaskManagerTab::AfterSave(const tasks::SaveOutcome& outcome) {
+    RefreshTaskIcons();
+    if (outcome.removalCode) {
+        const int rows = m_lstToAuctions->count();
+        CompleteIfRemovalTask(*outcome.removalCode);
+        // A finished item took the view back to the first row and its summary.
+        if (m_lstToAuctions->count() != rows) {
+            return;
+        }
+    }
+    if (outcome.selectNode) {
+        if (QTreeWidgetItem* node = Node(*outcome.selectNode)) {
+            m_ToDo1->setCurrentItem(node);
+        }
+    }
+}
+
+// ------------------------------------------------------------------ tree nodes
+
+QTreeWidgetItem* TaskManagerTab::Node(const QString& key) const {
+    for (QTreeWidgetItemIterator it(m_ToDo1); *it != nullptr; ++it) {
+        if ((*it)->data(0, kKeyRole).toString().compare(key, Qt::CaseInsensitive) == 0) {
+            return *it;
+        }
+    }
+    return nullptr;
+}
+
+QString TaskManagerTab::SelectedNodeKey() const {
+    const QTreeWidgetItem* node = m_ToDo1->currentItem();
+    return node == nullptr ? QString() : node->data(0, kKeyRole).toString();
+}
+
+void TaskManagerTab::SelectNodeQuietly(const QString& key) {
+    const QSignalBlocker quiet(m_ToDo1);
+    m_ToDo1->setCurrentItem(Node(key));
 }
 
 // ------------------------------------------------------------------ tree pictures
 
 void TaskManagerTab::ToDo1_DblClick(QTreeWidgetItem* node) {
-    if (node == nullptr || node->childCount() == 0) {
-        return;
+    if (node != nullptr && node->data(0, kFolderRole).toBool()) {
+        node->setExpanded(!node->isExpanded());
     }
-    node->setExpanded(!node->isExpanded());
 }
 
 void TaskManagerTab::FolderToggled(QTreeWidgetItem* node) {

@@ -15,6 +15,9 @@
 #include <functional>
 #include <optional>
 
+#include "tasks/panel_values.h"
+#include "tasks/selected_item.h"
+
 class QCheckBox;
 class QComboBox;
 class QLabel;
@@ -39,23 +42,42 @@ public:
     explicit TaskManagerTab(std::function<core::Database&()> db, QWidget* parent = nullptr);
     ~TaskManagerTab() override;
 
-    // Entering the tab (after the Null repair of the scanned rows): the view
-    // of the side in the switch built afresh.
-    void EnterTab();
-    // Marks the view out of date (an item came back to the task manager,
-    // an update ran): the next entering builds it again.
-    void Invalidate() { m_stale = true; }
-    bool IsStale() const { return m_stale; }
-
-    // BuildSalesTree or BuildBidsTree, by the switch.
+    // RebuildTaskView: BuildSalesTree or BuildBidsTree, by the switch. Runs
+    // on entering the tab (after the Null repair of the scanned rows), on a
+    // side switch and when an item leaves the task manager.
     void RebuildTaskView();
+    void BuildSalesTree();
+    void BuildBidsTree();
+    // The rows of a filter in lstToAuctions; row 0 and the node "SUMS" are
+    // then selected, or the empty side's panel shown.
+    void FillItemList(const QString& filterName);
+    // How a copy of a packing list is opened in a word processor (see
+    // TaskPanels::SetFileOpener).
+    void SetFileOpener(std::function<bool(const QString&)> opener);
     // ShowTaskPanel: fraToDo(index) becomes the only panel in view.
     void ShowTaskPanel(int index);
+    // ShowSelectedTask: the panel of the selected node for the selected item.
+    void ShowSelectedTask();
+    // The pictures of the task nodes for the selected item.
+    void RefreshTaskIcons();
+    // The removal rule: the item leaves the task manager, and the view is
+    // built again, when code is the user's removal preference of the side.
+    void CompleteIfRemovalTask(const QString& code);
+    // The item the list's selection stands for; nullopt when the list holds
+    // no item.
+    std::optional<tasks::SelectedItem> SelectedItem() const;
 
 public Q_SLOTS:
     void chkToDoAuctions_MouseUp();
     void chkToDoBids_MouseUp();
+    void lstFilters_Click();
+    void lstToAuctions_Click();
+    void ToDo1_NodeClick();
     void ToDo1_DblClick(QTreeWidgetItem* node);
+    void cmdRemoveToDo_Click();
+    // After every save of a panel: the pictures, the removal rule with the
+    // code the save names, and the node it names selected.
+    void AfterSave(const tasks::SaveOutcome& outcome);
 
 protected:
     // A new palette draws the tree's pictures afresh for its ground.
@@ -63,6 +85,13 @@ protected:
 
 private:
     bool SalesSide() const;
+    tasks::Side CurrentSide() const;
+    void BuildTree(tasks::Side side);
+    // The node of that key selected without opening its panel; a click on
+    // the tree or a list row opens it.
+    void SelectNodeQuietly(const QString& key);
+    QTreeWidgetItem* Node(const QString& key) const;
+    QString SelectedNodeKey() const;
     // The panel for an empty list: 13 on the sales side, 14 on the bids side.
     void ShowNoPendingTasks();
     // The tree's folder pictures follow whether the folder is open.
@@ -70,7 +99,6 @@ private:
     void RedrawPictures();
 
     std::function<core::Database&()> m_db;
-    bool m_stale = true;
 
     QCheckBox* m_chkToDoAuctions = nullptr;
     QCheckBox* m_chkToDoBids = nullptr;
