@@ -8,15 +8,27 @@
 // palette.
 // Messages are not shown (nobody is there to answer them) but are printed.
 // It writes pictures only; every row it changes is one the program's own
-// start or update would have written.
+// start or update would have written, or, in the Task Manager, one that a
+// user writes there: a partner's address pasted and saved, and a bid's
+// payment, so that the packing list and the remittance advice have what
+// they need.
 //   lotwright-shots --root DIR --out DIR
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTextStream>
 #include <QTimer>
+#include <QTreeWidget>
+#include <string_view>
 
 #include "admin/startup.h"
 #include "core/session.h"
@@ -110,6 +122,87 @@ void TakeWhenShown(Shots& shots, const QString& objectName, const QString& pictu
     poll->start();
 }
 
+template <class T>
+T* Child(QWidget* window, const char* name) {
+    return window->findChild<T*>(QString::fromLatin1(name));
+}
+
+// A user's step in a panel: the boxes filled, then the button pressed.
+void FillAndPress(QWidget* window, std::initializer_list<std::pair<const char*, QString>> boxes,
+                  const char* button) {
+    for (const auto& [name, text] : boxes) {
+        if (auto* box = Child<QLineEdit>(window, name)) {
+            box->setText(text);
+        } else if (auto* list = Child<QComboBox>(window, name)) {
+            list->setCurrentIndex(text.toInt());
+            Q_EMIT list->activated(text.toInt());
+        }
+    }
+    if (auto* press = Child<QPushButton>(window, button)) {
+        press->click();
+    }
+}
+
+// The Task Manager on each side: the first item with every panel that its
+// tree opens, the partner's address pasted from the clipboard and saved
+// first (and on a bid the payment), so that the packing list and the
+// remittance advice can be built.
+void TakeTaskManager(Shots& shots, QWidget* window) {
+    auto* tree = Child<QTreeWidget>(window, "ToDo1");
+    auto* list = Child<QListWidget>(window, "lstToAuctions");
+    auto* count = Child<QLabel>(window, "lblToDoRecordCount");
+    if (tree == nullptr || list == nullptr || count == nullptr) {
+        return;
+    }
+    auto select = [tree](const QString& key) {
+        for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it) {
+            if ((*it)->data(0, Qt::UserRole).toString() == key) {
+                tree->setCurrentItem(*it);
+                return true;
+            }
+        }
+        return false;
+    };
+    for (const char* side : {"Sale", "Bid"}) {
+        const bool sale = side == std::string_view("Sale");
+        if (auto* box = Child<QCheckBox>(window, sale ? "chkToDoAuctions" : "chkToDoBids")) {
+            box->click();
+        }
+        const QString prefix = QStringLiteral("frmAuction-2-TaskManager-") + QLatin1String(side);
+        if (count->text() == QLatin1String("(0)")) {
+            shots.Take(window, prefix + QStringLiteral("-Empty"));
+            continue;
+        }
+        list->setCurrentRow(0);
+        if (select(QStringLiteral("PRA"))) {
+            QApplication::clipboard()->setText(
+                QStringLiteral("Ms. Ann B Lee\nLee Antiques\n12 Elm Street\nDayton, OH 45402"));
+            FillAndPress(window, {}, "cmdPasteAddressFromClipboard");
+            FillAndPress(window, {}, "cmdSaveAddress");
+        }
+        if (!sale && select(QStringLiteral("PRP"))) {
+            FillAndPress(window,
+                         {{"lstPaymentMethods", QStringLiteral("1")},
+                          {"txtCheckNumber", QStringLiteral("1042")},
+                          {"txtDrawnOnBank", QStringLiteral("First Bank")}},
+                         "cmdSavePaymentInfo");
+        }
+        QStringList keys;
+        for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it) {
+            if ((*it)->childCount() == 0 || (*it)->parent() == nullptr) {
+                keys << (*it)->data(0, Qt::UserRole).toString();
+            }
+        }
+        for (const QString& key : keys) {
+            select(key);
+            shots.Take(window, prefix + u'-' + key);
+        }
+    }
+    if (auto* box = Child<QCheckBox>(window, "chkToDoAuctions")) {
+        box->click();
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -166,6 +259,8 @@ int main(int argc, char** argv) {
                                .arg(tabNames.value(index, QString::number(index))));
     }
     if (tabs != nullptr) {
+        tabs->setCurrentIndex(lw::ui::frmAuction::kTaskTab);
+        TakeTaskManager(shots, window);
         tabs->setCurrentIndex(0);
     }
     // The sale with the longest title selected: its panel must keep to the
@@ -254,7 +349,7 @@ int main(int argc, char** argv) {
     // palette, changed under the open main window as a desktop changes it.
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setPalette(lw::ui::DarkPalette());
-    for (int index : {0, 1, 3}) {
+    for (int index : {0, 1, 2, 3}) {
         if (tabs == nullptr) {
             break;
         }

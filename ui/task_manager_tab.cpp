@@ -94,7 +94,10 @@ TaskManagerTab::TaskManagerTab(std::function<core::Database&()> db, QWidget* par
     m_lstToAuctions = new QListWidget(items);
     m_lstToAuctions->setObjectName(QStringLiteral("lstToAuctions"));
     m_lstToAuctions->setAccessibleName(QStringLiteral("Items with pending tasks"));
-    m_lstToAuctions->setTextElideMode(Qt::ElideRight);
+    // A long title is cut in its middle, so that a winner's name at the end
+    // of the row stays in view; the whole row is its tip.
+    m_lstToAuctions->setTextElideMode(Qt::ElideMiddle);
+    m_lstToAuctions->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_lblToDoItems->setBuddy(m_lstToAuctions);
     column->addWidget(m_lstToAuctions, 1);
     m_cmdRemoveToDo = new QPushButton(QStringLiteral("Re&move from Tasks"), items);
@@ -127,7 +130,7 @@ TaskManagerTab::TaskManagerTab(std::function<core::Database&()> db, QWidget* par
     m_split->setStretchFactor(0, 0);
     m_split->setStretchFactor(1, 0);
     m_split->setStretchFactor(2, 1);
-    m_split->setSizes({250, 210, 600});
+    m_split->setSizes({250, 240, 590});
 
     connect(m_chkToDoAuctions, &QCheckBox::clicked, this, &TaskManagerTab::chkToDoAuctions_MouseUp);
     connect(m_chkToDoBids, &QCheckBox::clicked, this, &TaskManagerTab::chkToDoBids_MouseUp);
@@ -273,6 +276,7 @@ void TaskManagerTab::FillItemList(const QString& filterName) {
         m_lstToAuctions->clear();
         for (const tasks::ItemListRow& row : list.rows) {
             auto* line = new QListWidgetItem(row.text, m_lstToAuctions);
+            line->setToolTip(row.text);
             if (!row.itemNumber.isEmpty()) {
                 line->setData(Qt::UserRole, row.itemNumber);
             }
