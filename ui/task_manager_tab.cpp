@@ -125,11 +125,12 @@ TaskManagerTab::TaskManagerTab(std::function<core::Database&()> db, QWidget* par
     m_split->addWidget(items);
     m_split->addWidget(m_ToDo1);
     m_split->addWidget(scroll);
-    // The item list and the tree take what their texts need; the panel
-    // takes the rest, and any room the window gains.
-    m_split->setStretchFactor(0, 0);
-    m_split->setStretchFactor(1, 0);
-    m_split->setStretchFactor(2, 1);
+    // The panel takes most of any room the window gains or loses, the item
+    // list and the tree a share each, so that a small window still shows a
+    // panel whole.
+    m_split->setStretchFactor(0, 1);
+    m_split->setStretchFactor(1, 1);
+    m_split->setStretchFactor(2, 4);
     m_split->setSizes({250, 240, 590});
 
     connect(m_chkToDoAuctions, &QCheckBox::clicked, this, &TaskManagerTab::chkToDoAuctions_MouseUp);
@@ -235,6 +236,7 @@ void TaskManagerTab::BuildTree(tasks::Side side) {
             auto* node =
                 parent != nullptr ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(m_ToDo1);
             node->setText(0, n.description);
+            node->setToolTip(0, n.description);
             node->setData(0, kKeyRole, n.key);
             node->setData(0, kPictureRole, n.startImage);
             node->setData(0, kFolderRole, n.isFolder);

@@ -109,6 +109,9 @@ QComboBox* List(QWidget* parent, const QString& name, const QStringList& rows) {
     list->setObjectName(name);
     list->addItems(rows);
     list->setCurrentIndex(-1);
+    // Narrow enough for a small window; the open list shows every row whole.
+    list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    list->setMinimumContentsLength(10);
     return list;
 }
 
