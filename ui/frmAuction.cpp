@@ -487,9 +487,13 @@ void frmAuction::ShowAccountBalance() {
 
 void frmAuction::SSTab1_Click(int index) {
     if (index == kTaskTab) {
-        // The Nulls that pages leave in scanned rows are mended before the
-        // tasks are read from those rows.
-        Guard(QStringLiteral("Task Manager"), [this] { update::RepairNulls(Db()); });
+        // The rules are read again from the database, and the Nulls that
+        // pages leave in scanned rows are mended before the tasks are read
+        // from those rows.
+        Guard(QStringLiteral("Task Manager"), [this] {
+            update::DecryptProtocols(update::Rules(), Db());
+            update::RepairNulls(Db());
+        });
         m_tasks->RebuildTaskView();
         return;
     }
