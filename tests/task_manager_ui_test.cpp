@@ -39,17 +39,12 @@
 
 using namespace lw;
 
+using lw::test::EndIn;
 using lw::test::Named;
 
 namespace {
 
 const QString kUser = QStringLiteral("Pat O'Brien");
-
-QString EndIn(int days) {
-    return QDateTime::currentDateTime().addDays(days).toString(
-               QStringLiteral("MM/dd/yy, hh:mm:ss")) +
-           QStringLiteral(" PST");
-}
 
 QString Today() {
     return core::Format(QDate::currentDate(), QStringLiteral("mm/dd/yy"));

@@ -57,17 +57,12 @@
 
 using namespace lw;
 
+using lw::test::EndIn;
 using lw::test::Named;
 
 namespace {
 
 const QString kUser = QStringLiteral("Pat O'Brien");
-
-QString EndIn(int days) {
-    return QDateTime::currentDateTime().addDays(days).toString(
-               QStringLiteral("MM/dd/yy, hh:mm:ss")) +
-           QStringLiteral(" PST");
-}
 
 // One sale of the user; a reserve of "-" leaves the high bid uncoloured.
 void AddSale(core::Database& db, const QString& item, const QString& title, const QString& highBid,

@@ -24,6 +24,7 @@
 #include <algorithm>
 
 #include "ui/readable_colour.h"
+#include "ui/task_pictures.h"
 
 namespace lw::ui {
 
@@ -201,11 +202,7 @@ QWidget* NameWithStar(QWidget* parent, QLabel* name, QLabel* star) {
 // The star is drawn as a path at the pixel density it is shown at, so that it
 // is as crisp on a high-density screen as on any other.
 QPixmap DrawStar(const QColor& fill, qreal ratio, const QColor& background) {
-    constexpr int kSide = 16;
-    const qreal density = std::clamp(ratio, 1.0, 8.0);
-    QPixmap picture(QSize(kSide, kSide) * density);
-    picture.setDevicePixelRatio(density);
-    picture.fill(Qt::transparent);
+    QPixmap picture = BlankPicture(ratio);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     QPainterPath path;

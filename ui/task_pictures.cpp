@@ -100,14 +100,19 @@ void DrawFolder(QPainter& p, const QColor& background, bool open) {
 
 }  // namespace
 
-QPixmap TaskPicture(int index, qreal devicePixelRatio, const QColor& background) {
-    if (TaskPictureMeaning(index).isEmpty()) {
-        return {};
-    }
+QPixmap BlankPicture(qreal devicePixelRatio) {
     const qreal density = std::clamp(devicePixelRatio, 1.0, 8.0);
     QPixmap picture(QSize(kSide, kSide) * density);
     picture.setDevicePixelRatio(density);
     picture.fill(Qt::transparent);
+    return picture;
+}
+
+QPixmap TaskPicture(int index, qreal devicePixelRatio, const QColor& background) {
+    if (TaskPictureMeaning(index).isEmpty()) {
+        return {};
+    }
+    QPixmap picture = BlankPicture(devicePixelRatio);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     switch (index) {

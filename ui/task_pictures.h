@@ -22,6 +22,10 @@ enum TaskPictureIndex : int {
     kOpenFolderPicture = 9,
 };
 
+// A transparent picture of 16 by 16 device-independent pixels at the given
+// pixel density (1 to 8), to draw a tree's or a panel's small picture on.
+QPixmap BlankPicture(qreal devicePixelRatio);
+
 // The picture of that index, 16 by 16 device-independent pixels drawn at the
 // given pixel density, its outlines readable on background; an empty picture
 // for an index that has none.
