@@ -32,7 +32,7 @@ constexpr int kMaxTableEntries = 4096;
 // of a row's insertion small.
 constexpr int kMaxTableRows = 2000;
 
-enum class Destination { Body, FontTable, ColorTable, Picture, Skip };
+enum class Destination { Body, FontTable, ColorTable, StyleSheet, Picture, Skip };
 
 struct CharState {
     bool bold = false;
@@ -67,6 +67,11 @@ struct Group {
     int unicodeSkip = 1;  // \uc: fallback characters behind each \uN
 };
 
+struct Style {
+    CharState chars;
+    ParaState para;
+};
+
 struct Font {
     QString name;
     int codePage = 0;  // 0: the document's
@@ -92,68 +97,80 @@ struct Control {
     int param = 0;
 };
 
+// Font character sets to code pages; a set not named reads in the document's code page.
+constexpr std::pair<int, int> kCharsetCodePages[] = {
+    {77, 10000}, {128, 932},  {129, 949},  {130, 1361}, {134, 936},  {136, 950},
+    {161, 1253}, {162, 1254}, {163, 1258}, {177, 1255}, {178, 1256}, {186, 1257},
+    {204, 1251}, {222, 874},  {238, 1250}, {255, 437}};
+
+// Code pages whose converter is not called "windows-" and the number.
+constexpr std::pair<int, const char*> kCodecNames[] = {
+    {437, "IBM437"}, {850, "IBM850"}, {932, "Shift_JIS"},   {936, "GBK"},    {949, "windows-949"},
+    {950, "Big5"},   {1361, "Johab"}, {10000, "macintosh"}, {65001, "UTF-8"}};
+
 int CodePageOfCharset(int charset) {
-    switch (charset) {
-        case 77:
-            return 10000;
-        case 128:
-            return 932;
-        case 129:
-            return 949;
-        case 130:
-            return 1361;
-        case 134:
-            return 936;
-        case 136:
-            return 950;
-        case 161:
-            return 1253;
-        case 162:
-            return 1254;
-        case 163:
-            return 1258;
-        case 177:
-            return 1255;
-        case 178:
-            return 1256;
-        case 186:
-            return 1257;
-        case 204:
-            return 1251;
-        case 222:
-            return 874;
-        case 238:
-            return 1250;
-        case 255:
-            return 437;
-        default:
-            return 0;
+    for (const auto& [set, codePage] : kCharsetCodePages) {
+        if (set == charset) {
+            return codePage;
+        }
     }
+    return 0;
 }
 
 QByteArray CodecName(int codePage) {
-    switch (codePage) {
-        case 437:
-            return "IBM437";
-        case 850:
-            return "IBM850";
-        case 932:
-            return "Shift_JIS";
-        case 936:
-            return "GBK";
-        case 949:
-            return "windows-949";
-        case 950:
-            return "Big5";
-        case 1361:
-            return "Johab";
-        case 10000:
-            return "macintosh";
-        case 65001:
-            return "UTF-8";
-        default:
-            return "windows-" + QByteArray::number(codePage);
+    for (const auto& [page, name] : kCodecNames) {
+        if (page == codePage) {
+            return name;
+        }
     }
+    return "windows-" + QByteArray::number(codePage);
+}
+
+// The control words that stand for one character.
+constexpr std::pair<const char*, char16_t> kCharacterWords[] = {
+    {"line", u'\u2028'},    {"tab", u'\t'},           {"emdash", u'\u2014'},
+    {"endash", u'\u2013'},  {"emspace", u'\u2003'},   {"enspace", u'\u2002'},
+    {"qmspace", u'\u2005'}, {"bullet", u'\u2022'},    {"lquote", u'\u2018'},
+    {"rquote", u'\u2019'},  {"ldblquote", u'\u201c'}, {"rdblquote", u'\u201d'},
+    {"nestcell", u'\t'},    {"nestrow", u'\u2028'}};
+
+// Character and paragraph properties set by a word and its number.
+constexpr std::pair<const char*, bool CharState::*> kCharSwitches[] = {
+    {"b", &CharState::bold},
+    {"i", &CharState::italic},
+    {"strike", &CharState::strike},
+    {"striked", &CharState::strike},
+    {"v", &CharState::hidden}};
+constexpr std::pair<const char*, int CharState::*> kCharNumbers[] = {
+    {"f", &CharState::font},
+    {"cf", &CharState::color},
+    {"highlight", &CharState::background},
+    {"cb", &CharState::background},
+    {"chcbpat", &CharState::background}};
+constexpr std::pair<const char*, int ParaState::*> kParaNumbers[] = {
+    {"li", &ParaState::leftIndent},
+    {"ri", &ParaState::rightIndent},
+    {"fi", &ParaState::firstIndent},
+    {"sb", &ParaState::spaceBefore},
+    {"sa", &ParaState::spaceAfter}};
+constexpr std::pair<const char*, Qt::AlignmentFlag> kAlignments[] = {{"ql", Qt::AlignLeft},
+                                                                     {"qc", Qt::AlignHCenter},
+                                                                     {"qr", Qt::AlignRight},
+                                                                     {"qj", Qt::AlignJustify}};
+constexpr std::pair<const char*, QTextCharFormat::VerticalAlignment> kVerticals[] = {
+    {"super", QTextCharFormat::AlignSuperScript},
+    {"sub", QTextCharFormat::AlignSubScript},
+    {"nosupersub", QTextCharFormat::AlignNormal}};
+
+// The value a table gives word, if it names it.
+template <typename Value, size_t N>
+const Value* Find(const std::pair<const char*, Value> (&table)[N], const QByteArray& word) {
+    for (const auto& [name, value] : table) {
+        if (word == name) {
+            return &value;
+        }
+    }
+    return nullptr;
 }
 
 bool IsLetter(char c) {
@@ -187,6 +204,8 @@ private:
     Control ReadControl();
     void OnControl(const Control& control);
     void OnBodyWord(const QByteArray& word, bool hasParam, int param);
+    bool ApplyFormatWord(Group& group, const QByteArray& word, bool hasParam, int param);
+    void OnStyleSheet(const Control& control);
     bool StartDestination(const QByteArray& word);
     void OnByte(char byte);
     void OnFontTable(const Control& control);
@@ -230,6 +249,10 @@ private:
     QColor m_color;  // colour being defined in the colour table
     bool m_colorSet = false;
     std::map<int, QStringDecoder> m_decoders;
+    std::map<int, Style> m_styles;
+    int m_styleIndex = 0;           // style being defined in the style sheet
+    bool m_styleFormatted = false;  // its entry has set a format
+    size_t m_styleSheetDepth = 0;   // the groups open around the style sheet's own
 
     QByteArray m_bytes;  // text bytes not yet decoded
     QString m_text;      // text not yet in the document
@@ -264,7 +287,15 @@ LoadResult Reader::Run() {
                                                   "%1 deep.")
                                        .arg(kMaxGroupDepth)};
                 }
-                m_groups.push_back(m_groups.empty() ? Group() : Top());
+                if (!m_groups.empty() && Top().destination == Destination::StyleSheet &&
+                    m_groups.size() == m_styleSheetDepth) {
+                    // A style sheet entry starts from nothing, style 0 unless it says.
+                    m_groups.push_back(Group{Destination::StyleSheet});
+                    m_styleIndex = 0;
+                    m_styleFormatted = false;
+                } else {
+                    m_groups.push_back(m_groups.empty() ? Group() : Top());
+                }
                 m_starred = false;
                 break;
             case '}':
@@ -422,6 +453,9 @@ void Reader::OnControl(const Control& control) {
         case Destination::ColorTable:
             OnColorTable(control);
             break;
+        case Destination::StyleSheet:
+            OnStyleSheet(control);
+            break;
         case Destination::Picture:
             OnPicture(control);
             break;
@@ -433,21 +467,59 @@ void Reader::OnControl(const Control& control) {
 // Destinations are named by the first word of their group. Returns whether
 // word was one.
 bool Reader::StartDestination(const QByteArray& word) {
-    static const QByteArrayList skipped = {
-        "info",         "stylesheet", "listtable",    "listoverridetable",
-        "revtbl",       "rsidtbl",    "header",       "headerl",
-        "headerr",      "headerf",    "footer",       "footerl",
-        "footerr",      "footerf",    "footnote",     "annotation",
-        "fldinst",      "nonshppict", "nonesttables", "objdata",
-        "objclass",     "xe",         "tc",           "pn",
-        "filetbl",      "template",   "ftnsep",       "ftnsepc",
-        "ftncn",        "aftnsep",    "aftnsepc",     "aftncn",
-        "do",           "generator",  "themedata",    "colorschememapping",
-        "latentstyles", "datastore",  "pgdsctbl",     "shpinst",
-        "txe",          "rxe",        "private",      "comment",
-        "author",       "operator",   "title",        "subject",
-        "keywords",     "doccomm",    "company",      "userprops",
-        "xmlnstbl",     "mmathPr"};
+    static const QByteArrayList skipped = {"info",
+                                           "listtable",
+                                           "listoverridetable",
+                                           "revtbl",
+                                           "rsidtbl",
+                                           "header",
+                                           "headerl",
+                                           "headerr",
+                                           "headerf",
+                                           "footer",
+                                           "footerl",
+                                           "footerr",
+                                           "footerf",
+                                           "footnote",
+                                           "annotation",
+                                           "fldinst",
+                                           "nonshppict",
+                                           "nonesttables",
+                                           "objdata",
+                                           "objclass",
+                                           "xe",
+                                           "tc",
+                                           "pn",
+                                           "filetbl",
+                                           "template",
+                                           "ftnsep",
+                                           "ftnsepc",
+                                           "ftncn",
+                                           "aftnsep",
+                                           "aftnsepc",
+                                           "aftncn",
+                                           "do",
+                                           "generator",
+                                           "themedata",
+                                           "colorschememapping",
+                                           "latentstyles",
+                                           "datastore",
+                                           "pgdsctbl",
+                                           "shpinst",
+                                           "txe",
+                                           "rxe",
+                                           "private",
+                                           "comment",
+                                           "author",
+                                           "operator",
+                                           "title",
+                                           "subject",
+                                           "keywords",
+                                           "doccomm",
+                                           "company",
+                                           "userprops",
+                                           "xmlnstbl",
+                                           "mmathPr"};
     Group& group = Top();
     if (group.destination == Destination::Skip) {
         return true;
@@ -455,6 +527,11 @@ bool Reader::StartDestination(const QByteArray& word) {
     if (word == "fonttbl") {
         group.destination = Destination::FontTable;
         m_fontName.clear();
+        return true;
+    }
+    if (word == "stylesheet") {
+        group.destination = Destination::StyleSheet;
+        m_styleSheetDepth = m_groups.size();
         return true;
     }
     if (word == "colortbl") {
@@ -481,60 +558,29 @@ bool Reader::StartDestination(const QByteArray& word) {
 
 void Reader::OnBodyWord(const QByteArray& word, bool hasParam, int param) {
     Group& group = Top();
-    CharState& chars = group.chars;
-    ParaState& para = group.para;
-    const bool on = !hasParam || param != 0;
-    // Header words, found before the body but harmless anywhere.
-    if (word == "ansicpg") {
-        m_codePage = param > 0 ? param : 1252;
-    } else if (word == "ansi") {
-        m_codePage = 1252;
-    } else if (word == "mac") {
-        m_codePage = 10000;
-    } else if (word == "pc") {
-        m_codePage = 437;
-    } else if (word == "pca") {
-        m_codePage = 850;
-    } else if (word == "deff") {
-        m_defaultFont = param;
-    } else if (word == "uc") {
-        group.unicodeSkip = std::clamp(param, 0, 16);
+    if (ApplyFormatWord(group, word, hasParam, param)) {
+        return;
+    }
+    if (const char16_t* c = Find(kCharacterWords, word)) {
+        AppendChar(*c);
     } else if (word == "u") {
         AppendChar(char16_t(param < 0 ? param + 65536 : param));
         m_pendingSkip = group.unicodeSkip;
-    }
-    // Paragraphs.
-    else if (word == "par" || word == "sect") {
+    } else if (word == "uc") {
+        group.unicodeSkip = std::clamp(param, 0, 16);
+    } else if (word == "par" || word == "sect") {
         EndParagraph(false);
     } else if (word == "page") {
         EndParagraph(true);
-    } else if (word == "pard") {
-        para = ParaState();
-    } else if (word == "ql") {
-        para.alignment = Qt::AlignLeft;
-    } else if (word == "qc") {
-        para.alignment = Qt::AlignHCenter;
-    } else if (word == "qr") {
-        para.alignment = Qt::AlignRight;
-    } else if (word == "qj") {
-        para.alignment = Qt::AlignJustify;
-    } else if (word == "li") {
-        para.leftIndent = param;
-    } else if (word == "ri") {
-        para.rightIndent = param;
-    } else if (word == "fi") {
-        para.firstIndent = param;
-    } else if (word == "sb") {
-        para.spaceBefore = param;
-    } else if (word == "sa") {
-        para.spaceAfter = param;
-    } else if (word == "pagebb") {
-        para.pageBefore = on;
-    } else if (word == "intbl") {
-        para.inTable = on;
-    }
-    // Tables.
-    else if (word == "trowd") {
+    } else if (word == "s") {
+        const auto style = m_styles.find(param);
+        if (style != m_styles.end()) {
+            const bool inTable = group.para.inTable;
+            group.chars = style->second.chars;
+            group.para = style->second.para;
+            group.para.inTable = inTable;
+        }
+    } else if (word == "trowd") {
         m_cellEdges.clear();
         m_rowBorders = false;
     } else if (word == "cellx") {
@@ -547,66 +593,70 @@ void Reader::OnBodyWord(const QByteArray& word, bool hasParam, int param) {
         EndCell();
     } else if (word == "row") {
         EndRow();
-    } else if (word == "nestcell") {
-        AppendChar(u'\t');
-    } else if (word == "nestrow") {
-        AppendChar(u'\u2028');
+    } else if (word == "ansicpg") {
+        m_codePage = param > 0 ? param : 1252;
+    } else if (word == "ansi") {
+        m_codePage = 1252;
+    } else if (word == "mac") {
+        m_codePage = 10000;
+    } else if (word == "pc") {
+        m_codePage = 437;
+    } else if (word == "pca") {
+        m_codePage = 850;
+    } else if (word == "deff") {
+        m_defaultFont = param;
     }
-    // Characters.
-    else if (word == "plain") {
-        chars = CharState();
-    } else if (word == "b") {
-        chars.bold = on;
-    } else if (word == "i") {
-        chars.italic = on;
-    } else if (word == "ulnone") {
-        chars.underline = false;
-    } else if (word.startsWith("ul") && word != "ulc") {
-        chars.underline = on;  // \ul and its dotted, double, wavy ... kinds
-    } else if (word == "strike" || word == "striked") {
-        chars.strike = on;
-    } else if (word == "v") {
-        chars.hidden = on;
-    } else if (word == "f") {
-        chars.font = param;
+}
+
+// The words that format characters and paragraphs, in the text as in the
+// style sheet. Returns whether word was one of them.
+bool Reader::ApplyFormatWord(Group& group, const QByteArray& word, bool hasParam, int param) {
+    const bool on = !hasParam || param != 0;
+    if (const auto member = Find(kCharSwitches, word)) {
+        group.chars.*(*member) = on;
+    } else if (const auto member = Find(kCharNumbers, word)) {
+        group.chars.*(*member) = param;
+    } else if (const auto member = Find(kParaNumbers, word)) {
+        group.para.*(*member) = param;
+    } else if (const auto alignment = Find(kAlignments, word)) {
+        group.para.alignment = *alignment;
+    } else if (const auto vertical = Find(kVerticals, word)) {
+        group.chars.vertical = *vertical;
+    } else if (word == "plain") {
+        group.chars = CharState();
+    } else if (word == "pard") {
+        group.para = ParaState();
     } else if (word == "fs") {
-        chars.halfPoints = hasParam ? std::clamp(param, 2, 3276) : 24;
-    } else if (word == "cf") {
-        chars.color = param;
-    } else if (word == "highlight" || word == "cb" || word == "chcbpat") {
-        chars.background = param;
-    } else if (word == "super") {
-        chars.vertical = QTextCharFormat::AlignSuperScript;
-    } else if (word == "sub") {
-        chars.vertical = QTextCharFormat::AlignSubScript;
-    } else if (word == "nosupersub") {
-        chars.vertical = QTextCharFormat::AlignNormal;
+        group.chars.halfPoints = hasParam ? std::clamp(param, 2, 3276) : 24;
+    } else if (word == "ulnone") {
+        group.chars.underline = false;
+    } else if (word.startsWith("ul") && word != "ulc") {
+        group.chars.underline = on;  // \ul and its dotted, double, wavy ... kinds
+    } else if (word == "pagebb") {
+        group.para.pageBefore = on;
+    } else if (word == "intbl") {
+        group.para.inTable = on;
+    } else {
+        return false;
     }
-    // Special characters.
-    else if (word == "line") {
-        AppendChar(u'\u2028');
-    } else if (word == "tab") {
-        AppendChar(u'\t');
-    } else if (word == "emdash") {
-        AppendChar(u'\u2014');
-    } else if (word == "endash") {
-        AppendChar(u'\u2013');
-    } else if (word == "emspace") {
-        AppendChar(u'\u2003');
-    } else if (word == "enspace") {
-        AppendChar(u'\u2002');
-    } else if (word == "qmspace") {
-        AppendChar(u'\u2005');
-    } else if (word == "bullet") {
-        AppendChar(u'\u2022');
-    } else if (word == "lquote") {
-        AppendChar(u'\u2018');
-    } else if (word == "rquote") {
-        AppendChar(u'\u2019');
-    } else if (word == "ldblquote") {
-        AppendChar(u'\u201c');
-    } else if (word == "rdblquote") {
-        AppendChar(u'\u201d');
+    return true;
+}
+
+// A style sheet entry: its number, the style it is based on, and its formats.
+void Reader::OnStyleSheet(const Control& control) {
+    const QByteArray& word = control.word;
+    if (word == "s" || word == "cs" || word == "ds" || word == "ts") {
+        m_styleIndex = control.param;
+    } else if (word == "sbasedon") {
+        // Some writers name the base before the entry's formats, which then
+        // add to it; others name it behind formats that are complete.
+        const auto base = m_styles.find(control.param);
+        if (base != m_styles.end() && !m_styleFormatted) {
+            Top().chars = base->second.chars;
+            Top().para = base->second.para;
+        }
+    } else if (ApplyFormatWord(Top(), word, control.hasParam, control.param)) {
+        m_styleFormatted = true;
     }
 }
 
@@ -633,6 +683,12 @@ void Reader::OnByte(char byte) {
                 m_fontName.clear();
             } else if (uchar(byte) >= 0x20) {
                 m_fontName.append(byte);
+            }
+            break;
+        case Destination::StyleSheet:
+            if (byte == ';' &&
+                (int(m_styles.size()) < kMaxTableEntries || m_styles.count(m_styleIndex))) {
+                m_styles[m_styleIndex] = Style{Top().chars, Top().para};
             }
             break;
         case Destination::ColorTable:
