@@ -134,6 +134,11 @@ constexpr std::pair<const char*, char16_t> kCharacterWords[] = {
     {"rquote", u'\u2019'},  {"ldblquote", u'\u201c'}, {"rdblquote", u'\u201d'},
     {"nestcell", u'\t'},    {"nestrow", u'\u2028'}};
 
+// The control symbols that stand for one character.
+constexpr std::pair<char, char16_t> kSymbols[] = {
+    {'\\', u'\\'},    {'{', u'{'},      {'}', u'}'},  {'~', u'\u00a0'},
+    {'-', u'\u00ad'}, {'_', u'\u2011'}, {'\t', u'\t'}};
+
 // Character and paragraph properties set by a word and its number.
 constexpr std::pair<const char*, bool CharState::*> kCharSwitches[] = {
     {"b", &CharState::bold},
@@ -208,7 +213,9 @@ private:
     void OnStyleSheet(const Control& control);
     bool StartDestination(const QByteArray& word);
     void OnByte(char byte);
+    bool OnUnicodeWord(const QByteArray& word, int param);
     void OnFontTable(const Control& control);
+    void CommitFont();
     void OnColorTable(const Control& control);
     void OnPicture(const Control& control);
     void SkipBinary(int count);
@@ -227,6 +234,7 @@ private:
     void StartTable();
     void CloseTable();
     void EndParagraph(bool pageBreakAfter);
+    void FinishBlock(const QTextBlockFormat& format);
     void EndCell();
     void EndRow();
     void InsertPicture();
@@ -243,8 +251,8 @@ private:
     int m_codePage = 1252;
     int m_defaultFont = 0;
     std::map<int, Font> m_fonts;
-    int m_fontIndex = 0;    // font being defined in the font table
-    QByteArray m_fontName;  // its name's bytes so far
+    int m_fontIndex = 0;  // font being defined in the font table
+    QString m_fontName;   // its name so far
     std::vector<QColor> m_colors;
     QColor m_color;  // colour being defined in the colour table
     bool m_colorSet = false;
@@ -290,7 +298,9 @@ LoadResult Reader::Run() {
                 if (!m_groups.empty() && Top().destination == Destination::StyleSheet &&
                     m_groups.size() == m_styleSheetDepth) {
                     // A style sheet entry starts from nothing, style 0 unless it says.
-                    m_groups.push_back(Group{Destination::StyleSheet});
+                    Group entry;
+                    entry.destination = Destination::StyleSheet;
+                    m_groups.push_back(entry);
                     m_styleIndex = 0;
                     m_styleFormatted = false;
                 } else {
@@ -395,41 +405,17 @@ void Reader::OnControl(const Control& control) {
         return;
     }
     if (control.word.isEmpty()) {
+        const Destination destination = Top().destination;
         if (control.symbol == '*') {
             m_starred = true;
-            return;
-        }
-        if (Top().destination == Destination::Body) {
-            switch (control.symbol) {
-                case '\\':
-                case '{':
-                case '}':
-                    AppendText(QString(QLatin1Char(control.symbol)));
-                    break;
-                case '~':
-                    AppendChar(u'\u00a0');
-                    break;
-                case '-':
-                    AppendChar(u'\u00ad');
-                    break;
-                case '_':
-                    AppendChar(u'\u2011');
-                    break;
-                case '\t':
-                    AppendChar(u'\t');
-                    break;
-                case '\r':
-                case '\n':
-                    EndParagraph(false);
-                    break;
-                default:
-                    break;
-            }
-        } else if (Top().destination == Destination::FontTable ||
-                   Top().destination == Destination::ColorTable) {
-            // An escaped character in a name or a table is taken as itself.
-            if (control.symbol == '\\' || control.symbol == '{' || control.symbol == '}') {
-                OnByte(control.symbol);
+        } else if ((control.symbol == '\r' || control.symbol == '\n') &&
+                   destination == Destination::Body) {
+            EndParagraph(false);  // a backslash at the line's end is \par
+        } else if (destination == Destination::Body || destination == Destination::FontTable) {
+            for (const auto& [symbol, c] : kSymbols) {
+                if (symbol == control.symbol) {
+                    AppendChar(c);
+                }
             }
         }
         return;
@@ -563,11 +549,8 @@ void Reader::OnBodyWord(const QByteArray& word, bool hasParam, int param) {
     }
     if (const char16_t* c = Find(kCharacterWords, word)) {
         AppendChar(*c);
-    } else if (word == "u") {
-        AppendChar(char16_t(param < 0 ? param + 65536 : param));
-        m_pendingSkip = group.unicodeSkip;
-    } else if (word == "uc") {
-        group.unicodeSkip = std::clamp(param, 0, 16);
+    } else if (OnUnicodeWord(word, param)) {
+        return;
     } else if (word == "par" || word == "sect") {
         EndParagraph(false);
     } else if (word == "page") {
@@ -606,6 +589,20 @@ void Reader::OnBodyWord(const QByteArray& word, bool hasParam, int param) {
     } else if (word == "deff") {
         m_defaultFont = param;
     }
+}
+
+// \uN, a character by its number followed by \uc fallback characters to drop,
+// and \uc. Returns whether word was one of them.
+bool Reader::OnUnicodeWord(const QByteArray& word, int param) {
+    if (word == "u") {
+        AppendChar(char16_t(param < 0 ? param + 65536 : param));
+        m_pendingSkip = Top().unicodeSkip;
+    } else if (word == "uc") {
+        Top().unicodeSkip = std::clamp(param, 0, 16);
+    } else {
+        return false;
+    }
+    return true;
 }
 
 // The words that format characters and paragraphs, in the text as in the
@@ -676,13 +673,10 @@ void Reader::OnByte(char byte) {
             break;
         case Destination::FontTable:
             if (byte == ';') {
-                if (int(m_fonts.size()) < kMaxTableEntries || m_fonts.count(m_fontIndex)) {
-                    Font& font = m_fonts[m_fontIndex];
-                    font.name = Decode(m_fontName, font.codePage).trimmed();
-                }
-                m_fontName.clear();
+                FlushBytes();
+                CommitFont();
             } else if (uchar(byte) >= 0x20) {
-                m_fontName.append(byte);
+                m_bytes.append(byte);
             }
             break;
         case Destination::StyleSheet:
@@ -718,8 +712,20 @@ void Reader::OnByte(char byte) {
     }
 }
 
+void Reader::CommitFont() {
+    if (int(m_fonts.size()) < kMaxTableEntries || m_fonts.count(m_fontIndex)) {
+        m_fonts[m_fontIndex].name = m_fontName.trimmed();
+    }
+    m_fontName.clear();
+}
+
 void Reader::OnFontTable(const Control& control) {
-    if (control.word == "f") {
+    if (OnUnicodeWord(control.word, control.param)) {
+        return;
+    }
+    if (const char16_t* c = Find(kCharacterWords, control.word)) {
+        AppendChar(*c);
+    } else if (control.word == "f") {
         m_fontIndex = control.param;
         m_fontName.clear();
     } else if (control.word == "fcharset" || control.word == "cpg") {
@@ -780,13 +786,19 @@ void Reader::SkipBinary(int count) {
 
 void Reader::EndGroup() {
     FlushBytes();
+    if (m_groups.size() == 1) {
+        // The document's own group: its last text goes in; were the group
+        // itself a picture, that is dropped.
+        FlushText();
+        m_groups.pop_back();
+        return;
+    }
     const Group closing = m_groups.back();
     m_groups.pop_back();
-    const Destination outer = m_groups.empty() ? Destination::Body : Top().destination;
+    const Destination outer = Top().destination;
     if (closing.destination == Destination::FontTable && outer != Destination::FontTable &&
         !m_fontName.isEmpty()) {
-        // A last font without its closing semicolon.
-        OnByte(';');
+        CommitFont();  // a last font without its closing semicolon
     }
     if (closing.destination == Destination::Picture && outer != Destination::Picture) {
         InsertPicture();
@@ -799,6 +811,10 @@ void Reader::EndGroup() {
 }
 
 int Reader::CurrentCodePage() const {
+    if (!m_groups.empty() && m_groups.back().destination == Destination::FontTable) {
+        const auto it = m_fonts.find(m_fontIndex);
+        return it != m_fonts.end() && it->second.codePage != 0 ? it->second.codePage : m_codePage;
+    }
     if (!m_groups.empty()) {
         const int font =
             m_groups.back().chars.font < 0 ? m_defaultFont : m_groups.back().chars.font;
@@ -838,6 +854,10 @@ void Reader::FlushBytes() {
 }
 
 void Reader::AppendText(const QString& text) {
+    if (!m_groups.empty() && Top().destination == Destination::FontTable) {
+        m_fontName += text;
+        return;
+    }
     if (m_groups.empty() || Top().destination != Destination::Body || Top().chars.hidden) {
         return;
     }
@@ -847,7 +867,11 @@ void Reader::AppendText(const QString& text) {
     if (m_text.isEmpty()) {
         m_textChars = Top().chars;
     }
-    m_text += text;
+    for (const QChar c : text) {
+        if (!IsDocumentMark(c.unicode())) {
+            m_text += c;
+        }
+    }
 }
 
 void Reader::FlushText() {
@@ -994,14 +1018,19 @@ void Reader::EndParagraph(bool pageBreakAfter) {
         format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
         m_pageBreakPending = false;
     }
-    m_cursor.setBlockFormat(format);
-    if (m_cursor.block().length() == 1) {
-        // An empty paragraph keeps the height of its mark's font.
-        m_cursor.setBlockCharFormat(CharFormat(Top().chars));
-    }
+    FinishBlock(format);
     m_cursor.insertBlock();
     m_pageBreakPending = pageBreakAfter;
     m_fresh = true;
+}
+
+// Gives the cursor's block its paragraph format, and an empty one the
+// height of its mark's font.
+void Reader::FinishBlock(const QTextBlockFormat& format) {
+    m_cursor.setBlockFormat(format);
+    if (m_cursor.block().length() == 1) {
+        m_cursor.setBlockCharFormat(CharFormat(Top().chars));
+    }
 }
 
 void Reader::EndCell() {
@@ -1011,8 +1040,7 @@ void Reader::EndCell() {
         Top().para.inTable = true;
     }
     EnsureTarget();
-    QTextBlockFormat format = BlockFormat(Top().para);
-    m_cursor.setBlockFormat(format);
+    FinishBlock(BlockFormat(Top().para));
     ++m_column;
     if (m_column < m_table->columns()) {
         m_cursor = m_table->cellAt(m_row, m_column).firstCursorPosition();
