@@ -8,6 +8,7 @@
 #include <QColor>
 #include <QImage>
 #include <QImageReader>
+#include <QSet>
 #include <QStringDecoder>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -28,9 +29,11 @@ namespace {
 
 // Colour and font tables longer than this are cut; no real document comes near.
 constexpr int kMaxTableEntries = 4096;
+// The most paragraphs and table cells a document may have.
+constexpr int kMaxBlocks = 100000;
 // A table is continued in a new one after this many rows, which keeps the cost
 // of a row's insertion small.
-constexpr int kMaxTableRows = 2000;
+constexpr int kMaxTableRows = 250;
 
 enum class Destination { Body, FontTable, ColorTable, StyleSheet, Picture, Skip };
 
@@ -235,6 +238,7 @@ private:
     void CloseTable();
     void EndParagraph(bool pageBreakAfter);
     void FinishBlock(const QTextBlockFormat& format);
+    void CountBlocks();
     void EndCell();
     void EndRow();
     void InsertPicture();
@@ -242,6 +246,7 @@ private:
 
     const QByteArray& m_rtf;
     qsizetype m_pos = 0;
+    QString m_error;  // what stopped the reading
     QTextDocument& m_document;
     QTextCursor m_cursor;
     std::vector<Group> m_groups;
@@ -284,7 +289,7 @@ LoadResult Reader::Run() {
     m_groups.reserve(64);
     const qsizetype size = m_rtf.size();
     bool closed = false;
-    while (m_pos < size && !closed) {
+    while (m_pos < size && !closed && m_error.isEmpty()) {
         const char c = m_rtf.at(m_pos++);
         switch (c) {
             case '{':
@@ -331,6 +336,9 @@ LoadResult Reader::Run() {
                 }
                 OnByte(c);
         }
+    }
+    if (!m_error.isEmpty()) {
+        return {false, m_error};
     }
     if (!closed) {
         return {false, QStringLiteral("The RTF document ends before all its groups are closed "
@@ -453,59 +461,18 @@ void Reader::OnControl(const Control& control) {
 // Destinations are named by the first word of their group. Returns whether
 // word was one.
 bool Reader::StartDestination(const QByteArray& word) {
-    static const QByteArrayList skipped = {"info",
-                                           "listtable",
-                                           "listoverridetable",
-                                           "revtbl",
-                                           "rsidtbl",
-                                           "header",
-                                           "headerl",
-                                           "headerr",
-                                           "headerf",
-                                           "footer",
-                                           "footerl",
-                                           "footerr",
-                                           "footerf",
-                                           "footnote",
-                                           "annotation",
-                                           "fldinst",
-                                           "nonshppict",
-                                           "nonesttables",
-                                           "objdata",
-                                           "objclass",
-                                           "xe",
-                                           "tc",
-                                           "pn",
-                                           "filetbl",
-                                           "template",
-                                           "ftnsep",
-                                           "ftnsepc",
-                                           "ftncn",
-                                           "aftnsep",
-                                           "aftnsepc",
-                                           "aftncn",
-                                           "do",
-                                           "generator",
-                                           "themedata",
-                                           "colorschememapping",
-                                           "latentstyles",
-                                           "datastore",
-                                           "pgdsctbl",
-                                           "shpinst",
-                                           "txe",
-                                           "rxe",
-                                           "private",
-                                           "comment",
-                                           "author",
-                                           "operator",
-                                           "title",
-                                           "subject",
-                                           "keywords",
-                                           "doccomm",
-                                           "company",
-                                           "userprops",
-                                           "xmlnstbl",
-                                           "mmathPr"};
+    // Destinations whose text is not the document's.
+    static const QSet<QByteArray> skipped = [] {
+        const QByteArray names =
+            "info listtable listoverridetable revtbl rsidtbl header headerl headerr headerf footer "
+            "footerl footerr footerf footnote annotation fldinst nonshppict nonesttables objdata "
+            "objclass xe tc pn filetbl template ftnsep ftnsepc ftncn aftnsep aftnsepc aftncn do "
+            "generator themedata colorschememapping latentstyles datastore pgdsctbl shpinst txe "
+            "rxe private comment author operator title subject keywords doccomm company userprops "
+            "xmlnstbl mmathPr";
+        const QList<QByteArray> list = names.split(' ');
+        return QSet<QByteArray>(list.begin(), list.end());
+    }();
     Group& group = Top();
     if (group.destination == Destination::Skip) {
         return true;
@@ -939,9 +906,7 @@ void Reader::EnsureTarget() {
     }
     if (!m_table) {
         StartTable();
-        return;
-    }
-    if (m_rowDone) {
+    } else if (m_rowDone) {
         m_table->appendRows(1);
         ++m_row;
         m_column = 0;
@@ -954,17 +919,11 @@ void Reader::EnsureTarget() {
         m_fresh = false;
     }
     if (m_column >= m_table->columns()) {
-        if (m_table->columns() < kMaxTableColumns) {
-            m_table->appendColumns(m_column + 1 - m_table->columns());
-            m_cursor = m_table->cellAt(m_row, m_column).firstCursorPosition();
-        } else {
-            // Cells beyond the last column share the last one, a tab apart.
-            m_column = kMaxTableColumns - 1;
-            m_cursor = m_table->cellAt(m_row, m_column).lastCursorPosition();
-            m_cursor.insertText(QStringLiteral("\t"));
-        }
+        m_table->appendColumns(m_column + 1 - m_table->columns());
+        m_cursor = m_table->cellAt(m_row, m_column).firstCursorPosition();
         m_fresh = false;
     }
+    CountBlocks();
 }
 
 void Reader::StartTable() {
@@ -1020,6 +979,7 @@ void Reader::EndParagraph(bool pageBreakAfter) {
     }
     FinishBlock(format);
     m_cursor.insertBlock();
+    CountBlocks();
     m_pageBreakPending = pageBreakAfter;
     m_fresh = true;
 }
@@ -1027,18 +987,35 @@ void Reader::EndParagraph(bool pageBreakAfter) {
 // Gives the cursor's block its paragraph format, and an empty one the
 // height of its mark's font.
 void Reader::FinishBlock(const QTextBlockFormat& format) {
-    m_cursor.setBlockFormat(format);
+    // A new block has its predecessor's formats: most need no change.
+    if (m_cursor.blockFormat() != format) {
+        m_cursor.setBlockFormat(format);
+    }
     if (m_cursor.block().length() == 1) {
-        m_cursor.setBlockCharFormat(CharFormat(Top().chars));
+        const QTextCharFormat mark = CharFormat(Top().chars);
+        if (m_cursor.blockCharFormat() != mark) {
+            m_cursor.setBlockCharFormat(mark);
+        }
+    }
+}
+
+// Each paragraph and table cell costs a document some time to make; a
+// document with very many is refused rather than read for minutes.
+void Reader::CountBlocks() {
+    if (m_document.blockCount() > kMaxBlocks) {
+        m_error = QStringLiteral("The RTF document has more than %1 paragraphs and table cells.")
+                      .arg(kMaxBlocks);
     }
 }
 
 void Reader::EndCell() {
-    FlushText();
-    if (!Top().para.inTable) {
-        // A cell mark outside a table paragraph still belongs to a table.
-        Top().para.inTable = true;
+    // A cell mark outside a table paragraph still belongs to a table.
+    Top().para.inTable = true;
+    if (m_table && !m_rowDone && m_column == kMaxTableColumns - 1) {
+        AppendChar(u'\t');  // cells beyond the last column share it, a tab apart
+        return;
     }
+    FlushText();
     EnsureTarget();
     FinishBlock(BlockFormat(Top().para));
     ++m_column;
@@ -1112,8 +1089,11 @@ LoadResult LoadRtf(const QByteArray& rtf, QTextDocument& document) {
     }
     const bool undo = document.isUndoRedoEnabled();
     document.setUndoRedoEnabled(false);
+    QTextCursor edit(&document);
+    edit.beginEditBlock();  // one change for the document's views, not one per paragraph
     Reader reader(rtf, document);
     const LoadResult result = reader.Run();
+    edit.endEditBlock();
     if (!result.ok) {
         document.clear();
     }

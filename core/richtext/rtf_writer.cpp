@@ -414,8 +414,8 @@ void Writer::WritePicture(const QTextImageFormat& format) {
     Word("pngblip");
     Word("picw", image.width());
     Word("pich", image.height());
-    Word("picwgoal", PixelsToTwips(width));
-    Word("pichgoal", PixelsToTwips(height));
+    Word("picwgoal", std::max(1, PixelsToTwips(width)));
+    Word("pichgoal", std::max(1, PixelsToTwips(height)));
     Raw("\n");
     const QByteArray hex = png.toHex();
     for (qsizetype at = 0; at < hex.size(); at += 128) {
