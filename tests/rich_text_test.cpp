@@ -353,6 +353,18 @@ TEST(RichTextReader, MakesTheTextOfEachCase) {
     }
 }
 
+TEST(RichTextReader, CellsBeyondTheLastColumnShareIt) {
+    QTextDocument document;
+    const QByteArray rtf = "{\\rtf1\\pard\\intbl a\\cell" + QByteArray("\\cell").repeated(61) +
+                           " b\\cell c\\cell\\cell d\\cell\\row}";
+    ASSERT_TRUE(LoadRtf(rtf, document).ok);
+    const auto* table =
+        qobject_cast<QTextTable*>(document.find(QStringLiteral("a")).currentFrame());
+    ASSERT_NE(table, nullptr);
+    ASSERT_EQ(table->columns(), 63);
+    EXPECT_EQ(table->cellAt(0, 62).firstCursorPosition().block().text(), QStringLiteral("b\tc\td"));
+}
+
 // ------------------------------------------------------------ round trip
 
 // A document with what the word processor's files leave out: a table at the

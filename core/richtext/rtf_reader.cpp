@@ -83,9 +83,7 @@ struct Font {
 struct Picture {
     QByteArray data;
     const char* format = nullptr;  // "PNG", "JPEG"; null: a kind not shown
-    int width = 0;                 // \picw, \pich: the picture's own size
-    int height = 0;
-    int goalWidth = 0;  // \picwgoal, \pichgoal: twips on the page
+    int goalWidth = 0;             // \picwgoal, \pichgoal: twips on the page
     int goalHeight = 0;
     int scaleX = 100;
     int scaleY = 100;
@@ -228,7 +226,7 @@ private:
     void AppendChar(char16_t c) { AppendText(QString(QChar(c))); }
     void FlushBytes();
     void FlushText();
-    QString Decode(const QByteArray& bytes, int codePage);
+    QString Decode(const QByteArray& bytes);
     int CurrentCodePage() const;
     QTextCharFormat CharFormat(const CharState& state) const;
     QTextBlockFormat BlockFormat(const ParaState& state) const;
@@ -280,6 +278,7 @@ private:
     int m_row = 0;
     int m_column = 0;
     bool m_rowDone = false;
+    bool m_overflowTab = false;  // text of a cell beyond the last column goes behind a tab
 
     bool m_pageBreakPending = false;
     bool m_fresh = false;  // the cursor's block was made by \par and holds nothing yet
@@ -393,9 +392,7 @@ void Reader::OnControl(const Control& control) {
         for (int i = 0; i < 2 && m_pos < size && HexValue(m_rtf.at(m_pos)) >= 0; ++i) {
             value = value * 16 + HexValue(m_rtf.at(m_pos++));
         }
-        if (m_pendingSkip > 0) {
-            --m_pendingSkip;
-        } else if (!m_groups.empty()) {
+        if (!m_groups.empty()) {
             OnByte(char(value));
         }
         return;
@@ -728,10 +725,6 @@ void Reader::OnPicture(const Control& control) {
         m_picture.format = "PNG";
     } else if (word == "jpegblip") {
         m_picture.format = "JPEG";
-    } else if (word == "picw") {
-        m_picture.width = control.param;
-    } else if (word == "pich") {
-        m_picture.height = control.param;
     } else if (word == "picwgoal") {
         m_picture.goalWidth = control.param;
     } else if (word == "pichgoal") {
@@ -777,26 +770,22 @@ void Reader::EndGroup() {
     }
 }
 
+// The code page of the text being read: its font's, else the document's; in
+// the font table, the code page of the font being named.
 int Reader::CurrentCodePage() const {
-    if (!m_groups.empty() && m_groups.back().destination == Destination::FontTable) {
-        const auto it = m_fonts.find(m_fontIndex);
-        return it != m_fonts.end() && it->second.codePage != 0 ? it->second.codePage : m_codePage;
+    if (m_groups.empty()) {
+        return m_codePage;
     }
-    if (!m_groups.empty()) {
-        const int font =
-            m_groups.back().chars.font < 0 ? m_defaultFont : m_groups.back().chars.font;
-        const auto it = m_fonts.find(font);
-        if (it != m_fonts.end() && it->second.codePage != 0) {
-            return it->second.codePage;
-        }
-    }
-    return m_codePage;
+    const Group& group = m_groups.back();
+    const int font = group.destination == Destination::FontTable ? m_fontIndex
+                     : group.chars.font < 0                      ? m_defaultFont
+                                                                 : group.chars.font;
+    const auto it = m_fonts.find(font);
+    return it != m_fonts.end() && it->second.codePage != 0 ? it->second.codePage : m_codePage;
 }
 
-QString Reader::Decode(const QByteArray& bytes, int codePage) {
-    if (codePage == 0) {
-        codePage = m_codePage;
-    }
+QString Reader::Decode(const QByteArray& bytes) {
+    const int codePage = CurrentCodePage();
     if (codePage != 1252) {
         auto it = m_decoders.find(codePage);
         if (it == m_decoders.end()) {
@@ -817,7 +806,7 @@ void Reader::FlushBytes() {
         return;
     }
     const QByteArray bytes = std::exchange(m_bytes, QByteArray());
-    AppendText(Decode(bytes, CurrentCodePage()));
+    AppendText(Decode(bytes));
 }
 
 void Reader::AppendText(const QString& text) {
@@ -923,6 +912,9 @@ void Reader::EnsureTarget() {
         m_cursor = m_table->cellAt(m_row, m_column).firstCursorPosition();
         m_fresh = false;
     }
+    if (std::exchange(m_overflowTab, false)) {
+        m_cursor.insertText(QStringLiteral("\t"));
+    }
     CountBlocks();
 }
 
@@ -963,6 +955,7 @@ void Reader::StartTable() {
 }
 
 void Reader::CloseTable() {
+    m_overflowTab = false;
     m_cursor = m_table->lastCursorPosition();
     m_cursor.movePosition(QTextCursor::NextBlock);
     m_table = nullptr;
@@ -1011,13 +1004,17 @@ void Reader::CountBlocks() {
 void Reader::EndCell() {
     // A cell mark outside a table paragraph still belongs to a table.
     Top().para.inTable = true;
-    if (m_table && !m_rowDone && m_column == kMaxTableColumns - 1) {
-        AppendChar(u'\t');  // cells beyond the last column share it, a tab apart
-        return;
-    }
     FlushText();
+    if (m_overflowTab) {
+        return;  // an empty cell beyond the last column
+    }
     EnsureTarget();
     FinishBlock(BlockFormat(Top().para));
+    if (m_column == kMaxTableColumns - 1) {
+        // The text of cells beyond the last column goes into it, behind a tab.
+        m_overflowTab = true;
+        return;
+    }
     ++m_column;
     if (m_column < m_table->columns()) {
         m_cursor = m_table->cellAt(m_row, m_column).firstCursorPosition();
@@ -1030,6 +1027,7 @@ void Reader::EndRow() {
     if (m_table) {
         m_rowDone = true;
     }
+    m_overflowTab = false;
 }
 
 void Reader::InsertPicture() {
