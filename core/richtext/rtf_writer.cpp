@@ -101,38 +101,23 @@ QByteArray Writer::Run() {
     m_fonts.append(defaultFamily);
     Collect();
 
-    Raw("{");
-    Word("rtf", 1);
-    Word("ansi");
-    Word("ansicpg", 1252);
-    Word("deff", 0);
-    Word("uc", 1);
-    Raw("\n{");
-    Word("fonttbl");
+    Raw("{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1\n{\\fonttbl");
     for (int i = 0; i < m_fonts.size(); ++i) {
         Raw("{");
         Word("f", i);
-        Word("fnil");
-        Word("fcharset", 0);
+        Raw("\\fnil\\fcharset0 ");
         Text(m_fonts[i]);
         Raw(";}");
     }
-    Raw("}\n{");
-    Word("colortbl");
-    Raw(";");
+    Raw("}\n{\\colortbl;");
     for (const QColor& color : m_colors) {
         Word("red", color.red());
         Word("green", color.green());
         Word("blue", color.blue());
         Raw(";");
     }
-    Raw("}\n");
-    // The word processor shows the page as the program prints it.
-    Word("margl", 1440);
-    Word("margr", 1440);
-    Word("margt", 1440);
-    Word("margb", 1440);
-    Raw("\n");
+    // The word processor shows the page with the margins it is printed with.
+    Raw("}\n\\margl1440\\margr1440\\margt1440\\margb1440\n");
     WriteFrame(m_document.rootFrame(), false);
     Raw("}\n");
     return m_out;
@@ -250,31 +235,21 @@ void Writer::WriteTable(const QTextTable* table) {
         edges.push_back(edge);
     }
     for (int r = 0; r < table->rows(); ++r) {
-        Word("trowd");
-        Word("trgaph", 108);
+        Raw("\\trowd\\trgaph108");
         for (const int cellEdge : edges) {
             if (borders) {
-                for (const char* side : {"clbrdrt", "clbrdrl", "clbrdrb", "clbrdrr"}) {
-                    Word(side);
-                    Word("brdrs");
-                    Word("brdrw", 10);
-                }
+                Raw("\\clbrdrt\\brdrs\\brdrw10\\clbrdrl\\brdrs\\brdrw10"
+                    "\\clbrdrb\\brdrs\\brdrw10\\clbrdrr\\brdrs\\brdrw10");
             }
             Word("cellx", cellEdge);
         }
         Raw("\n");
         for (int c = 0; c < columns; ++c) {
             const QTextTableCell cell = table->cellAt(r, c);
-            if (cell.row() != r || cell.column() != c) {
-                // Covered by a spanning cell: an empty cell in its place.
-                Word("pard");
-                Word("plain");
-                Word("intbl");
-                Word("cell");
-                continue;
-            }
             std::vector<QTextBlock> blocks;
-            for (auto it = cell.begin(); !it.atEnd(); ++it) {
+            // A cell covered by a spanning one is written empty.
+            for (auto it = cell.begin(); cell.row() == r && cell.column() == c && !it.atEnd();
+                 ++it) {
                 if (it.currentFrame()) {
                     // A frame in a cell is written as its paragraphs.
                     const QTextFrame* frame = it.currentFrame();
@@ -290,14 +265,10 @@ void Writer::WriteTable(const QTextTable* table) {
                 WriteBlock(blocks[i], true, i + 1 == blocks.size() ? "cell" : "par");
             }
             if (blocks.empty()) {
-                Word("pard");
-                Word("plain");
-                Word("intbl");
-                Word("cell");
+                Raw("\\pard\\plain\\intbl\\cell\n");
             }
         }
-        Word("row");
-        Raw("\n");
+        Raw("\\row\n");
     }
 }
 
