@@ -6,36 +6,25 @@
 // with its reason, where its tool is not installed.
 #include <gtest/gtest.h>
 
-#include <QGuiApplication>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTextCursor>
 #include <QTextDocument>
-#include <memory>
 
 #include "core/richtext/rich_text.h"
+#include "support/gui_environment.h"
 #include "support/test_support.h"
 
 namespace lw::richtext {
 namespace {
 
-class GuiEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override {
-        static int argc = 1;
-        static char name[] = "rich_text_e2e_test";
-        static char* argv[] = {name, nullptr};
-        m_app = std::make_unique<QGuiApplication>(argc, argv);
-    }
-    void TearDown() override { m_app.reset(); }
+// Laying out text, for the PDF, needs an application that knows the fonts.
+[[maybe_unused]] const auto* const kGui =
+    ::testing::AddGlobalTestEnvironment(new test::GuiEnvironment);
 
-private:
-    std::unique_ptr<QGuiApplication> m_app;
-};
-[[maybe_unused]] const auto* const kGui = ::testing::AddGlobalTestEnvironment(new GuiEnvironment);
-
-// Converts file with soffice into format (a filter name as --convert-to takes
-// it) in the folder out; returns the converted file's bytes.
+// Converts file, written as "packing.rtf", with soffice into format (as
+// --convert-to takes it) in the root's folder "converted"; returns the bytes
+// of the converted file.
 QByteArray Convert(const test::TempRoot& root, const QString& file, const QString& format,
                    const QString& extension) {
     const QString out = root.File(QStringLiteral("converted"));

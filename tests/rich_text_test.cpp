@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
-#include <QGuiApplication>
 #include <QImage>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -14,12 +13,12 @@
 #include <QTextTable>
 #include <QUrl>
 #include <algorithm>
-#include <memory>
 #include <optional>
 #include <ostream>
 #include <random>
 
 #include "core/richtext/rich_text.h"
+#include "support/gui_environment.h"
 #include "support/test_support.h"
 
 void PrintTo(const QString& text, std::ostream* out) {
@@ -30,20 +29,8 @@ namespace lw::richtext {
 namespace {
 
 // Laying out text, for the PDF, needs an application that knows the fonts.
-class GuiEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override {
-        static int argc = 1;
-        static char name[] = "rich_text_test";
-        static char* argv[] = {name, nullptr};
-        m_app = std::make_unique<QGuiApplication>(argc, argv);
-    }
-    void TearDown() override { m_app.reset(); }
-
-private:
-    std::unique_ptr<QGuiApplication> m_app;
-};
-[[maybe_unused]] const auto* const kGui = ::testing::AddGlobalTestEnvironment(new GuiEnvironment);
+[[maybe_unused]] const auto* const kGui =
+    ::testing::AddGlobalTestEnvironment(new test::GuiEnvironment);
 
 QString FixturePath(const QString& name) {
     return test::SourceDir() + QStringLiteral("/tests/rich_text/") + name + QStringLiteral(".rtf");
