@@ -28,12 +28,13 @@ namespace {
 QByteArray Convert(const test::TempRoot& root, const QString& file, const QString& format,
                    const QString& extension) {
     const QString out = root.File(QStringLiteral("converted"));
-    // A profile of its own: the user's may be missing, read-only or in use.
+    // A profile and a home of its own: the user's may be missing, read-only or in use.
     const test::ProgramRun run = test::RunProgram(
         QStringLiteral("soffice"),
         {QStringLiteral("-env:UserInstallation=file://") + root.File(QStringLiteral("profile")),
          QStringLiteral("--headless"), QStringLiteral("--convert-to"), format,
-         QStringLiteral("--outdir"), out, file});
+         QStringLiteral("--outdir"), out, file},
+        {}, {QStringLiteral("HOME=") + root.Path()});
     EXPECT_EQ(run.code, 0) << run.err.toStdString();
     return test::ReadAll(out + QStringLiteral("/packing.") + extension);
 }
