@@ -6,6 +6,7 @@
 
 #include "admin/tips.h"
 #include "core/settings.h"
+#include "creator/category_directory.h"
 #include "creator/listing_html.h"
 #include "update/repair.h"
 #include "update/rules.h"
@@ -22,6 +23,7 @@ bool PrepareSetUpRoot(QString* error) {
         core::Database db = core::OpenStore();
         update::InstallRuleStore(update::Rules(), db);
         update::RepairNulls(db);
+        creator::PrepareCategoryDirectory(db, core::CurrentUi());
     } catch (const core::StoreError& failure) {
         if (error != nullptr) {
             *error = failure.Message();

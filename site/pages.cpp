@@ -379,8 +379,7 @@ std::string ItemPage(const ItemView& view, std::int64_t now, bool dropMarker) {
         << "<tr><td>Item number</td><td class=\"number\">" << std::to_string(item.number)
         << "</td></tr>\n"
         << "<tr><td>Category</td><td class=\"cat\">"
-        << Html(category ? CategoryFullName(*category)
-                         : std::string("Miscellaneous: Everything Else"))
+        << Html(category ? CategoryFullName(*category) : std::string("Everything Else: Other"))
         << "</td></tr>\n"
         << "<tr><td>Currently</td><td class=\"price\"><b>" << PriceText(view) << "</b></td></tr>\n"
         << "<tr><td>First bid</td><td class=\"first\">" << Money(item.minimumBid) << "</td></tr>\n"

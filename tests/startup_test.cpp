@@ -69,6 +69,23 @@ TEST_F(StartupTest, PreparationMakesTheFoldersAndDatabaseAndLoadsTheRules) {
               update::RuleError());
 }
 
+TEST_F(StartupTest, PreparationFillsANewCategoryDirectoryAndTakesADownloadedOne) {
+    QString error;
+    ASSERT_TRUE(admin::PrepareStartup(m_root.Path(), &error)) << error.toStdString();
+    const QString count = QStringLiteral("SELECT COUNT(*) FROM eBayCategories");
+    EXPECT_GT(core::OpenStore().ScalarInt(count), 0);
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+
+    const QString file =
+        m_root.Write(QStringLiteral("Configs/category.pro"), "[Books]\r\nFiction=201\r\n");
+    ASSERT_TRUE(admin::PrepareStartup(m_root.Path(), &error)) << error.toStdString();
+    EXPECT_EQ(core::OpenStore().ScalarInt(count), 1);
+    EXPECT_EQ(
+        m_ui.Messages(),
+        QStringList{QStringLiteral("1 auction categories are now available in your database.")});
+    EXPECT_FALSE(QFile::exists(file));
+}
+
 TEST_F(StartupTest, APendingRuleRepairIsAppliedBeforeTheRulesAreLoaded) {
     QString error;
     ASSERT_TRUE(admin::PrepareStartup(m_root.Path(), &error));
