@@ -16,7 +16,9 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "core/ui_port.h"
+#include "creator/category_directory.h"
 #include "creator/creator_document.h"
+#include "creator/direct_post.h"
 #include "creator/listing_html.h"
 #include "update/record_writer.h"
 #include "update/repair.h"
@@ -42,6 +44,8 @@ struct Options {
     bool version = false;
     std::optional<int> connections;  // update --connections
     QString type, style, outFile;    // listing --type, --style, --out
+    bool sellPage = false;           // listing post --sell-page
+    bool review = false;             // listing post --review
     QStringList words;               // the command and its positional arguments
 };
 
@@ -69,10 +73,13 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption type(QStringLiteral("type"), QString(), QStringLiteral("KIND"));
     const QCommandLineOption style(QStringLiteral("style"), QString(), QStringLiteral("NAME"));
     const QCommandLineOption outFile(QStringLiteral("out"), QString(), QStringLiteral("FILE"));
+    const QCommandLineOption sellPage(QStringLiteral("sell-page"));
+    const QCommandLineOption review(QStringLiteral("review"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
-    parser.addOptions({root, user, siteId, password, passwordStdin, email, store, rules, protocol,
-                       page, pages, list, wait, connections, type, style, outFile, help, version});
+    parser.addOptions({root,  user,     siteId,  password, passwordStdin, email, store,
+                       rules, protocol, page,    pages,    list,          wait,  connections,
+                       type,  style,    outFile, sellPage, review,        help,  version});
     if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
         return parser.errorText();
     }
@@ -112,6 +119,8 @@ QString Parse(const QStringList& args, Options& options) {
     options.type = parser.value(type);
     options.style = parser.value(style);
     options.outFile = parser.value(outFile);
+    options.sellPage = parser.isSet(sellPage);
+    options.review = parser.isSet(review);
     options.words = parser.positionalArguments();
     if (parser.isSet(help)) {
         options.words.prepend(QStringLiteral("help"));
@@ -359,16 +368,62 @@ std::optional<LoadedListing> LoadListing(core::Database& db, qint64 id) {
     return loaded;
 }
 
+// listing post: the document sent to the site by the creator's route; the
+// new item number on standard output (the sell page's path with --sell-page,
+// the review page's with --review).
+int PostListing(core::Database& db, qint64 id, const Options& options, QTextStream& out,
+                QTextStream& err) {
+    const creator::PostRoute route = options.sellPage ? creator::PostRoute::SellPage
+                                     : options.review ? creator::PostRoute::ReviewPage
+                                                      : creator::PostRoute::Direct;
+    // A category given by name is found in the directory, which a new
+    // database gets from the shipped file.
+    creator::PrepareCategoryDirectory(db, core::CurrentUi());
+    const creator::PostOutcome outcome =
+        creator::PostAuction(db, update::Rules(), id, route, core::CurrentUi());
+    if (!outcome.problem.isEmpty()) {
+        err << outcome.problem << '\n';
+    }
+    if (outcome.fellBack && !outcome.browserPage.isEmpty()) {
+        err << "The listing was not posted; the sell page to finish it in the browser is "
+            << outcome.browserPage << '\n';
+    }
+    if (!outcome.posted) {
+        return kExitFailure;
+    }
+    if (route != creator::PostRoute::Direct) {
+        creator::SavePostMark(core::CurrentSession().CurrentUser, QDate::currentDate());
+        out << outcome.browserPage << '\n';
+        return kExitOk;
+    }
+    if (outcome.itemNumber.isEmpty()) {
+        err << "The site took the listing, but its answer named no item number; the next update "
+               "of the sales will find it.\n";
+        return kExitOk;
+    }
+    out << outcome.itemNumber << '\n';
+    return kExitOk;
+}
+
 int Listing(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
     const QString verb = options.words.value(1);
     const bool list = verb == QLatin1String("list");
-    if (!list && verb != QLatin1String("show") && verb != QLatin1String("html")) {
-        err << "listing takes list, show or html.\n";
+    const bool post = verb == QLatin1String("post");
+    if (!list && !post && verb != QLatin1String("show") && verb != QLatin1String("html")) {
+        err << "listing takes list, show, html or post.\n";
         return kExitUsage;
     }
     if (options.words.size() != (list ? 2 : 3)) {
         err << (list ? "listing list takes no more words (--type KIND chooses a kind).\n"
-                     : "listing show and listing html need one document ID.\n");
+                     : "listing show, html and post need one document ID.\n");
+        return kExitUsage;
+    }
+    if ((options.sellPage || options.review) && !post) {
+        err << "--sell-page and --review belong to listing post.\n";
+        return kExitUsage;
+    }
+    if (options.sellPage && options.review) {
+        err << "Give one route: --sell-page or --review.\n";
         return kExitUsage;
     }
     std::optional<QString> kind;
@@ -419,6 +474,9 @@ int Listing(const Options& options, const QString& exeDir, QTextStream& out, QTe
     const core::Session& session = core::CurrentSession();
     if (!creator::InstallAuctionTemplates(session.ShippedDir, session.TemplatesDir, &error)) {
         err << error << '\n';
+    }
+    if (post) {
+        return PostListing(db, id, options, out, err);
     }
     const std::optional<LoadedListing> loaded = LoadListing(db, id);
     if (!loaded) {
@@ -682,6 +740,12 @@ QString CliUsage() {
                "  listing html ID [--style NAME] [--out FILE]\n"
                "        the listing HTML of a document, in its own style or NAME, on\n"
                "        standard output or into FILE\n"
+               "  listing post ID [--sell-page | --review]\n"
+               "        post a document to the site and print the new item number; the\n"
+               "        document stays as it is whatever happens. When the site does not\n"
+               "        take the post, the sell page is written for the browser instead and\n"
+               "        its path told. --sell-page writes the sell page filled with the\n"
+               "        document, --review the site's review page, and prints its path\n"
                "Options:\n"
                "  --root DIR      the folder that holds Configs/, Data/ and Templates/, and\n"
                "                  the settings; without it a portable copy uses its own\n"
