@@ -402,6 +402,16 @@ PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint
     const QString directFailed =
         QStringLiteral("Could not post directly to eBay. Opening auction in Sell Your Item Page.");
 
+    // A cancelled post ends there; one the site did not answer falls back.
+    const auto unanswered = [&](const Answer& answer) {
+        if (answer.cancelled) {
+            ui.Status(QString());
+            outcome.problem = answer.problem;
+            return outcome;
+        }
+        return fallBack(directFailed, answer.problem);
+    };
+
     if (route == PostRoute::SellPage) {
         sellPage();
         outcome.posted = !outcome.browserPage.isEmpty();
@@ -436,13 +446,8 @@ PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint
     ui.PumpEvents();
     const Answer first = PostForm(PostAddress(rules, "Server", "url"), body, net, ui);
     core::Scrub(body);
-    if (first.cancelled) {
-        ui.Status(QString());
-        outcome.problem = first.problem;
-        return outcome;
-    }
     if (!first.ok) {
-        return fallBack(directFailed, first.problem);
+        return unanswered(first);
     }
     ui.Status(QStringLiteral("Completing post..."));
     ui.PumpEvents();
@@ -485,13 +490,8 @@ PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint
                                             .arg(PageTitle(first.text)));
     }
     const Answer second = PostForm(PostAddress(rules, "Server2", "url2"), confirm, net, ui);
-    if (second.cancelled) {
-        ui.Status(QString());
-        outcome.problem = second.problem;
-        return outcome;
-    }
     if (!second.ok) {
-        return fallBack(directFailed, second.problem);
+        return unanswered(second);
     }
     ui.Status(QStringLiteral("Auction posted successfully..."));
     ui.PumpEvents();

@@ -333,9 +333,14 @@ std::optional<QString> SellPageToken(const QString& token, const CreatorRecord& 
         }
         QString text = description;
         text.remove(u'\n');
-        // The browser gives "&lt;" back as "<" when the form is sent.
-        return text.replace(QStringLiteral("</textarea"), QStringLiteral("&lt;/textarea"),
-                            Qt::CaseInsensitive);
+        // A closing tag of its own would end the text area early; the browser
+        // gives "&lt;" back as "<" when the form is sent.
+        const QString closing = QStringLiteral("</textarea");
+        for (qsizetype at = text.indexOf(closing, 0, Qt::CaseInsensitive); at >= 0;
+             at = text.indexOf(closing, at + 4, Qt::CaseInsensitive)) {
+            text.replace(at, 1, QStringLiteral("&lt;"));
+        }
+        return text;
     }
     if (std::optional<QString> option = OptionCodeToken(token, row)) {
         return option;
