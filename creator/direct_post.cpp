@@ -3,6 +3,8 @@
 #include "creator/direct_post.h"
 
 #include <QDir>
+#include <QHash>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -12,6 +14,7 @@
 #include "core/settings.h"
 #include "core/text.h"
 #include "creator/category_directory.h"
+#include "creator/listing_html.h"
 #include "creator/sell_page.h"
 #include "update/site_session.h"
 
@@ -306,78 +309,156 @@ QString NewItemNumber(const QString& answer, const update::RuleStore& rules) {
     return answer.mid(tagEnd + 1, end - tagEnd - 1).mid(split.size()).trimmed();
 }
 
-void WriteAuctionsRow(core::Database& db, const CreatorRecord& row, qint64 creatorId,
-                      const QString& itemNumber, const QString& category, const QString& user,
-                      const QDateTime& now) {
-    const QString currency = QStringLiteral("Currency");
-    const auto money = [&](const char* column) {
-        return core::Format(row.Value(QLatin1String(column)), currency);
-    };
+namespace {
+
+// The Auctions columns a post writes, in the order of the statements' values;
+// the amounts (from MinimumBid on) only where the creator row holds one.
+constexpr const char* kAuctionsColumns[] = {
+    "AuctionCreatorID", "ItemNumber",     "UserName",           "InventoryID",   "AuctionSiteFlag",
+    "ItemTitle",        "ItemCategory",   "Quantity",           "NumberBids",    "ShippingMethod",
+    "HighBid",          "HighBidderName", "HighBidderFeedback", "StartDate",     "EndDate",
+    "MinimumBid",       "ReserveBid",     "ShippingCost",       "OrderShipping", "InsuranceCost",
+    "ItemCost"};
+constexpr int kFirstAmount = 15;
+// The creator row's column of each amount.
+constexpr const char* kAmountSources[] = {"MinimumBid", "Reserve",   "Shipping",
+                                          "Shipping",   "Insurance", "YourItemCost"};
+static_assert(std::size(kAuctionsColumns) == kFirstAmount + std::size(kAmountSources));
+
+QString InsertAuctionsSql() {
+    QStringList names;
+    for (const char* column : kAuctionsColumns) {
+        names << QLatin1String(column);
+    }
+    return QStringLiteral("INSERT INTO Auctions (") + names.join(QStringLiteral(", ")) +
+           QStringLiteral(") VALUES (") +
+           QStringList(names.size(), QStringLiteral("?")).join(QStringLiteral(", ")) + u')';
+}
+
+// An amount the row does not hold leaves the one the Auctions row has.
+QString UpdateAuctionsSql() {
+    QStringList sets;
+    for (int i = 0; i < static_cast<int>(std::size(kAuctionsColumns)); ++i) {
+        const QString column = QLatin1String(kAuctionsColumns[i]);
+        sets << (i < kFirstAmount
+                     ? QString(column + QStringLiteral(" = ?%1").arg(i + 1))
+                     : QString(column + QStringLiteral(" = COALESCE(?%1, ").arg(i + 1) + column +
+                               u')'));
+    }
+    return QStringLiteral("UPDATE Auctions SET ") + sets.join(QStringLiteral(", ")) +
+           QStringLiteral(" WHERE rowid = ?%1").arg(std::size(kAuctionsColumns) + 1);
+}
+
+}  // namespace
+
+struct AuctionPoster::Kept {
+    core::Database& db;
+    const update::RuleStore& rules;
+    core::Ui& ui;
+    PostOptions options;
+    core::NetOptions net;
+    PostSlots table;
+    QString reviewUrl = PostAddress(rules, "Server", "url");
+    QString confirmUrl = PostAddress(rules, "Server2", "url2");
+    QString action = rules.LookupKey(PostSection(), QStringLiteral("Action"), update::kSiteStore);
+    QString footer = ListingFooter(rules);
+    std::optional<SiteLogin> login;
+    std::optional<bool> confirm;
+    std::optional<core::Statement> record;
+    std::optional<core::Statement> find;
+    std::optional<core::Statement> insert;
+    std::optional<core::Statement> update;
+    QHash<QString, QString> categoryNames;
+
+    core::Statement& Prepared(std::optional<core::Statement>& statement, const QString& sql) {
+        if (!statement) {
+            statement.emplace(db.Prepare(sql));
+        }
+        statement->Reset();
+        return *statement;
+    }
+
+    void WriteAuctionsRow(const CreatorRecord& row, qint64 creatorId, const QString& itemNumber,
+                          const QString& category, const QString& user, const QDateTime& now);
+};
+
+// AddOrEdit of the Auctions row by ItemNumber and UserName, as the update's
+// rules find it by ItemNumber.
+void AuctionPoster::Kept::WriteAuctionsRow(const CreatorRecord& row, qint64 creatorId,
+                                           const QString& itemNumber, const QString& category,
+                                           const QString& user, const QDateTime& now) {
+    auto name = categoryNames.constFind(category);
+    if (name == categoryNames.constEnd()) {
+        name = categoryNames.insert(category,
+                                    CategoryFullName(db, static_cast<qint64>(core::Val(category))));
+    }
     const qint64 days = static_cast<qint64>(core::Val(row.Text(QStringLiteral("eBayDuration"))));
     const QString endDate = now.date().addDays(days).toString(QStringLiteral("MM/dd/yy")) +
                             QStringLiteral(", ") + now.time().toString(QStringLiteral("hh:mm:ss")) +
                             QStringLiteral(" PST");
-    std::vector<std::pair<QString, QVariant>> columns = {
-        {QStringLiteral("AuctionCreatorID"), creatorId},
-        {QStringLiteral("ItemNumber"), itemNumber},
-        {QStringLiteral("UserName"), user},
-        {QStringLiteral("InventoryID"), row.IsNull(QStringLiteral("InventoryID"))
-                                            ? QVariant(0)
-                                            : row.Value(QStringLiteral("InventoryID"))},
-        {QStringLiteral("AuctionSiteFlag"), 0},
-        {QStringLiteral("ItemTitle"), row.Text(QStringLiteral("eBayAuctionTitle"))},
-        {QStringLiteral("ItemCategory"),
-         CategoryFullName(db, static_cast<qint64>(core::Val(category)))},
-        {QStringLiteral("Quantity"), row.Text(QStringLiteral("Quantity"))},
-        {QStringLiteral("NumberBids"), QStringLiteral("-")},
-        {QStringLiteral("ShippingMethod"), row.Value(QStringLiteral("ShippingMethod"))},
-        {QStringLiteral("HighBid"), QStringLiteral("-")},
-        {QStringLiteral("HighBidderName"), QStringLiteral("--")},
-        {QStringLiteral("HighBidderFeedback"), QStringLiteral("--")},
-        {QStringLiteral("StartDate"), now.date().toString(QStringLiteral("MM/dd/yy"))},
-        {QStringLiteral("EndDate"), endDate},
+    QVariantList values = {
+        creatorId,
+        itemNumber,
+        user,
+        row.IsNull(QStringLiteral("InventoryID")) ? QVariant(0)
+                                                  : row.Value(QStringLiteral("InventoryID")),
+        0,
+        row.Text(QStringLiteral("eBayAuctionTitle")),
+        *name,
+        row.Text(QStringLiteral("Quantity")),
+        QStringLiteral("-"),
+        row.Value(QStringLiteral("ShippingMethod")),
+        QStringLiteral("-"),
+        QStringLiteral("--"),
+        QStringLiteral("--"),
+        now.date().toString(QStringLiteral("MM/dd/yy")),
+        endDate,
     };
-    // Amounts the row does not hold are left as they are.
-    for (const auto& [column, source] :
-         {std::pair{"MinimumBid", "MinimumBid"}, std::pair{"ReserveBid", "Reserve"},
-          std::pair{"ShippingCost", "Shipping"}, std::pair{"OrderShipping", "Shipping"},
-          std::pair{"InsuranceCost", "Insurance"}, std::pair{"ItemCost", "YourItemCost"}}) {
-        if (!row.IsNull(QLatin1String(source))) {
-            columns.emplace_back(QLatin1String(column), money(source));
-        }
+    for (const char* source : kAmountSources) {
+        const QString column = QLatin1String(source);
+        values << (row.IsNull(column)
+                       ? QVariant()
+                       : QVariant(core::Format(row.Value(column), QStringLiteral("Currency"))));
     }
 
-    core::Statement find = db.Prepare(QStringLiteral(
-        "SELECT rowid FROM Auctions WHERE ItemNumber = ? AND UserName = ? ORDER BY rowid LIMIT 1"));
-    find.BindAll(itemNumber, user);
-    QStringList names;
-    for (const auto& column : columns) {
-        names << column.first;
+    core::Statement& lookup = Prepared(
+        find, QStringLiteral("SELECT rowid FROM Auctions WHERE ItemNumber = ? AND UserName = ? "
+                             "ORDER BY rowid LIMIT 1"));
+    lookup.BindAll(itemNumber, user);
+    const std::optional<qint64> rowid =
+        lookup.Step() ? std::optional<qint64>(lookup.Value(0).toLongLong()) : std::nullopt;
+    lookup.Reset();
+    core::Statement& write =
+        rowid ? Prepared(update, UpdateAuctionsSql()) : Prepared(insert, InsertAuctionsSql());
+    for (qsizetype i = 0; i < values.size(); ++i) {
+        write.Bind(static_cast<int>(i) + 1, values.at(i));
     }
-    core::Statement write = [&] {
-        if (find.Step()) {
-            const qint64 rowid = find.Value(0).toLongLong();
-            core::Statement update = db.Prepare(QStringLiteral("UPDATE Auctions SET ") +
-                                                names.join(QStringLiteral(" = ?, ")) +
-                                                QStringLiteral(" = ? WHERE rowid = ?"));
-            update.Bind(static_cast<int>(columns.size()) + 1, rowid);
-            return update;
-        }
-        return db.Prepare(
-            QStringLiteral("INSERT INTO Auctions (") + names.join(QStringLiteral(", ")) +
-            QStringLiteral(") VALUES (") +
-            QStringList(names.size(), QStringLiteral("?")).join(QStringLiteral(", ")) + u')');
-    }();
-    for (size_t i = 0; i < columns.size(); ++i) {
-        write.Bind(static_cast<int>(i) + 1, columns[i].second);
+    if (rowid) {
+        write.Bind(static_cast<int>(values.size()) + 1, *rowid);
     }
     write.Run();
+    write.Reset();
 }
 
-PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint64 id,
-                        PostRoute route, core::Ui& ui, const PostOptions& options) {
+AuctionPoster::AuctionPoster(core::Database& db, const update::RuleStore& rules, core::Ui& ui,
+                             const PostOptions& options)
+    : m_kept(std::make_unique<Kept>(Kept{db, rules, ui, options,
+                                         options.net.value_or(update::NetOptionsForUser(db)),
+                                         LoadPostTable(rules)})) {}
+
+AuctionPoster::~AuctionPoster() {
+    if (m_kept->login) {
+        core::Scrub(m_kept->login->password);
+    }
+}
+
+PostOutcome AuctionPoster::Post(qint64 id, PostRoute route) {
+    Kept& kept = *m_kept;
+    core::Database& db = kept.db;
+    const update::RuleStore& rules = kept.rules;
+    core::Ui& ui = kept.ui;
+    const core::NetOptions& net = kept.net;
     PostOutcome outcome;
-    const core::NetOptions net = options.net.value_or(update::NetOptionsForUser(db));
     ui.Status(QStringLiteral("Preparing new auction."));
     ui.PumpEvents();
 
@@ -418,18 +499,21 @@ PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint
         return outcome;
     }
 
-    PostSlots slots = LoadPostTable(rules);
+    PostSlots slots = kept.table;
     const QString user = core::CurrentSession().CurrentUser;
-    const std::optional<CreatorRecord> row = CreatorRecord::Read(db, user, id);
+    const std::optional<CreatorRecord> row =
+        CreatorRecord::Read(kept.Prepared(kept.record, PostRecordSql()), user, id);
     if (!row) {
         ui.Status(QString());
         outcome.problem = QStringLiteral("There is no listing document with the ID %1.").arg(id);
         return outcome;
     }
-    SiteLogin login = ReadSiteLogin(db, user);
+    if (!kept.login) {
+        kept.login = ReadSiteLogin(db, user);
+    }
     const std::optional<PostRefusal> refusal = FillPostSlots(
-        slots, *row, login, DescriptionWithFooter(*row, rules), DirectoryResolver(db, ui));
-    core::Scrub(login.password);
+        slots, *row, *kept.login, row->Text(QStringLiteral("AuctionHTML")) + kept.footer,
+        DirectoryResolver(db, ui));
     if (refusal) {
         ui.Status(QString());
         ui.Message(refusal->text, refusal->title, core::Icon::Warning);
@@ -444,7 +528,7 @@ PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint
 
     ui.Status(QStringLiteral("Communicating with eBay...please wait..."));
     ui.PumpEvents();
-    const Answer first = PostForm(PostAddress(rules, "Server", "url"), body, net, ui);
+    const Answer first = PostForm(kept.reviewUrl, body, net, ui);
     core::Scrub(body);
     if (!first.ok) {
         return unanswered(first);
@@ -478,10 +562,9 @@ PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint
     // The review page's form is confirmed as it stands. An answer without it
     // (the sign-in page, the site's list of problems with the listing) is no
     // review, and confirming nothing would list nothing.
-    const QString action =
-        rules.LookupKey(PostSection(), QStringLiteral("Action"), update::kSiteStore);
-    const QString confirm =
-        action == update::RuleError() ? QString() : update::ExtractHiddenFields(first.text, action);
+    const QString confirm = kept.action == update::RuleError()
+                                ? QString()
+                                : update::ExtractHiddenFields(first.text, kept.action);
     if (confirm.isEmpty()) {
         return fallBack(directFailed,
                         signInRefused ? refusedWords
@@ -489,7 +572,7 @@ PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint
                                                        "the listing: \"%1\".")
                                             .arg(PageTitle(first.text)));
     }
-    const Answer second = PostForm(PostAddress(rules, "Server2", "url2"), confirm, net, ui);
+    const Answer second = PostForm(kept.confirmUrl, confirm, net, ui);
     if (!second.ok) {
         return unanswered(second);
     }
@@ -500,8 +583,8 @@ PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint
     outcome.itemNumber = NewItemNumber(second.text, rules);
     if (!outcome.itemNumber.isEmpty()) {
         try {
-            WriteAuctionsRow(db, *row, id, outcome.itemNumber, category, user,
-                             QDateTime::currentDateTime());
+            kept.WriteAuctionsRow(*row, id, outcome.itemNumber, category, user,
+                                  QDateTime::currentDateTime());
         } catch (const core::StoreError& failure) {
             outcome.problem = QStringLiteral(
                                   "The auction went out as item %1, but its Auctions row "
@@ -510,11 +593,19 @@ PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint
         }
     }
     ui.Status(QStringLiteral("Auction posted successfully"));
-    outcome.confirm =
-        !options.fromQueue &&
-        core::Val(core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
-                                   QStringLiteral("AuctionConfirmOff"))) <= 0;
+    if (!kept.confirm) {
+        kept.confirm =
+            !kept.options.fromQueue &&
+            core::Val(core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
+                                       QStringLiteral("AuctionConfirmOff"))) <= 0;
+    }
+    outcome.confirm = *kept.confirm;
     return outcome;
+}
+
+PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint64 id,
+                        PostRoute route, core::Ui& ui, const PostOptions& options) {
+    return AuctionPoster(db, rules, ui, options).Post(id, route);
 }
 
 }  // namespace lw::creator

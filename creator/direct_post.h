@@ -11,9 +11,9 @@
 // post, and never puts a value into SQL text.
 #pragma once
 
-#include <QDateTime>
 #include <QString>
 #include <QStringList>
+#include <memory>
 #include <optional>
 
 #include "core/net.h"
@@ -59,16 +59,6 @@ QString PostBody(const PostSlots& slots);
 // its left as "Split" has. Empty when the marker is missing.
 QString NewItemNumber(const QString& answer, const update::RuleStore& rules);
 
-// Adds or updates (by ItemNumber and UserName) the Auctions row of a new
-// auction posted from creator row creatorId: the row's title, the full name
-// of category (a number), quantity, prices and costs as currency, "-" and
-// "--" for the bids, StartDate today and EndDate eBayDuration days on,
-// "mm/dd/yy, hh:mm:ss PST". The update's own rules find the row by
-// ItemNumber, so it is updated there, never doubled.
-void WriteAuctionsRow(core::Database& db, const CreatorRecord& row, qint64 creatorId,
-                      const QString& itemNumber, const QString& category, const QString& user,
-                      const QDateTime& now);
-
 // PostOption of the creator: 1 direct, 2 the sell page, 3 the review page.
 enum class PostRoute { Direct = 1, SellPage = 2, ReviewPage = 3 };
 
@@ -94,8 +84,37 @@ struct PostOutcome {
     bool confirm = false;
 };
 
-// PostAuction: the row id of the current user sent by the route. Nothing
-// typed is lost whatever the outcome: the creator row stays as it is.
+// Posts listing documents of the current user one after another. What every
+// post needs alike (the slot table, the seller's sign-in, the network
+// options, the statements that read the creator row and write the Auctions
+// row) is had once and kept while the poster lives, so that a queue goes out
+// at the pace of the site; nothing outlives it, and the password is scrubbed
+// when it goes.
+//
+// A direct post that goes out enters the new auction in Auctions (found by
+// ItemNumber and UserName, updated when there, else added): the row's title,
+// the category's full name, quantity, prices and costs as currency, "-" and
+// "--" for the bids, StartDate today and EndDate eBayDuration days on,
+// "mm/dd/yy, hh:mm:ss PST". The update's own rules find that row by
+// ItemNumber, so the next update updates it rather than adding another.
+// Nothing typed is lost whatever the outcome: the creator row stays as it is.
+class AuctionPoster {
+public:
+    AuctionPoster(core::Database& db, const update::RuleStore& rules, core::Ui& ui,
+                  const PostOptions& options = {});
+    ~AuctionPoster();
+    AuctionPoster(const AuctionPoster&) = delete;
+    AuctionPoster& operator=(const AuctionPoster&) = delete;
+
+    // PostAuction of row id by the route.
+    PostOutcome Post(qint64 id, PostRoute route);
+
+private:
+    struct Kept;
+    std::unique_ptr<Kept> m_kept;
+};
+
+// One post by a poster of its own.
 PostOutcome PostAuction(core::Database& db, const update::RuleStore& rules, qint64 id,
                         PostRoute route, core::Ui& ui, const PostOptions& options = {});
 

@@ -3,6 +3,7 @@
 #include "creator/post_record.h"
 
 #include <QFile>
+#include <QStringList>
 
 #include "core/secrets.h"
 #include "core/text.h"
@@ -11,27 +12,98 @@
 
 namespace lw::creator {
 
+namespace {
+
+// The columns a post reads of its row; the rest of the row's hundred-odd are
+// the creator's layout and captions, which AuctionHTML already holds.
+constexpr const char* kPostColumns[] = {"eBayAuctionTitle",
+                                        "eBayCategory",
+                                        "AuctionHTML",
+                                        "PictureIconActivate",
+                                        "IncludeGallery",
+                                        "GalleryLink",
+                                        "ItemLocation",
+                                        "eBayRegion",
+                                        "Country",
+                                        "eBayGiftIcon",
+                                        "eBayDuration",
+                                        "Quantity",
+                                        "MinimumBid",
+                                        "Reserve",
+                                        "Shipping",
+                                        "Insurance",
+                                        "YourItemCost",
+                                        "ShippingMethod",
+                                        "InventoryID",
+                                        "eBayOptionalSettings",
+                                        "eBayPaymentPrefs",
+                                        "eBayShipPrefs",
+                                        "eBayShipAbroadPref",
+                                        "eBayShipUSPlus",
+                                        "billpointcreditcard",
+                                        "billpointechecks",
+                                        "billpointinstantpurchase",
+                                        "billpointaddicon",
+                                        "billpointshipping",
+                                        "billpointadditionalshipping",
+                                        "billpointsalestax",
+                                        "billpointsalestaxstate",
+                                        "billpointreturnpolicy"};
+
+}  // namespace
+
+const QString& PostRecordSql() {
+    static const QString sql = []() -> QString {
+        QStringList columns;
+        for (const char* column : kPostColumns) {
+            columns << QLatin1String(column);
+        }
+        for (const char* column : kRegionColumns) {
+            columns << QLatin1String(column);
+        }
+        return QStringLiteral("SELECT ") + columns.join(QStringLiteral(", ")) +
+               QStringLiteral(" FROM AuctionCreator WHERE UserName = ? AND ID = ?");
+    }();
+    return sql;
+}
+
 std::optional<CreatorRecord> CreatorRecord::Read(core::Database& db, const QString& user,
                                                  qint64 id) {
-    core::Statement query =
-        db.Prepare(QStringLiteral("SELECT * FROM AuctionCreator WHERE UserName = ? AND ID = ?"));
+    core::Statement query = db.Prepare(PostRecordSql());
+    return Read(query, user, id);
+}
+
+std::optional<CreatorRecord> CreatorRecord::Read(core::Statement& query, const QString& user,
+                                                 qint64 id) {
     query.BindAll(user, id);
     if (!query.Step()) {
+        query.Reset();
         return std::nullopt;
     }
     CreatorRecord row;
     for (int column = 0; column < query.ColumnCount(); ++column) {
         row.Set(query.ColumnName(column), query.Value(column));
     }
+    query.Reset();
     return row;
 }
 
 void CreatorRecord::Set(const QString& column, const QVariant& value) {
-    m_values.insert(column.toLower(), value);
+    m_values.insert(column, value);
 }
 
 QVariant CreatorRecord::Value(const QString& column) const {
-    return m_values.value(column.toLower());
+    // The program names columns as the schema spells them; another spelling
+    // is looked for without regard to case.
+    if (const auto found = m_values.constFind(column); found != m_values.constEnd()) {
+        return *found;
+    }
+    for (auto it = m_values.constBegin(); it != m_values.constEnd(); ++it) {
+        if (it.key().compare(column, Qt::CaseInsensitive) == 0) {
+            return *it;
+        }
+    }
+    return {};
 }
 
 bool CreatorRecord::IsNull(const QString& column) const {

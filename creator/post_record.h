@@ -22,9 +22,12 @@ namespace lw::creator {
 // An AuctionCreator row: its columns by name, without regard to case.
 class CreatorRecord {
 public:
-    // The user's row ID ("SELECT * FROM AuctionCreator" by user and ID);
-    // nothing when there is none.
+    // The columns a post reads of the user's row ID; nothing when there is
+    // no such row.
     static std::optional<CreatorRecord> Read(core::Database& db, const QString& user, qint64 id);
+    // The same through a statement of PostRecordSql kept by the caller.
+    static std::optional<CreatorRecord> Read(core::Statement& query, const QString& user,
+                                             qint64 id);
 
     void Set(const QString& column, const QVariant& value);
     QVariant Value(const QString& column) const;
@@ -37,8 +40,11 @@ public:
     double Number(const QString& column) const;
 
 private:
-    QHash<QString, QVariant> m_values;  // by lower-case name
+    QHash<QString, QVariant> m_values;  // by name as set
 };
+
+// The query of a post's row: the columns it reads, by user and ID.
+const QString& PostRecordSql();
 
 // The seller's sign-in at the site: UserID of the user's UserSites row of
 // site 0 and the site password (from the keyring where one keeps it).
