@@ -204,17 +204,10 @@ bool EnsureOwnDirectory(const QString& path) {
 // Opens our own existing database for use: checked first, and only then
 // changed (schema steps, journal mode). Its permissions are seen to once a
 // start, by SetupDirectories; the journals SQLite makes take the file's.
-// With the write-ahead log a commit need not wait for the disk: the log is
-// forced to it at each checkpoint, and a commit that a power cut overtakes
-// is rolled back whole, never left half written. Every write of the program
-// is a small commit of its own (a post's sale, a saved document, a page of
-// an update), and on a disk that syncs slowly the wait would cost more than
-// the work.
 Database OpenOwnStore(const QString& path) {
     Database db = Database::Open(path, Database::Mode::ReadWrite);
     Migrate(db, CheckOwnFile(db));
     db.Exec(QStringLiteral("PRAGMA journal_mode = WAL"));
-    db.Exec(QStringLiteral("PRAGMA synchronous = NORMAL"));
     return db;
 }
 
