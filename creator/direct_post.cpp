@@ -325,28 +325,34 @@ constexpr const char* kAmountSources[] = {"MinimumBid", "Reserve",   "Shipping",
                                           "Shipping",   "Insurance", "YourItemCost"};
 static_assert(std::size(kAuctionsColumns) == kFirstAmount + std::size(kAmountSources));
 
-QString InsertAuctionsSql() {
-    QStringList names;
-    for (const char* column : kAuctionsColumns) {
-        names << QLatin1String(column);
-    }
-    return QStringLiteral("INSERT INTO Auctions (") + names.join(QStringLiteral(", ")) +
-           QStringLiteral(") VALUES (") +
-           QStringList(names.size(), QStringLiteral("?")).join(QStringLiteral(", ")) + u')';
+const QString& InsertAuctionsSql() {
+    static const QString sql = []() -> QString {
+        QStringList names;
+        for (const char* column : kAuctionsColumns) {
+            names << QLatin1String(column);
+        }
+        return QStringLiteral("INSERT INTO Auctions (") + names.join(QStringLiteral(", ")) +
+               QStringLiteral(") VALUES (") +
+               QStringList(names.size(), QStringLiteral("?")).join(QStringLiteral(", ")) + u')';
+    }();
+    return sql;
 }
 
 // An amount the row does not hold leaves the one the Auctions row has.
-QString UpdateAuctionsSql() {
-    QStringList sets;
-    for (int i = 0; i < static_cast<int>(std::size(kAuctionsColumns)); ++i) {
-        const QString column = QLatin1String(kAuctionsColumns[i]);
-        sets << (i < kFirstAmount
-                     ? QString(column + QStringLiteral(" = ?%1").arg(i + 1))
-                     : QString(column + QStringLiteral(" = COALESCE(?%1, ").arg(i + 1) + column +
-                               u')'));
-    }
-    return QStringLiteral("UPDATE Auctions SET ") + sets.join(QStringLiteral(", ")) +
-           QStringLiteral(" WHERE rowid = ?%1").arg(std::size(kAuctionsColumns) + 1);
+const QString& UpdateAuctionsSql() {
+    static const QString sql = []() -> QString {
+        QStringList sets;
+        for (int i = 0; i < static_cast<int>(std::size(kAuctionsColumns)); ++i) {
+            const QString column = QLatin1String(kAuctionsColumns[i]);
+            sets << (i < kFirstAmount
+                         ? QString(column + QStringLiteral(" = ?%1").arg(i + 1))
+                         : QString(column + QStringLiteral(" = COALESCE(?%1, ").arg(i + 1) +
+                                   column + u')'));
+        }
+        return QStringLiteral("UPDATE Auctions SET ") + sets.join(QStringLiteral(", ")) +
+               QStringLiteral(" WHERE rowid = ?%1").arg(std::size(kAuctionsColumns) + 1);
+    }();
+    return sql;
 }
 
 }  // namespace
@@ -369,6 +375,9 @@ struct AuctionPoster::Kept {
     std::optional<core::Statement> insert;
     std::optional<core::Statement> update;
     QHash<QString, QString> categoryNames;
+    // The sales a queue writes are small commits each.
+    std::unique_ptr<core::CommitsWithoutFlush> relaxed;
+    bool wrote = false;
 
     core::Statement& Prepared(std::optional<core::Statement>& statement, const QString& sql) {
         if (!statement) {
@@ -438,17 +447,29 @@ void AuctionPoster::Kept::WriteAuctionsRow(const CreatorRecord& row, qint64 crea
     }
     write.Run();
     write.Reset();
+    wrote = true;
 }
 
 AuctionPoster::AuctionPoster(core::Database& db, const update::RuleStore& rules, core::Ui& ui,
                              const PostOptions& options)
     : m_kept(std::make_unique<Kept>(Kept{db, rules, ui, options,
                                          options.net.value_or(update::NetOptionsForUser(db)),
-                                         LoadPostTable(rules)})) {}
+                                         LoadPostTable(rules)})) {
+    m_kept->relaxed = std::make_unique<core::CommitsWithoutFlush>(db);
+}
 
 AuctionPoster::~AuctionPoster() {
     if (m_kept->login) {
         core::Scrub(m_kept->login->password);
+    }
+    m_kept->relaxed.reset();
+    if (m_kept->wrote) {
+        // The sales written meanwhile reach the disk now, all at once.
+        try {
+            m_kept->db.Exec(QStringLiteral("PRAGMA wal_checkpoint(PASSIVE)"));
+        } catch (const core::StoreError&) {
+            // The next commit that waits for the disk takes them along.
+        }
     }
 }
 

@@ -89,7 +89,8 @@ struct PostOutcome {
 // options, the statements that read the creator row and write the Auctions
 // row) is had once and kept while the poster lives, so that a queue goes out
 // at the pace of the site; nothing outlives it, and the password is scrubbed
-// when it goes.
+// when it goes. Its sales are committed without waiting for the disk, and
+// flushed together when it goes (core::CommitsWithoutFlush).
 //
 // A direct post that goes out enters the new auction in Auctions (found by
 // ItemNumber and UserName, updated when there, else added): the row's title,
