@@ -6,7 +6,7 @@
 // bare libcurl over one kept connection: the same bodies, built beforehand,
 // the confirming one from the review page's hidden fields. Every post lists
 // a new item, so each round posts to a larger market.
-// Options: --listings N (default 200), --rounds N (default 5).
+// Options: --listings N (default 200), --rounds N (default 9).
 #include <curl/curl.h>
 
 #include <QCoreApplication>
@@ -58,7 +58,7 @@ QString Rule(const lw::update::RuleStore& rules, const char* server, const char*
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     int listings = 200;
-    int rounds = 5;
+    int rounds = 9;
     const QStringList args = QCoreApplication::arguments();
     for (qsizetype i = 1; i + 1 < args.size(); i += 2) {
         if (args[i] == QLatin1String("--listings")) {
@@ -111,15 +111,17 @@ int main(int argc, char** argv) {
         "INSERT INTO AuctionCreator (UserName, ACType, AuctionName, AuctionHTML, "
         "eBayAuctionTitle, eBayCategory, ItemLocation, MinimumBid, Quantity, Shipping, "
         "eBayDuration, eBayOptionalSettings, eBayPaymentPrefs, eBayShipPrefs) "
-        "VALUES ('Demo', 'Old Auction', ?, ?, ?, '401', 'Albany, NY', 7.25, 1, 3.5, '7', "
-        "'11~', '18~20~', '29~')"));
+        "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     const QString html =
         QStringLiteral("<P>A brass ship's lantern with its <B>original</B> red glass.</P>")
             .repeated(20);
     for (int n = 1; n <= listings; ++n) {
         insert.Reset();
-        insert.BindAll(QStringLiteral("Lantern %1").arg(n), html,
-                       QStringLiteral("Brass ship's lantern no. %1").arg(n));
+        insert.BindAll(QStringLiteral("Demo"), QStringLiteral("Old Auction"),
+                       QStringLiteral("Lantern %1").arg(n), html,
+                       QStringLiteral("Brass ship's lantern no. %1").arg(n), QStringLiteral("401"),
+                       QStringLiteral("Albany, NY"), 7.25, 1, 3.5, QStringLiteral("7"),
+                       QStringLiteral("11~"), QStringLiteral("18~20~"), QStringLiteral("29~"));
         insert.Run();
         ids.push_back(db.LastInsertId());
     }
