@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The direct post of a listing: slot table, the two posts, the new auction.
+// A post that does not go through never touches the creator row, and no
+// answer of the site is confirmed unless it holds the review form.
 #include "creator/direct_post.h"
 
 #include <QDir>

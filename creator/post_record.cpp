@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The creator row and the values both routes of posting derive from it.
+// The creator row and the values both routes of posting derive from it;
+// the row is only read, by bound values.
 #include "creator/post_record.h"
 
 #include <QFile>

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The sell page: seller.pro's editing commands over the site's sell form.
+// Nothing here knows the form's fields: the rules name them; no loop runs
+// beyond the bounds of the rules and the page.
 #include "creator/sell_page.h"
 
 #include <QDir>
