@@ -8,6 +8,7 @@
 #include "core/settings.h"
 #include "creator/category_directory.h"
 #include "creator/listing_html.h"
+#include "tasks/packing_list.h"
 #include "update/repair.h"
 #include "update/rules.h"
 #include "update/run_lists.h"
@@ -43,6 +44,9 @@ bool PrepareSetUpRoot(QString* error) {
     core::SaveSetting(app, section, QStringLiteral("AAViewStart"), 1);
     core::SaveSetting(app, section, QStringLiteral("CAViewStart"), 1);
     core::RemoveStaleNewUserCancel();
+    // A template that could not be copied leaves its document empty, and the
+    // panel says why when it is built; the next start tries again.
+    tasks::InstallPackingTemplates(nullptr);
     return true;
 }
 

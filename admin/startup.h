@@ -18,12 +18,13 @@ namespace lw::admin {
 // Steps before the user is chosen: the folders under appRoot, the rule
 // store (with a pending protfix.cfg repair), the post-update repair over the
 // whole database, the category directory (a downloaded category.pro, or the
-// shipped one into a new database), the shipped listing templates the user
-// lacks copied to Templates/Auctions/ (never over the user's own), AAViewStart
-// and CAViewStart set to 1, and a stale nuwcancel.cfg removed. False, with a
-// message naming what failed, when the folders or the database cannot be had;
-// rule store and template failures are told by their own messages and do not
-// stop the start.
+// shipped one into a new database), AAViewStart and CAViewStart set to 1, a
+// stale nuwcancel.cfg removed, the shipped packing templates copied into
+// Configs/ where the user has none, and the shipped listing templates the user
+// lacks copied to Templates/Auctions/ (never over the user's own). False, with
+// a message naming what failed, when the folders or the database cannot be
+// had; rule store and template failures are told by their own messages and
+// do not stop the start.
 bool PrepareStartup(const QString& appRoot, QString* error);
 // The same on a root whose folders SetupDirectories has already made (the
 // window makes them first, to take the root's lock before the database).

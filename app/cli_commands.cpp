@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <optional>
 
+#include "app/cli_packing.h"
 #include "app/cli_scan.h"
 #include "app/password_input.h"
 #include "core/session.h"
@@ -42,11 +43,12 @@ struct Options {
     bool list = false;                            // update --list
     bool wait = false;                            // update --wait
     bool version = false;
-    std::optional<int> connections;  // update --connections
-    QString type, style, outFile;    // listing --type, --style, --out
-    bool sellPage = false;           // listing post --sell-page
-    bool review = false;             // listing post --review
-    QStringList words;               // the command and its positional arguments
+    std::optional<int> connections;    // update --connections
+    QString bidder, pdfFile, rtfFile;  // packing-list, remittance
+    QString type, style, outFile;      // listing --type, --style, --out
+    bool sellPage = false;             // listing post --sell-page
+    bool review = false;               // listing post --review
+    QStringList words;                 // the command and its positional arguments
 };
 
 // The options of every command; each command reads those it takes. They may
@@ -70,6 +72,9 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption wait(QStringLiteral("wait"));
     const QCommandLineOption connections(QStringLiteral("connections"), QString(),
                                          QStringLiteral("N"));
+    const QCommandLineOption bidder(QStringLiteral("bidder"), QString(), QStringLiteral("NAME"));
+    const QCommandLineOption pdf(QStringLiteral("pdf"), QString(), QStringLiteral("FILE"));
+    const QCommandLineOption rtf(QStringLiteral("rtf"), QString(), QStringLiteral("FILE"));
     const QCommandLineOption type(QStringLiteral("type"), QString(), QStringLiteral("KIND"));
     const QCommandLineOption style(QStringLiteral("style"), QString(), QStringLiteral("NAME"));
     const QCommandLineOption outFile(QStringLiteral("out"), QString(), QStringLiteral("FILE"));
@@ -77,9 +82,10 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption review(QStringLiteral("review"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
-    parser.addOptions({root,  user,     siteId,  password, passwordStdin, email, store,
-                       rules, protocol, page,    pages,    list,          wait,  connections,
-                       type,  style,    outFile, sellPage, review,        help,  version});
+    parser.addOptions({root,  user,        siteId,   password, passwordStdin, email,
+                       store, rules,       protocol, page,     pages,         list,
+                       wait,  connections, bidder,   pdf,      rtf,           type,
+                       style, outFile,     sellPage, review,   help,          version});
     if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
         return parser.errorText();
     }
@@ -116,6 +122,9 @@ QString Parse(const QStringList& args, Options& options) {
         }
         options.connections = number;
     }
+    options.bidder = parser.value(bidder);
+    options.pdfFile = parser.value(pdf);
+    options.rtfFile = parser.value(rtf);
     options.type = parser.value(type);
     options.style = parser.value(style);
     options.outFile = parser.value(outFile);
@@ -693,7 +702,28 @@ int Update(const Options& options, const QString& exeDir, QTextStream& out, QTex
     return kExitFailure;
 }
 
+// packing-list ITEM and remittance ITEM.
+int Packing(const Options& options, const QString& exeDir, tasks::Side side, QTextStream& out,
+            QTextStream& err) {
+    const bool sales = tasks::IsSalesSide(side);
+    if (options.words.size() != 2 || (!sales && !options.bidder.isEmpty())) {
+        err << (sales ? "packing-list needs ITEM [--bidder NAME] [--pdf FILE] [--rtf FILE].\n"
+                      : "remittance needs ITEM [--pdf FILE] [--rtf FILE].\n");
+        return kExitUsage;
+    }
+    if (!OpenSession(options, exeDir, false, err)) {
+        return kExitFailure;
+    }
+    return RunPacking({side, options.words.at(1), options.bidder, options.pdfFile, options.rtfFile},
+                      out, err);
+}
+
 }  // namespace
+
+bool CliMakesDocuments(const QStringList& args) {
+    return args.contains(QStringLiteral("packing-list")) ||
+           args.contains(QStringLiteral("remittance"));
+}
 
 static QString UpdateWordsHelp() {
     QString text;
@@ -733,6 +763,11 @@ QString CliUsage() {
                "end\n"
                "  update ... --connections N            keep N connections to the site (1 to 8;\n"
                "        default: the setting Connections of [Update], else 6)\n"
+               "  packing-list ITEM [--bidder NAME] [--pdf FILE] [--rtf FILE]\n"
+               "        the packing list of a sale (NAME: the winner of a multi-winner sale),\n"
+               "        as text; --pdf prints it to FILE and marks it printed, --rtf saves it\n"
+               "  remittance ITEM [--pdf FILE] [--rtf FILE]\n"
+               "        the remittance advice of a won bid, the same ways\n"
                "  listing list [--type KIND]            the creator's documents: ID, type,\n"
                "        name and date; KIND is Draft, Template or \"Old Auction\"\n"
                "  listing show ID                       what a document holds, and which of\n"
@@ -798,6 +833,12 @@ int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTe
         }
         if (command == QLatin1String("update")) {
             return Update(options, exeDir, out, err);
+        }
+        if (command == QLatin1String("packing-list")) {
+            return Packing(options, exeDir, tasks::Side::Sales, out, err);
+        }
+        if (command == QLatin1String("remittance")) {
+            return Packing(options, exeDir, tasks::Side::Bids, out, err);
         }
         if (command == QLatin1String("listing")) {
             return Listing(options, exeDir, out, err);

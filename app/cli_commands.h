@@ -22,6 +22,10 @@ enum ExitCode : int {
 // the executable, where the shipped rules/ and data/ are looked for.
 int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTextStream& err);
 
+// Whether the command line builds rich-text documents, which need the
+// graphical application object (fonts, PDF) though no window is shown.
+bool CliMakesDocuments(const QStringList& args);
+
 QString CliUsage();
 // "lotwright-cli VERSION" and a line end.
 QString CliVersion();

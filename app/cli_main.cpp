@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-cli: the program's operations without a window.
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QTextStream>
 #include <cstdio>
+#include <memory>
 
 #include "app/cli_commands.h"
 #include "app/terminal_ui.h"
@@ -11,7 +13,22 @@
 
 int main(int argc, char** argv) {
     lw::core::TurnOffCoreDumps();  // the site password is in memory
-    QCoreApplication app(argc, argv);
+    QStringList given;
+    for (int i = 1; i < argc; ++i) {
+        given << QString::fromLocal8Bit(argv[i]);
+    }
+    // Documents need fonts, which only the graphical application object
+    // gives. It shows nothing, so it draws off screen unless QT_QPA_PLATFORM
+    // names another platform.
+    std::unique_ptr<QCoreApplication> app;
+    if (lw::app::CliMakesDocuments(given)) {
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        }
+        app = std::make_unique<QGuiApplication>(argc, argv);
+    } else {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
     QCoreApplication::setApplicationName(QStringLiteral("Lotwright"));
     QCoreApplication::setOrganizationName(QStringLiteral("Lotwright"));
     QCoreApplication::setApplicationVersion(QStringLiteral(LW_VERSION));

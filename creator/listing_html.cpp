@@ -73,14 +73,21 @@ const Colour* FindColour(const QString& name) {
 
 // Case-blind find from a position, as the buffer's Find does. Tokens carry a
 // character that has no case ("[", "=", a blank): that one is looked for as it
-// is, and only there is the whole token compared without regard to case.
+// is, and only there is the whole token compared without regard to case. A
+// bracket is the rarest of them in a listing, a blank the most common.
 qsizetype FindToken(const QString& buffer, const QString& token, qsizetype from) {
-    qsizetype anchor = -1;
-    for (qsizetype i = 0; i < token.size(); ++i) {
-        const QChar c = token.at(i);
-        if (c.toLower() == c && c.toUpper() == c && c.toCaseFolded() == c) {
+    const auto caseless = [](QChar c) {
+        return c.toLower() == c && c.toUpper() == c && c.toCaseFolded() == c;
+    };
+    qsizetype anchor = token.indexOf(u'[');
+    for (qsizetype i = 0; anchor < 0 && i < token.size(); ++i) {
+        if (caseless(token.at(i)) && token.at(i) != u' ') {
             anchor = i;
-            break;
+        }
+    }
+    for (qsizetype i = 0; anchor < 0 && i < token.size(); ++i) {
+        if (caseless(token.at(i))) {
+            anchor = i;
         }
     }
     if (anchor < 0) {
@@ -175,7 +182,7 @@ QString OptionsTable(const CreatorDocument& doc, const CreatorLists& lists) {
         return Cell(label, value, "35%", "65%");
     };
     const auto yesNo = [](bool on) { return on ? QStringLiteral("Yes") : QStringLiteral("No"); };
-    const auto head = [](const char* text) {
+    const auto head = [](const char* text) -> QString {
         return QStringLiteral("<TR><TD WIDTH=35%><FONT SIZE=2><B><U>") + QLatin1String(text) +
                QStringLiteral("</U></B></FONT></TD><TD WIDTH=65%></TD></TR>\r\n");
     };
@@ -336,15 +343,23 @@ void ReplaceToken(QString& buffer, const QString& token, const QString& text) {
     if (token.isEmpty()) {
         return;
     }
-    qsizetype caret = 0;
-    for (;;) {
-        const qsizetype at = FindToken(buffer, token, caret);
-        if (at <= 0) {
-            return;
-        }
-        buffer.replace(at, token.size(), text);
-        caret = at + text.size();
+    // The caret stands behind each replacement, so every later match lies in
+    // text not yet replaced: one pass that copies as it goes finds the same
+    // matches, and a token met thousands of times costs no more than once.
+    qsizetype at = FindToken(buffer, token, 0);
+    if (at <= 0) {
+        return;
     }
+    QString result;
+    result.reserve(buffer.size());
+    qsizetype from = 0;
+    for (; at > 0; at = FindToken(buffer, token, from)) {
+        result += QStringView(buffer).mid(from, at - from);
+        result += text;
+        from = at + token.size();
+    }
+    result += QStringView(buffer).mid(from);
+    buffer = std::move(result);
 }
 
 void CutListingBlock(QString& buffer) {

@@ -11,9 +11,9 @@ namespace {
 // The key clause and its values for the selected record.
 QString KeyClause(const SelectedItem& item) {
     if (item.IsDutch()) {
-        return QStringLiteral("ItemNumber = ?1 AND HighBidderName = ?2");
+        return QStringLiteral("ItemNumber = ? AND HighBidderName = ?");
     }
-    return QStringLiteral("ItemNumber = ?1");
+    return QStringLiteral("ItemNumber = ?");
 }
 
 void BindKey(core::Statement& statement, const SelectedItem& item, int first) {
@@ -97,13 +97,11 @@ int WriteSelectedRecord(core::Database& db, const SelectedItem& item, const QVar
         }
         assignments << QuotedName(column) + QStringLiteral(" = ?");
     }
+    // Plain "?" marks number themselves in order: the fields, then the key.
     const int keyFirst = static_cast<int>(fields.size()) + 1;
-    QString where = KeyClause(item);
-    where.replace(QStringLiteral("?1"), QLatin1Char('?') + QString::number(keyFirst))
-        .replace(QStringLiteral("?2"), QLatin1Char('?') + QString::number(keyFirst + 1));
     auto statement = db.Prepare(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") +
                                 assignments.join(QStringLiteral(", ")) +
-                                QStringLiteral(" WHERE ") + where);
+                                QStringLiteral(" WHERE ") + KeyClause(item));
     int index = 1;
     for (auto it = fields.cbegin(); it != fields.cend(); ++it) {
         statement.Bind(index++, it.value());

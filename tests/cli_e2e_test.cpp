@@ -18,6 +18,7 @@
 #include <chrono>
 #include <thread>
 
+#include "core/store.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/test_support.h"
 
@@ -382,4 +383,84 @@ TEST(CliFailures, NoDatabaseDamagedDatabaseAndUnwritableRoot) {
     const CliRun unwritable = Init(file + QStringLiteral("/root"));
     EXPECT_EQ(unwritable.code, 1);
     EXPECT_TRUE(unwritable.err.contains(file)) << unwritable.err.toStdString();
+}
+
+TEST(CliListing, ListsShowsAndBuildsTheCreatorsDocuments) {
+    TempRoot root;
+    ASSERT_EQ(Init(root.Path()).code, 0);
+    {
+        lw::core::Database db =
+            lw::core::Database::Open(root.File(QStringLiteral("Data/Lotwright.db")));
+        db.Exec(QStringLiteral(
+            "INSERT INTO AuctionCreator (ID, UserName, ACType, AuctionName, CreationDate, "
+            "IncludeLongTitle, ItemTitleLong, ItemDescription, AuctionStyle) VALUES (7, 'Ann', "
+            "'Draft', 'Lamp', '2024-05-01 10:00:00', 1, 'Brass lamp', '<P>Bright & brass</P>', "
+            "'Simple Elegant')"));
+    }
+    // The user's own copy of a style is what the listing is built from.
+    root.Write(QStringLiteral("Templates/Auctions/elegant.tem"),
+               "Style=Simple Elegant\n[START]<H1>[txtItemTitle]</H1>[txtDescription][END]");
+    const struct {
+        QStringList args;
+        int code;
+        const char* out;  // the whole standard output, or nullptr
+        const char* err;  // a part of standard error, or nullptr
+    } cases[] = {
+        {{QStringLiteral("listing"), QStringLiteral("list"), QStringLiteral("--type"),
+          QStringLiteral("draft")},
+         0,
+         "ID\tType\tName\tCreated\n7\tDraft\tLamp\t2024-05-01 10:00:00\n",
+         nullptr},
+        {{QStringLiteral("listing"), QStringLiteral("html"), QStringLiteral("7")},
+         0,
+         "<H1>Brass lamp</H1><P>Bright & brass</P>",
+         nullptr},
+        {{QStringLiteral("listing"), QStringLiteral("html"), QStringLiteral("7"),
+          QStringLiteral("--style"), QStringLiteral("Baroque")},
+         2,
+         nullptr,
+         "There is no style Baroque"},
+        {{QStringLiteral("listing"), QStringLiteral("show"), QStringLiteral("99")},
+         1,
+         nullptr,
+         "There is no listing document with the ID 99."},
+        {{QStringLiteral("listing"), QStringLiteral("list"), QStringLiteral("--type"),
+          QStringLiteral("Auction")},
+         2,
+         nullptr,
+         "--type takes Draft, Template or \"Old Auction\"."},
+        {{QStringLiteral("listing"), QStringLiteral("html")}, 2, nullptr, "one document ID"},
+    };
+    for (const auto& c : cases) {
+        const CliRun run = Cli(root.Path(), c.args);
+        EXPECT_EQ(run.code, c.code) << c.args.join(u' ').toStdString() << run.err.toStdString();
+        if (c.out) {
+            EXPECT_EQ(run.out, QString::fromUtf8(c.out));
+        }
+        if (c.err) {
+            EXPECT_TRUE(run.err.contains(QString::fromUtf8(c.err))) << run.err.toStdString();
+        }
+    }
+    const CliRun all = Cli(root.Path(), {QStringLiteral("listing"), QStringLiteral("list")});
+    EXPECT_TRUE(
+        all.out.startsWith(QStringLiteral("ID\tType\tName\tCreated\n1\tDefault\tDefault\t")));
+    const CliRun show =
+        Cli(root.Path(), {QStringLiteral("listing"), QStringLiteral("show"), QStringLiteral("7")});
+    for (const char* line :
+         {"Name: Lamp\n", "Description: <P>Bright & brass</P...\n", "ItemTitleLong: Brass lamp\n",
+          "AuctionStyle: Simple Elegant\n",
+          "Required fields: missing lblRequired(1), lblRequiredeBay(0), lblRequiredeBay(1), "
+          "lblRequiredeBay(2), lblRequiredeBay(3), lblRequiredeBay(6), "
+          "lblRequiredeBay(7)\n"}) {
+        EXPECT_TRUE(show.out.contains(QString::fromUtf8(line))) << line << show.out.toStdString();
+    }
+    const QString out = root.File(QStringLiteral("lamp.html"));
+    const CliRun written =
+        Cli(root.Path(), {QStringLiteral("listing"), QStringLiteral("html"), QStringLiteral("7"),
+                          QStringLiteral("--style"), QStringLiteral("Quick 'n' Easy"),
+                          QStringLiteral("--out"), out});
+    EXPECT_EQ(written.code, 0) << written.err.toStdString();
+    const QString html = QString::fromUtf8(ReadAll(out));
+    EXPECT_TRUE(html.contains(QStringLiteral("<B>Brass lamp</B>")));
+    EXPECT_TRUE(html.contains(QStringLiteral("<P>Bright & brass</P>")));
 }

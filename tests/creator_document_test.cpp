@@ -14,6 +14,7 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "creator/creator_document.h"
+#include "tests/support/creator_fixture.h"
 #include "tests/support/creator_sample.h"
 #include "tests/support/test_support.h"
 #include "update/rules.h"
@@ -29,25 +30,10 @@ void PrintTo(const QString& text, std::ostream* out) {
 
 namespace {
 
-const QString kUser = QStringLiteral("D'Arcy");
+const QString kUser = lw::test::CreatorFixture::User();
 
-class CreatorDocumentTest : public ::testing::Test {
+class CreatorDocumentTest : public lw::test::CreatorFixture {
 protected:
-    void SetUp() override {
-        const QString error = lw::test::StartProgramRoot(m_root, m_ui);
-        ASSERT_TRUE(error.isEmpty()) << error.toStdString();
-        m_db.emplace(lw::core::OpenStore());
-        lw::core::AddUser(*m_db, {kUser, QStringLiteral("darcy_sells"), QStringLiteral("pw"), {}});
-        lw::core::SetCurrentUser(kUser);
-        ASSERT_TRUE(lw::update::DecryptProtocols(m_rules, *m_db));
-        m_lists =
-            LoadCreatorLists(*m_db, m_rules, kUser,
-                             lw::test::SourceDir() + QStringLiteral("/data/templates/auctions"));
-    }
-    void TearDown() override { lw::core::SetSettingsFolder(QString()); }
-
-    Database& Db() { return *m_db; }
-
     qint64 Save(CreatorDocument& doc, const QString& type = QString(kDraft), qint64 id = 0,
                 const QString& name = QStringLiteral("Lantern")) {
         SaveRequest request;
@@ -73,12 +59,6 @@ protected:
         count.Bind(1, value);
         return count.Step() ? count.Value(0).toLongLong() : -1;
     }
-
-    lw::test::ScriptedUi m_ui;
-    lw::test::TempRoot m_root;
-    std::optional<Database> m_db;
-    lw::update::RuleStore m_rules;
-    CreatorLists m_lists;
 };
 
 // ------------------------------------------------------------ column groups

@@ -67,6 +67,16 @@ TEST_F(StartupTest, PreparationMakesTheFoldersAndDatabaseAndLoadsTheRules) {
     EXPECT_NE(update::LookupRuleKey(QStringLiteral("Update"), QStringLiteral("Protocols"),
                                     update::kSiteStore),
               update::RuleError());
+    // The listing templates came from the shipped copy; a template the user
+    // changed stays as it is at the next start.
+    const QString own = m_root.File(QStringLiteral("Templates/Auctions/quick.tem"));
+    EXPECT_EQ(QDir(m_root.File(QStringLiteral("Templates/Auctions")))
+                  .entryList({QStringLiteral("*.tem")}, QDir::Files)
+                  .size(),
+              7);
+    m_root.Write(QStringLiteral("Templates/Auctions/quick.tem"), "Style=Mine");
+    ASSERT_TRUE(admin::PrepareStartup(m_root.Path(), &error)) << error.toStdString();
+    EXPECT_EQ(test::ReadAll(own), QByteArray("Style=Mine"));
 }
 
 TEST_F(StartupTest, PreparationFillsANewCategoryDirectoryAndTakesADownloadedOne) {
