@@ -42,6 +42,7 @@ struct Options {
     QString rulesFile, protocol, page, pagesDir;  // scan
     bool list = false;                            // update --list
     bool wait = false;                            // update --wait
+    bool all = false;                             // categories search --all
     bool version = false;
     std::optional<int> connections;    // update --connections
     QString bidder, pdfFile, rtfFile;  // packing-list, remittance
@@ -70,6 +71,7 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption pages(QStringLiteral("pages"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption list(QStringLiteral("list"));
     const QCommandLineOption wait(QStringLiteral("wait"));
+    const QCommandLineOption all(QStringLiteral("all"));
     const QCommandLineOption connections(QStringLiteral("connections"), QString(),
                                          QStringLiteral("N"));
     const QCommandLineOption bidder(QStringLiteral("bidder"), QString(), QStringLiteral("NAME"));
@@ -86,6 +88,7 @@ QString Parse(const QStringList& args, Options& options) {
                        store, rules,       protocol, page,     pages,         list,
                        wait,  connections, bidder,   pdf,      rtf,           type,
                        style, outFile,     sellPage, review,   help,          version});
+    parser.addOption(all);
     if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
         return parser.errorText();
     }
@@ -111,6 +114,7 @@ QString Parse(const QStringList& args, Options& options) {
     options.pagesDir = parser.value(pages);
     options.list = parser.isSet(list);
     options.wait = parser.isSet(wait);
+    options.all = parser.isSet(all);
     options.version = parser.isSet(version);
     if (parser.isSet(connections)) {
         bool ok = false;
@@ -291,16 +295,16 @@ int Rules(const Options& options, const QString& exeDir, QTextStream& out, QText
 }
 
 // Tabs and line ends inside a value would break the line format.
-QString Cell(const core::Statement& row, int column) {
-    if (row.IsNull(column)) {
-        return {};
-    }
-    QString text = row.Value(column).toString();
+QString Escaped(QString text) {
     text.replace(u'\\', QStringLiteral("\\\\"))
         .replace(u'\t', QStringLiteral("\\t"))
         .replace(u'\n', QStringLiteral("\\n"))
         .replace(u'\r', QStringLiteral("\\r"));
     return text;
+}
+
+QString Cell(const core::Statement& row, int column) {
+    return row.IsNull(column) ? QString() : Escaped(row.Value(column).toString());
 }
 
 int Query(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
@@ -328,6 +332,57 @@ int Query(const Options& options, const QString& exeDir, QTextStream& out, QText
             cells << Cell(statement, i);
         }
         out << cells.join(u'\t') << '\n';
+    }
+    return kExitOk;
+}
+
+// Categories as lines of number, a tab and a name. The directory is brought
+// up to date first, as the program's start does: a downloaded category.pro
+// is taken in, a new database gets the shipped one.
+int Categories(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
+    const QString verb = options.words.value(1);
+    const bool search = verb == QLatin1String("search");
+    if ((!search && verb != QLatin1String("browse")) || (search && options.words.size() < 3) ||
+        (!search && options.words.size() > 3)) {
+        err << "categories takes search WORDS... [--all] or browse [TOP-LEVEL NAME].\n";
+        return kExitUsage;
+    }
+    if (!OpenSession(options, exeDir, false, err)) {
+        return kExitFailure;
+    }
+    core::Database db = core::OpenStore();
+    const creator::CategoryFileLoad load = creator::PrepareCategoryDirectory(db, core::CurrentUi());
+    if (load.brokenLines > 0) {
+        err << "category.pro: " << load.brokenLines
+            << (load.brokenLines == 1 ? " broken line was" : " broken lines were")
+            << " stepped over.\n";
+    }
+    if (search) {
+        const creator::CategorySearch found =
+            creator::SearchCategories(db, options.words.mid(2).join(u' '), options.all);
+        if (found.matches.empty()) {
+            err << found.caption << '\n';
+        }
+        for (const creator::CategoryEntry& entry : found.matches) {
+            out << entry.number << '\t' << Escaped(entry.FullName()) << '\n';
+        }
+        return kExitOk;
+    }
+    const QStringList names = creator::TopLevelNames(db);
+    if (options.words.size() == 2) {
+        for (const QString& name : names) {
+            out << Escaped(name) << '\n';
+        }
+        return kExitOk;
+    }
+    const QString& topLevel = options.words.at(2);
+    if (!names.contains(topLevel, Qt::CaseInsensitive)) {
+        err << "There is no top-level category " << topLevel
+            << "; \"lotwright-cli categories browse\" lists them.\n";
+        return kExitNotFound;
+    }
+    for (const creator::CategoryEntry& entry : creator::CategoriesUnder(db, topLevel)) {
+        out << entry.number << '\t' << Escaped(entry.name) << '\n';
     }
     return kExitOk;
 }
@@ -753,6 +808,11 @@ QString CliUsage() {
                "        or rule update replaced\n"
                "  query SQL                             read-only SQL; rows as tab-separated "
                "lines\n"
+               "  categories search WORDS... [--all]   categories with any of the words (all of\n"
+               "        them with --all) in their top-level or their own name, or with the\n"
+               "        number given; lines of number, tab, full name\n"
+               "  categories browse [TOP-LEVEL NAME]   the top-level names, or the categories\n"
+               "        under one\n"
                "  scan --rules FILE --protocol NAME --page FILE [--pages DIR]\n"
                "        one protocol of a rule file over a saved page; records as JSON lines\n"
                "        (ancillary pages from DIR by address, else passed over)\n"
@@ -789,8 +849,9 @@ QString CliUsage() {
                "  -h, --help      this text\n"
                "  -v, --version   the program's version\n"
                "Ctrl-C stops an update at the next record and keeps what was written.\n"
-               "Exit codes: 0 done, 1 failed, 2 wrong words on the command line, 3 a rule\n"
-               "look-up found nothing, 4 an update ran but a protocol could not be processed.\n")
+               "Exit codes: 0 done (also a category search that finds nothing), 1 failed,\n"
+               "2 wrong words on the command line, 3 a rule look-up or a top-level category\n"
+               "name found nothing, 4 an update ran but a protocol could not be processed.\n")
         .arg(UpdateWordsHelp());
 }
 
@@ -827,6 +888,9 @@ int RunCli(const QStringList& args, const QString& exeDir, QTextStream& out, QTe
         }
         if (command == QLatin1String("query")) {
             return Query(options, exeDir, out, err);
+        }
+        if (command == QLatin1String("categories")) {
+            return Categories(options, exeDir, out, err);
         }
         if (command == QLatin1String("scan")) {
             return Scan(options, out, err);

@@ -20,7 +20,7 @@ const QString kSelectEntry =
     QStringLiteral("SELECT CategoryNumber, CategoryName, MetaCategoryName FROM eBayCategories ");
 
 CategoryEntry ReadEntry(const core::Statement& row) {
-    return {static_cast<qint64>(core::Val(row.Text(0))), row.Text(2), row.Text(1)};
+    return {row.Text(0).toLongLong(), row.Text(2), row.Text(1)};
 }
 
 std::vector<CategoryEntry> ReadEntries(core::Statement& rows) {
@@ -33,6 +33,13 @@ std::vector<CategoryEntry> ReadEntries(core::Statement& rows) {
 
 QString NumberText(qint64 number) {
     return QString::number(number);
+}
+
+// The leading number of a typed text, as the number rule reads it; 0 for a
+// text with none, or with one no category can have.
+qint64 TypedNumber(const QString& text) {
+    const double value = core::Val(text);
+    return value >= 1 && value < 1e18 ? static_cast<qint64>(value) : 0;
 }
 
 // A favourite keeps a list text's part before its number.
@@ -78,16 +85,20 @@ ParsedFile ParseCategoryText(const QString& text) {
     ParsedFile parsed;
     QString group;
     int lines = 0;
-    for (const QStringView line : QStringView(text).split(u"\r\n")) {
+    // Blank lines cost nothing and are bounded by the size of the text; the
+    // bound on lines counts those that hold something. The text is walked in
+    // place: a file of nothing but line ends must not become millions of
+    // pieces.
+    for (const QStringView line : QStringView(text).tokenize(u"\r\n")) {
+        const QStringView trimmed = line.trimmed();
+        if (trimmed.isEmpty()) {
+            continue;
+        }
         if (lines == kMaxCategoryLines) {
             parsed.cut = true;
             break;
         }
         ++lines;
-        const QStringView trimmed = line.trimmed();
-        if (trimmed.isEmpty()) {
-            continue;
-        }
         const bool tooLong = line.size() > kMaxCategoryLineLength;
         if (trimmed.startsWith(u'[')) {
             const QString name = trimmed.endsWith(u']')
@@ -131,7 +142,7 @@ QStringList AddTopLevelNames(core::Database& db, const std::vector<CategoryEntry
         previous = entry.metaName;
         known.Reset();
         known.Bind(1, entry.metaName);
-        if (known.Step() || added.contains(entry.metaName, Qt::CaseInsensitive)) {
+        if (known.Step()) {
             continue;
         }
         insert.Reset();
@@ -374,7 +385,7 @@ qint64 FindCategoryNumber(core::Database& db, const QString& fullName) {
                        "'') || ': ' || ifnull(CategoryName, '') = ? COLLATE BINARY ORDER BY "
                        "rowid LIMIT 1"));
     row.Bind(1, fullName);
-    return row.Step() ? static_cast<qint64>(core::Val(row.Text(0))) : -1;
+    return row.Step() ? row.Text(0).toLongLong() : -1;
 }
 
 std::optional<CategoryEntry> FindCategory(core::Database& db, qint64 number) {
@@ -411,7 +422,7 @@ qint64 ResolveCategory(core::Database& db, core::Ui& ui, const QString& text) {
         if (typed.isEmpty()) {
             return -1;
         }
-        const QString fullName = CategoryFullName(db, static_cast<qint64>(core::Val(typed)));
+        const QString fullName = CategoryFullName(db, TypedNumber(typed));
         if (fullName == CategoryNotAvailable()) {
             if (ui.Ask(QStringLiteral("Category number ") + typed +
                            QStringLiteral(" not found.  Would you like to enter another number?"),
@@ -439,7 +450,7 @@ std::vector<FavoriteCategory> FavoriteCategories(core::Database& db, const QStri
     rows.Bind(1, user);
     std::vector<FavoriteCategory> favorites;
     while (rows.Step()) {
-        favorites.push_back({rows.Text(0), static_cast<qint64>(core::Val(rows.Text(1)))});
+        favorites.push_back({rows.Text(0), rows.Text(1).toLongLong()});
     }
     return favorites;
 }
@@ -556,8 +567,7 @@ CategoryNumberEntry EnterCategoryNumber(core::Database& db, const QString& typed
         }
         return entry;
     }
-    if (const std::optional<CategoryEntry> found =
-            FindCategory(db, static_cast<qint64>(core::Val(number)))) {
+    if (const std::optional<CategoryEntry> found = FindCategory(db, TypedNumber(number))) {
         entry.row = CategoryListRow{found->ListText(), found->number};
         return entry;
     }

@@ -18,7 +18,8 @@
 
 namespace lw::creator {
 
-// The bounds of a category file: what lies beyond them is not read.
+// The bounds of a category file: what lies beyond them is not read. The
+// lines counted are those that are not blank.
 inline constexpr qint64 kMaxCategoryFileBytes = 16 * 1024 * 1024;
 inline constexpr int kMaxCategoryLines = 200000;
 // A longer line is a broken one.

@@ -12,10 +12,9 @@
 #include <ostream>
 
 #include "core/session.h"
-#include "core/settings.h"
 #include "core/store.h"
 #include "creator/category_directory.h"
-#include "tests/support/test_support.h"
+#include "tests/support/store_test.h"
 
 void PrintTo(const QString& text, std::ostream* out) {
     *out << '"' << text.toStdString() << '"';
@@ -24,7 +23,6 @@ void PrintTo(const QString& text, std::ostream* out) {
 namespace {
 
 using lw::core::Answer;
-using lw::core::Database;
 using namespace lw::creator;
 
 const QString kUser = QStringLiteral("Pat O'Brien");
@@ -53,18 +51,8 @@ const QByteArray kDirectory =
     "[\xc3\x89POQUE]\r\n"
     "Gilded Age=1401\r\n";
 
-class CategoryDirectoryTest : public ::testing::Test {
+class CategoryDirectoryTest : public lw::test::StoreTest {
 protected:
-    void SetUp() override {
-        const QString error = lw::test::StartProgramRoot(m_root, m_ui);
-        ASSERT_TRUE(error.isEmpty()) << error.toStdString();
-        m_db.emplace(lw::core::OpenOrCreateStore(lw::core::StorePath(), lw::test::SourceDir()));
-    }
-    void TearDown() override {
-        lw::core::SetSettingsFolder(QString());
-        lw::core::ResetSession();
-    }
-
     QString CategoryFile() const {
         return lw::core::CurrentSession().ConfigsDir + QStringLiteral("category.pro");
     }
@@ -72,7 +60,7 @@ protected:
         m_root.Write(CategoryFile().mid(m_root.Path().size() + 1), bytes);
         return LoadCategoryFile(*m_db, m_ui);
     }
-    // Every row as its list text, in the table's order.
+    // Every row as its list text, top-level names in the browser's order.
     QStringList Rows() {
         QStringList rows;
         for (const QString& meta : TopLevelNames(*m_db)) {
@@ -82,10 +70,6 @@ protected:
         }
         return rows;
     }
-
-    lw::test::ScriptedUi m_ui;
-    lw::test::TempRoot m_root;
-    std::optional<Database> m_db;
 };
 
 std::vector<qint64> Numbers(const std::vector<CategoryEntry>& entries) {
@@ -167,8 +151,10 @@ TEST_F(CategoryDirectoryTest, TheCountIsToldWhenItChangesAndAFileOfNothingKeepsT
     EXPECT_EQ(Rows(), (QStringList{QStringLiteral("Books: History (210)"),
                                    QStringLiteral("Books: Travel (215)")}));
 
+    // Nothing at all, blanks, a web page, and more line ends than the bound on bytes.
     for (const QByteArray& nothing :
-         {QByteArray(), QByteArray("\r\n \r\n"), QByteArray("<html>Sign in first</html>\n")}) {
+         {QByteArray(), QByteArray("\r\n \r\n"), QByteArray("<html>Sign in first</html>\n"),
+          QByteArray(kMaxCategoryFileBytes + 10, '\n')}) {
         const CategoryFileLoad load = Load(nothing);
         EXPECT_FALSE(load.loaded);
         EXPECT_FALSE(load.problem.isEmpty());
@@ -489,6 +475,9 @@ TEST_F(CategoryDirectoryTest, TheCreatorBoxTakesATypedNumber) {
         {"silver", true, "", "Category #silver not found.  Please enter another category number.",
          "Category Not Found"},
         {" 418 ", false, "Collectibles: Lamps & Lighting (418)", "", ""},
+        {"99999999999999999999999", false, "",
+         "Category #99999999999999999999999 not found.  Please enter another category number.",
+         "Category Not Found"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.typed);

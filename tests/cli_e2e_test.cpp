@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // lotwright-cli as a user runs it: a fresh root, the rule look-ups, a rule
-// install and restore, read-only queries, clear failures that leave files
-// alone, and a process that writes no core file.
+// install and restore, read-only queries, the category search and browser,
+// clear failures that leave files alone, and a process that writes no core
+// file.
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
@@ -362,6 +363,77 @@ TEST(CliQuery, ReadsOnlyAndEscapesCells) {
         Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT FROM")});
     EXPECT_EQ(broken.code, 1);
     EXPECT_FALSE(broken.err.isEmpty());
+}
+
+TEST(CliCategories, SearchAndBrowseTheShippedDirectoryAndTakeADownloadedOne) {
+    TempRoot root;
+    ASSERT_EQ(Init(root.Path()).code, 0);
+    const struct {
+        QStringList words;
+        int code;
+        QString out;
+        QString err;
+    } cases[] = {
+        {{QStringLiteral("search"), QStringLiteral("LAMPS")},
+         0,
+         QStringLiteral("110\tAntiques: Lamps & Lighting\n418\tCollectibles: Lamps & Lighting\n"
+                        "1309\tHome & Garden: Lamps & Lighting\n"),
+         {}},
+        {{QStringLiteral("search"), QStringLiteral("lamps antiques"), QStringLiteral("--all")},
+         0,
+         {},
+         QStringLiteral("Search Categories: No Matches Found\n")},
+        {{QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("art"),
+          QStringLiteral("glass")},
+         0,
+         QStringLiteral("1001\tPottery & Glass: Art Glass\n"),
+         {}},
+        {{QStringLiteral("search"), QStringLiteral("402")},
+         0,
+         QStringLiteral("402\tCollectibles: Kitchenware\n"),
+         {}},
+        {{QStringLiteral("search"), QStringLiteral("100%' _")},
+         0,
+         {},
+         QStringLiteral("Search Categories: No Matches Found\n")},
+        {{QStringLiteral("browse"), QStringLiteral("STAMPS")},
+         0,
+         QStringLiteral("1506\tAfrica\n1504\tAsia\n1501\tBritish Commonwealth\n1502\tCanada\n"
+                        "1508\tCovers\n1503\tEurope\n1505\tLatin America\n1509\tPostal "
+                        "History\n1510\tStamp Supplies\n1507\tTopicals\n303\tUnited "
+                        "States\n1511\tWorldwide Collections\n1512\tOther Stamps\n"),
+         {}},
+        {{QStringLiteral("browse"), QStringLiteral("Nowhere")},
+         3,
+         {},
+         QStringLiteral("There is no top-level category Nowhere; \"lotwright-cli categories "
+                        "browse\" lists them.\n")},
+        {{QStringLiteral("search")}, 2, {}, {}},
+        {{QStringLiteral("browse"), QStringLiteral("a"), QStringLiteral("b")}, 2, {}, {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.words.join(u' ').toStdString());
+        const CliRun run = Cli(root.Path(), QStringList{QStringLiteral("categories")} + c.words);
+        EXPECT_EQ(run.code, c.code) << run.err.toStdString();
+        EXPECT_EQ(run.out, c.out);
+        if (c.code != 2) {
+            EXPECT_EQ(run.err, c.err);
+        }
+    }
+    const CliRun top = Cli(root.Path(), {QStringLiteral("categories"), QStringLiteral("browse")});
+    EXPECT_EQ(top.out.count(u'\n'), 21);
+    EXPECT_TRUE(top.out.startsWith(QStringLiteral("Antiques\nArt\nBooks\n")));
+
+    const QString downloaded =
+        root.Write(QStringLiteral("Configs/category.pro"), "[Books]\r\nFiction=201\r\nbroken\r\n");
+    const CliRun fresh = Cli(root.Path(), {QStringLiteral("categories"), QStringLiteral("search"),
+                                           QStringLiteral("fiction")});
+    EXPECT_EQ(fresh.out, QStringLiteral("201\tBooks: Fiction\n"));
+    EXPECT_EQ(fresh.err,
+              QStringLiteral("Categories Updated: 1 auction categories are now available "
+                             "in your database.\ncategory.pro: 1 broken line was "
+                             "stepped over.\n"));
+    EXPECT_FALSE(QFile::exists(downloaded));
 }
 
 TEST(CliFailures, NoDatabaseDamagedDatabaseAndUnwritableRoot) {

@@ -96,9 +96,9 @@ TEST(CommandLine, EachProgramAnswersHelpAndVersionAndRefusesWhatItDoesNotKnow) {
 TEST(CommandLine, TheCommandLinesHelpNamesEveryCommandAndHowToGiveThePassword) {
     const Outcome help = Start(QStringLiteral("lotwright-cli"), {QStringLiteral("--help")});
     ASSERT_EQ(help.code, 0);
-    for (const char* word :
-         {"init", "rules get", "rules name", "rules install", "rules restore", "query", "scan",
-          "update", "--password-stdin", "--root", "--version"}) {
+    for (const char* word : {"init", "rules get", "rules name", "rules install", "rules restore",
+                             "query", "categories search", "categories browse", "scan", "update",
+                             "--password-stdin", "--root", "--version"}) {
         EXPECT_TRUE(help.out.contains(QLatin1String(word))) << word;
     }
     const Outcome bare = Start(QStringLiteral("lotwright-cli"), {});
