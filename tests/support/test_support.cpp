@@ -147,9 +147,9 @@ void InsertRow(core::Database& db, const QString& table,
         columns << QLatin1Char('"') + QString::fromLatin1(column) + QLatin1Char('"');
         marks << QStringLiteral("?");
     }
-    core::Statement insert = db.Prepare(QStringLiteral("INSERT INTO \"") + table +
-                                        QStringLiteral("\" (") + columns.join(u',') +
-                                        QStringLiteral(") VALUES (") + marks.join(u',') + u')');
+    core::Statement insert =
+        db.Prepare(QStringLiteral("INSERT INTO \"") + table + QStringLiteral("\" (") +
+                   columns.join(u',') + QStringLiteral(") VALUES (") + marks.join(u',') + u')');
     int index = 1;
     for (const auto& [column, value] : row) {
         insert.Bind(index++, value);
