@@ -21,6 +21,7 @@
 #include "core/ui_port.h"
 #include "creator/category_directory.h"
 #include "creator/creator_document.h"
+#include "creator/direct_post.h"
 #include "creator/listing_html.h"
 #include "tasks/task_model.h"
 #include "tasks/task_tree.h"
@@ -52,6 +53,8 @@ struct Options {
     std::optional<int> connections;    // update --connections
     QString bidder, pdfFile, rtfFile;  // packing-list, remittance
     QString type, style, outFile;      // listing --type, --style, --out
+    bool sellPage = false;             // listing post --sell-page
+    bool review = false;               // listing post --review
     QStringList words;                 // the command and its positional arguments
 };
 
@@ -85,12 +88,14 @@ QString Parse(const QStringList& args, Options& options) {
     const QCommandLineOption outFile(QStringLiteral("out"), QString(), QStringLiteral("FILE"));
     const QCommandLineOption bids(QStringLiteral("bids"));
     const QCommandLineOption filter(QStringLiteral("filter"), QString(), QStringLiteral("NAME"));
+    const QCommandLineOption sellPage(QStringLiteral("sell-page"));
+    const QCommandLineOption review(QStringLiteral("review"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")});
-    parser.addOptions({root,  user,        siteId,   password, passwordStdin, email,
-                       store, rules,       protocol, page,     pages,         list,
-                       wait,  connections, bidder,   pdf,      rtf,           type,
-                       style, outFile,     bids,     filter,   help,          version});
+    parser.addOptions({root,   user,     siteId, password, passwordStdin, email,   store,
+                       rules,  protocol, page,   pages,    list,          wait,    connections,
+                       bidder, pdf,      rtf,    type,     style,         outFile, bids,
+                       filter, sellPage, review, help,     version});
     parser.addOption(all);
     if (!parser.parse(QStringList{QStringLiteral("lotwright-cli")} + args)) {
         return parser.errorText();
@@ -137,6 +142,8 @@ QString Parse(const QStringList& args, Options& options) {
     options.type = parser.value(type);
     options.style = parser.value(style);
     options.outFile = parser.value(outFile);
+    options.sellPage = parser.isSet(sellPage);
+    options.review = parser.isSet(review);
     options.words = parser.positionalArguments();
     if (parser.isSet(help)) {
         options.words.prepend(QStringLiteral("help"));
@@ -446,16 +453,62 @@ std::optional<LoadedListing> LoadListing(core::Database& db, qint64 id) {
     return loaded;
 }
 
+// listing post: the document sent to the site by the creator's route; the
+// new item number on standard output (the sell page's path with --sell-page,
+// the review page's with --review).
+int PostListing(core::Database& db, qint64 id, const Options& options, QTextStream& out,
+                QTextStream& err) {
+    const creator::PostRoute route = options.sellPage ? creator::PostRoute::SellPage
+                                     : options.review ? creator::PostRoute::ReviewPage
+                                                      : creator::PostRoute::Direct;
+    // A category given by name is found in the directory, which a new
+    // database gets from the shipped file.
+    creator::PrepareCategoryDirectory(db, core::CurrentUi());
+    const creator::PostOutcome outcome =
+        creator::PostAuction(db, update::Rules(), id, route, core::CurrentUi());
+    if (!outcome.problem.isEmpty()) {
+        err << outcome.problem << '\n';
+    }
+    if (outcome.fellBack && !outcome.browserPage.isEmpty()) {
+        err << "The listing was not posted; the sell page to finish it in the browser is "
+            << outcome.browserPage << '\n';
+    }
+    if (!outcome.posted) {
+        return kExitFailure;
+    }
+    if (route != creator::PostRoute::Direct) {
+        creator::SavePostMark(core::CurrentSession().CurrentUser, QDate::currentDate());
+        out << outcome.browserPage << '\n';
+        return kExitOk;
+    }
+    if (outcome.itemNumber.isEmpty()) {
+        err << "The site took the listing, but its answer named no item number; the next update "
+               "of the sales will find it.\n";
+        return kExitOk;
+    }
+    out << outcome.itemNumber << '\n';
+    return kExitOk;
+}
+
 int Listing(const Options& options, const QString& exeDir, QTextStream& out, QTextStream& err) {
     const QString verb = options.words.value(1);
     const bool list = verb == QLatin1String("list");
-    if (!list && verb != QLatin1String("show") && verb != QLatin1String("html")) {
-        err << "listing takes list, show or html.\n";
+    const bool post = verb == QLatin1String("post");
+    if (!list && !post && verb != QLatin1String("show") && verb != QLatin1String("html")) {
+        err << "listing takes list, show, html or post.\n";
         return kExitUsage;
     }
     if (options.words.size() != (list ? 2 : 3)) {
         err << (list ? "listing list takes no more words (--type KIND chooses a kind).\n"
-                     : "listing show and listing html need one document ID.\n");
+                     : "listing show, html and post need one document ID.\n");
+        return kExitUsage;
+    }
+    if ((options.sellPage || options.review) && !post) {
+        err << "--sell-page and --review belong to listing post.\n";
+        return kExitUsage;
+    }
+    if (options.sellPage && options.review) {
+        err << "Give one route: --sell-page or --review.\n";
         return kExitUsage;
     }
     std::optional<QString> kind;
@@ -506,6 +559,9 @@ int Listing(const Options& options, const QString& exeDir, QTextStream& out, QTe
     const core::Session& session = core::CurrentSession();
     if (!creator::InstallAuctionTemplates(session.ShippedDir, session.TemplatesDir, &error)) {
         err << error << '\n';
+    }
+    if (post) {
+        return PostListing(db, id, options, out, err);
     }
     const std::optional<LoadedListing> loaded = LoadListing(db, id);
     if (!loaded) {
@@ -867,6 +923,12 @@ QString CliUsage() {
                "        standard output or into FILE\n"
                "  tasks [--bids] [--filter NAME]        the Task Manager's items of a filter (the\n"
                "        side's first without --filter), each with its tasks done or pending\n"
+               "  listing post ID [--sell-page | --review]\n"
+               "        post a document to the site and print the new item number; the\n"
+               "        document stays as it is whatever happens. When the site does not\n"
+               "        take the post, the sell page is written for the browser instead and\n"
+               "        its path told. --sell-page writes the sell page filled with the\n"
+               "        document, --review the site's review page, and prints its path\n"
                "Options:\n"
                "  --root DIR      the folder that holds Configs/, Data/ and Templates/, and\n"
                "                  the settings; without it a portable copy uses its own\n"

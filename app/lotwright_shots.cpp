@@ -11,24 +11,33 @@
 // box and the preferences again under a dark palette.
 // Messages are not shown (nobody is there to answer them) but are printed.
 // It writes pictures only; every row it changes is one the program's own
-// start or update would have written.
+// start or update would have written, or, in the Task Manager, one that a
+// user writes there: a partner's address pasted and saved, and a bid's
+// payment, so that the packing list and the remittance advice have what
+// they need.
 //   lotwright-shots --root DIR --out DIR
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QTabWidget>
 #include <QTextStream>
 #include <QTimer>
+#include <QTreeWidget>
 #include <QUrl>
+#include <string_view>
 
 #include "admin/startup.h"
 #include "core/session.h"
@@ -123,6 +132,11 @@ void TakeWhenShown(Shots& shots, const QString& objectName, const QString& pictu
     poll->start();
 }
 
+template <class T>
+T* Child(QWidget* window, const char* name) {
+    return window->findChild<T*>(QString::fromLatin1(name));
+}
+
 // A picture of the sample listing: a lantern drawn on a plain ground with
 // its number, so that the preview pages show pictures without a network.
 QString SamplePicture(const QString& dir, int n) {
@@ -149,11 +163,6 @@ QString SamplePicture(const QString& dir, int n) {
     return QUrl::fromLocalFile(path).toString();
 }
 
-template <class T>
-T* Control(QWidget* window, const char* name) {
-    return window->findChild<T*>(QString::fromLatin1(name));
-}
-
 // Types a sample listing into the creator as a seller would.
 void TypeSampleListing(QWidget* creator, const QString& pictureDir) {
     const struct {
@@ -169,17 +178,17 @@ void TypeSampleListing(QWidget* creator, const QString& pictureDir) {
                  {"txtItemLocationEbay", "Portland, Maine"},
                  {"txtPayPalAddress", "demo@example.com"}};
     for (const auto& box : boxes) {
-        if (auto* edit = Control<QLineEdit>(creator, box.name)) {
+        if (auto* edit = Child<QLineEdit>(creator, box.name)) {
             edit->setText(QString::fromUtf8(box.text));
         }
     }
-    if (auto* description = Control<QPlainTextEdit>(creator, "txtDescription")) {
+    if (auto* description = Child<QPlainTextEdit>(creator, "txtDescription")) {
         description->setPlainText(QStringLiteral(
             "<P>A brass ship's lantern with its <B>original</B> red glass and a working "
             "wick.</P><BR><P>Some dents at the base; the handle is firm. Height 34 cm.</P>"));
     }
-    auto* link = Control<QComboBox>(creator, "cmbPictureLink");
-    auto* add = Control<QAbstractButton>(creator, "cmdAddLink");
+    auto* link = Child<QComboBox>(creator, "cmbPictureLink");
+    auto* add = Child<QAbstractButton>(creator, "cmdAddLink");
     for (int n = 1; link != nullptr && add != nullptr && n <= 4; ++n) {
         link->setEditText(SamplePicture(pictureDir, n));
         add->click();
@@ -187,21 +196,20 @@ void TypeSampleListing(QWidget* creator, const QString& pictureDir) {
     if (link != nullptr) {
         link->setEditText(QString());
     }
-    if (auto* category = Control<QComboBox>(creator, "cmbEbayCategory")) {
+    if (auto* category = Child<QComboBox>(creator, "cmbEbayCategory")) {
         category->setEditText(QStringLiteral("110"));
         QMetaObject::invokeMethod(creator, "cmbEbayCategory_KeyEnter");
     }
     for (const char* list : {"lstEbayAcceptedPayment", "lstEbayShippingPref", "lstEbayOptions"}) {
-        if (auto* rows = Control<QListWidget>(creator, list);
-            rows != nullptr && rows->count() > 1) {
+        if (auto* rows = Child<QListWidget>(creator, list); rows != nullptr && rows->count() > 1) {
             rows->item(1)->setSelected(true);
         }
     }
-    if (auto* domestic = Control<QAbstractButton>(creator, "optEbayWorldShipping0")) {
+    if (auto* domestic = Child<QAbstractButton>(creator, "optEbayWorldShipping0")) {
         domestic->click();
     }
     for (const char* check : {"chkItemTitle", "chkPictureSize", "chkPictureReturn"}) {
-        if (auto* box = Control<QAbstractButton>(creator, check); box && !box->isChecked()) {
+        if (auto* box = Child<QAbstractButton>(creator, check); box && !box->isChecked()) {
             box->click();
         }
     }
@@ -217,7 +225,7 @@ void TypeSampleListing(QWidget* creator, const QString& pictureDir) {
                    {"cmbTransaction0", "within the country"},
                    {"cmbTransaction2", "Money order or personal check"}};
     for (const auto& choice : choices) {
-        if (auto* combo = Control<QComboBox>(creator, choice.name)) {
+        if (auto* combo = Child<QComboBox>(creator, choice.name)) {
             const QString text = QString::fromUtf8(choice.text);
             if (combo->isEditable()) {
                 combo->setEditText(text);
@@ -227,8 +235,7 @@ void TypeSampleListing(QWidget* creator, const QString& pictureDir) {
         }
     }
     for (const char* box : {"cmbEbayRegion", "cmbEbayCountry"}) {
-        if (auto* combo = Control<QComboBox>(creator, box);
-            combo != nullptr && combo->count() > 0) {
+        if (auto* combo = Child<QComboBox>(creator, box); combo != nullptr && combo->count() > 0) {
             combo->setCurrentIndex(0);
         }
     }
@@ -252,7 +259,7 @@ void TakeCreator(Shots& shots, QWidget* parent, const QString& out) {
                                  .arg(index)
                                  .arg(tabs->widget(index)->objectName().mid(3)));
     }
-    if (auto* styles = Control<QListWidget>(&creator, "lstTemplateStyle")) {
+    if (auto* styles = Child<QListWidget>(&creator, "lstTemplateStyle")) {
         for (int row = 0; row < styles->count(); ++row) {
             styles->setCurrentRow(row);
             written.clear();
@@ -274,11 +281,10 @@ void TakeCreator(Shots& shots, QWidget* parent, const QString& out) {
     try {
         lw::core::Database db = lw::core::OpenStore();
         lw::ui::frmGeneral browser(lw::ui::frmGeneral::CategoryForm, db, &creator);
-        if (auto* top = Control<QListWidget>(&browser, "lstCategoryNames");
-            top && top->count() > 0) {
+        if (auto* top = Child<QListWidget>(&browser, "lstCategoryNames"); top && top->count() > 0) {
             top->setCurrentRow(std::min(10, int(top->count()) - 1));
         }
-        if (auto* items = Control<QListWidget>(&browser, "lstCategoryItems");
+        if (auto* items = Child<QListWidget>(&browser, "lstCategoryItems");
             items && items->count() > 0) {
             items->setCurrentRow(0);
         }
@@ -286,7 +292,7 @@ void TakeCreator(Shots& shots, QWidget* parent, const QString& out) {
         if (auto* pages = browser.findChild<QTabWidget*>(QStringLiteral("tabCategories"))) {
             pages->setCurrentIndex(1);
         }
-        if (auto* words = Control<QComboBox>(&browser, "lstSearchCategories")) {
+        if (auto* words = Child<QComboBox>(&browser, "lstSearchCategories")) {
             words->setEditText(QStringLiteral("lamp"));
             browser.cmdSearchCategories_Click();
         }
@@ -296,6 +302,82 @@ void TakeCreator(Shots& shots, QWidget* parent, const QString& out) {
     }
     // Closed as it stands: the sample was never the user's work.
     creator.hide();
+}
+
+// A user's step in a panel: the boxes filled, then the button pressed.
+void FillAndPress(QWidget* window, std::initializer_list<std::pair<const char*, QString>> boxes,
+                  const char* button) {
+    for (const auto& [name, text] : boxes) {
+        if (auto* box = Child<QLineEdit>(window, name)) {
+            box->setText(text);
+        } else if (auto* list = Child<QComboBox>(window, name)) {
+            list->setCurrentIndex(text.toInt());
+            Q_EMIT list->activated(text.toInt());
+        }
+    }
+    if (auto* press = Child<QPushButton>(window, button)) {
+        press->click();
+    }
+}
+
+// The Task Manager on each side: the first item with every panel that its
+// tree opens, the partner's address pasted from the clipboard and saved
+// first (and on a bid the payment), so that the packing list and the
+// remittance advice can be built.
+void TakeTaskManager(Shots& shots, QWidget* window) {
+    auto* tree = Child<QTreeWidget>(window, "ToDo1");
+    auto* list = Child<QListWidget>(window, "lstToAuctions");
+    auto* count = Child<QLabel>(window, "lblToDoRecordCount");
+    if (tree == nullptr || list == nullptr || count == nullptr) {
+        return;
+    }
+    auto select = [tree](const QString& key) {
+        for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it) {
+            if ((*it)->data(0, Qt::UserRole).toString() == key) {
+                tree->setCurrentItem(*it);
+                return true;
+            }
+        }
+        return false;
+    };
+    for (const char* side : {"Sale", "Bid"}) {
+        const bool sale = side == std::string_view("Sale");
+        if (auto* box = Child<QCheckBox>(window, sale ? "chkToDoAuctions" : "chkToDoBids")) {
+            box->click();
+        }
+        const QString prefix = QStringLiteral("frmAuction-2-TaskManager-") + QLatin1String(side);
+        if (count->text() == QLatin1String("(0)")) {
+            shots.Take(window, prefix + QStringLiteral("-Empty"));
+            continue;
+        }
+        list->setCurrentRow(0);
+        if (select(QStringLiteral("PRA"))) {
+            QApplication::clipboard()->setText(
+                QStringLiteral("Ms. Ann B Lee\nLee Antiques\n12 Elm Street\nDayton, OH 45402"));
+            FillAndPress(window, {}, "cmdPasteAddressFromClipboard");
+            FillAndPress(window, {}, "cmdSaveAddress");
+        }
+        if (!sale && select(QStringLiteral("PRP"))) {
+            FillAndPress(window,
+                         {{"lstPaymentMethods", QStringLiteral("1")},
+                          {"txtCheckNumber", QStringLiteral("1042")},
+                          {"txtDrawnOnBank", QStringLiteral("First Bank")}},
+                         "cmdSavePaymentInfo");
+        }
+        QStringList keys;
+        for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it) {
+            if ((*it)->childCount() == 0 || (*it)->parent() == nullptr) {
+                keys << (*it)->data(0, Qt::UserRole).toString();
+            }
+        }
+        for (const QString& key : keys) {
+            select(key);
+            shots.Take(window, prefix + u'-' + key);
+        }
+    }
+    if (auto* box = Child<QCheckBox>(window, "chkToDoAuctions")) {
+        box->click();
+    }
 }
 
 }  // namespace
@@ -354,6 +436,8 @@ int main(int argc, char** argv) {
                                .arg(tabNames.value(index, QString::number(index))));
     }
     if (tabs != nullptr) {
+        tabs->setCurrentIndex(lw::ui::frmAuction::kTaskTab);
+        TakeTaskManager(shots, window);
         tabs->setCurrentIndex(0);
     }
     // The sale with the longest title selected: its panel must keep to the
@@ -443,7 +527,7 @@ int main(int argc, char** argv) {
     // palette, changed under the open main window as a desktop changes it.
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setPalette(lw::ui::DarkPalette());
-    for (int index : {0, 1, 3}) {
+    for (int index : {0, 1, 2, 3}) {
         if (tabs == nullptr) {
             break;
         }

@@ -214,6 +214,30 @@ qint64 Database::ScalarInt(const QString& sql) {
 
 // ------------------------------------------------------------- Transaction
 
+CommitsWithoutFlush::CommitsWithoutFlush(Database& db) : m_db(db) {
+    try {
+        Statement mode = m_db.Prepare(QStringLiteral("PRAGMA journal_mode"));
+        Statement sync = m_db.Prepare(QStringLiteral("PRAGMA synchronous"));
+        if (mode.Step() && mode.Text(0).compare(u"wal", Qt::CaseInsensitive) == 0 && sync.Step() &&
+            sync.Value(0).toInt() > 1) {
+            m_kept = sync.Value(0).toInt();
+            m_db.Exec(QStringLiteral("PRAGMA synchronous = NORMAL"));
+        }
+    } catch (const StoreError&) {
+        m_kept = -1;  // the work goes on as the store is set
+    }
+}
+
+CommitsWithoutFlush::~CommitsWithoutFlush() {
+    if (m_kept > 1) {
+        try {
+            m_db.Exec(QStringLiteral("PRAGMA synchronous = %1").arg(m_kept));
+        } catch (const StoreError&) {
+            // The next opening of the store sets it again.
+        }
+    }
+}
+
 Transaction::Transaction(Database& db) : m_db(db) {
     m_db.Exec(QStringLiteral("BEGIN"));
 }

@@ -102,6 +102,24 @@ private:
     bool m_open = true;
 };
 
+// For its lifetime, commits of a database in WAL mode do not wait for the
+// disk. A commit without a flush still leaves the file whole; a power cut can
+// lose only the last commits, in order, and the first commit after the scope
+// flushes again, and with it every commit before it. For long work of many
+// small commits (an update's pages, a queue of posts). A store in another
+// mode, or one that flushes less already, is left as it is.
+class CommitsWithoutFlush {
+public:
+    explicit CommitsWithoutFlush(Database& db);
+    ~CommitsWithoutFlush();
+    CommitsWithoutFlush(const CommitsWithoutFlush&) = delete;
+    CommitsWithoutFlush& operator=(const CommitsWithoutFlush&) = delete;
+
+private:
+    Database& m_db;
+    int m_kept = -1;  // the setting to put back; -1: none
+};
+
 class Statement {
 public:
     Statement(Statement&& other) noexcept;

@@ -105,6 +105,20 @@ CREATE TABLE IF NOT EXISTS pending (
     duration INTEGER NOT NULL,
     created INTEGER NOT NULL
 );
+CREATE TABLE IF NOT EXISTS pending_details (
+    token TEXT NOT NULL,
+    position INTEGER NOT NULL,
+    name TEXT NOT NULL,
+    value TEXT NOT NULL,
+    PRIMARY KEY (token, position)
+) WITHOUT ROWID;
+CREATE TABLE IF NOT EXISTS item_details (
+    item INTEGER NOT NULL,
+    position INTEGER NOT NULL,
+    name TEXT NOT NULL,
+    value TEXT NOT NULL,
+    PRIMARY KEY (item, position)
+) WITHOUT ROWID;
 CREATE TABLE IF NOT EXISTS counters (
     name TEXT PRIMARY KEY,
     value INTEGER NOT NULL
@@ -150,7 +164,8 @@ void MarketStore::Wipe() {
     m_db.Exec(
         "DELETE FROM users; DELETE FROM items; DELETE FROM bids; DELETE FROM bidder_lots; "
         "DELETE FROM watch; "
-        "DELETE FROM ledger; DELETE FROM feedback; DELETE FROM pending; DELETE FROM counters;");
+        "DELETE FROM ledger; DELETE FROM feedback; DELETE FROM pending; DELETE FROM counters; "
+        "DELETE FROM pending_details; DELETE FROM item_details;");
 }
 
 std::int64_t MarketStore::AddUser(const User& user) {
@@ -276,6 +291,27 @@ std::int64_t MarketStore::ItemCount() {
     Stmt& stmt = m_db.Prepare("SELECT COUNT(*) FROM items");
     stmt.Step();
     return stmt.Int(0);
+}
+
+void MarketStore::AddItemDetails(std::int64_t number, const ListingDetails& details) {
+    Stmt& insert =
+        m_db.Prepare("INSERT INTO item_details (item, position, name, value) VALUES (?, ?, ?, ?)");
+    std::int64_t position = 0;
+    for (const auto& [name, value] : details) {
+        insert.Reset();
+        insert.BindAll(number, ++position, name, value).Run();
+    }
+}
+
+ListingDetails MarketStore::ItemDetails(std::int64_t number) {
+    ListingDetails details;
+    Stmt& stmt =
+        m_db.Prepare("SELECT name, value FROM item_details WHERE item = ? ORDER BY position");
+    stmt.Bind(1, number);
+    while (stmt.Step()) {
+        details.emplace_back(stmt.Text(0), stmt.Text(1));
+    }
+    return details;
 }
 
 std::int64_t MarketStore::AddBid(std::int64_t item, std::int64_t bidderId, std::int64_t maximum,
@@ -606,6 +642,13 @@ std::string MarketStore::AddPending(const PendingListing& listing, std::int64_t 
                  item.location, item.minimumBid, item.reserve, item.quantity, item.options,
                  listing.durationDays, now)
         .Run();
+    Stmt& detail = m_db.Prepare(
+        "INSERT INTO pending_details (token, position, name, value) VALUES (?, ?, ?, ?)");
+    std::int64_t position = 0;
+    for (const auto& [name, value] : listing.details) {
+        detail.Reset();
+        detail.BindAll(token, ++position, name, value).Run();
+    }
     return token;
 }
 
@@ -630,7 +673,14 @@ std::optional<PendingListing> MarketStore::TakePending(const std::string& token)
     listing.item.quantity = static_cast<int>(stmt.Int(7));
     listing.item.options = stmt.Text(8);
     listing.durationDays = static_cast<int>(stmt.Int(9));
+    Stmt& details =
+        m_db.Prepare("SELECT name, value FROM pending_details WHERE token = ? ORDER BY position");
+    details.Bind(1, token);
+    while (details.Step()) {
+        listing.details.emplace_back(details.Text(0), details.Text(1));
+    }
     m_db.Prepare("DELETE FROM pending WHERE token = ?").Bind(1, token).Run();
+    m_db.Prepare("DELETE FROM pending_details WHERE token = ?").Bind(1, token).Run();
     return listing;
 }
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "site/sqlite_db.h"
@@ -97,12 +98,17 @@ struct FeedbackRow {
     std::int64_t time = 0;
 };
 
+// The fields of a sell post that the item's own columns do not hold (picture,
+// payment, shipping, regions, options, ...), name and value, sorted by name.
+using ListingDetails = std::vector<std::pair<std::string, std::string>>;
+
 // A listing checked by the review post and waiting for the confirm post.
 struct PendingListing {
     std::string token;
     std::int64_t sellerId = 0;
     Item item;
     int durationDays = 7;
+    ListingDetails details;
 };
 
 class MarketStore {
@@ -129,6 +135,9 @@ public:
     void SetTitle(std::int64_t number, const std::string& title);
     void SetEndTime(std::int64_t number, std::int64_t endTime);
     std::int64_t ItemCount();
+    // The posted fields of a listed item, as its sell post gave them.
+    void AddItemDetails(std::int64_t number, const ListingDetails& details);
+    ListingDetails ItemDetails(std::int64_t number);
 
     std::int64_t AddBid(std::int64_t item, std::int64_t bidderId, std::int64_t maximum,
                         int quantity, std::int64_t time);

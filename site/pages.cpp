@@ -16,6 +16,16 @@ class Page {
 public:
     explicit Page(std::string_view title) : m_title(title) {}
 
+    // A page that the user may keep as a file and open from there: its
+    // relative links and form actions resolve against the site's base, and
+    // its characters are declared, since a file has no header to say so.
+    void StandAlone(const std::string& baseUrl) {
+        m_head = "<meta http-equiv=\"Content-Type\" content=\"text/html; charset=utf-8\">\n";
+        if (!baseUrl.empty()) {
+            m_head += "<base href=\"" + Html(baseUrl) + "/\">\n";
+        }
+    }
+
     Page& operator<<(std::string_view text) {
         m_body += text;
         return *this;
@@ -25,7 +35,7 @@ public:
         std::string page;
         page.reserve(m_body.size() + 1024);
         page +=
-            "<html>\n<head>\n<title>Demo Market: " + Html(m_title) +
+            "<html>\n<head>\n" + m_head + "<title>Demo Market: " + Html(m_title) +
             "</title>\n</head>\n"
             "<body bgcolor=\"#FFFFFF\" link=\"#0000CC\" vlink=\"#551A8B\">\n"
             "<table width=\"100%\" border=\"0\" cellpadding=\"2\"><tr>\n"
@@ -56,6 +66,7 @@ public:
 
 private:
     std::string m_title;
+    std::string m_head;
     std::string m_body;
 };
 
@@ -367,7 +378,8 @@ std::string ClockPage(std::int64_t now, bool dropMarker) {
     return out.Finish();
 }
 
-std::string ItemPage(const ItemView& view, std::int64_t now, bool dropMarker) {
+std::string ItemPage(const ItemView& view, std::int64_t now, bool dropMarker,
+                     const ListingDetails& details) {
     const Item& item = view.item;
     const Category* category = FindCategory(item.category);
     Page out(item.title);
@@ -422,6 +434,16 @@ std::string ItemPage(const ItemView& view, std::int64_t now, bool dropMarker) {
                 << "</td><td class=\"wprice\">" << Money(winner.price) << "</td></tr>\n";
         }
         out << "</table>\n" << kWinnersEnd << "\n";
+    }
+    if (!details.empty()) {
+        out << "<h3>Listing details</h3>\n"
+            << kDetailsBegin << "\n"
+            << "<table border=\"1\" cellspacing=\"0\" cellpadding=\"3\">\n";
+        for (const auto& [name, value] : details) {
+            out << "<tr><td class=\"field\">" << Html(name) << "</td><td class=\"value\">"
+                << Html(value) << "</td></tr>\n";
+        }
+        out << "</table>\n" << kDetailsEnd << "\n";
     }
     out << "<h3>Description</h3>\n<p>" << Html(item.description) << "</p>\n"
         << "<p><a href=\"" << Cgi("ViewListedItems") << "&userid=" << UrlEncode(view.seller)
@@ -506,8 +528,9 @@ std::string CheckBox(std::string_view name, std::string_view label, bool checked
 
 }  // namespace
 
-std::string SellFormPage(const Category& category, const Item* relist) {
+std::string SellFormPage(const Category& category, const Item* relist, const std::string& baseUrl) {
     Page out("Sell your item");
+    out.StandAlone(baseUrl);
     std::string title, description, location, quantity, minimum, reserve;
     if (relist) {
         title = relist->title;
@@ -597,10 +620,11 @@ std::string CategoryChoicePage() {
 }
 
 std::string ReviewPage(const PendingListing& listing, const std::string& userId,
-                       const std::string& encodedPass) {
+                       const std::string& encodedPass, const std::string& baseUrl) {
     const Item& item = listing.item;
     const Category* category = FindCategory(item.category);
     Page out("Review your listing");
+    out.StandAlone(baseUrl);
     // The confirm form stands before the seller's own description, so that no
     // text of the description can be taken for it.
     out << "<h2>Review your listing</h2>\n"
@@ -657,6 +681,12 @@ std::string NotRegisteredPage(const std::string& otherUser) {
     out << "<h2>Feedback not recorded</h2>\n<p><b>" << Html(otherUser)
         << "</b> is not a registered user. Please go back and check the user ID.</p>\n";
     return out.Finish();
+}
+
+std::string PostRefusedPage() {
+    return MessagePage("Listing not accepted",
+                       "The Demo Market cannot take new listings just now. Nothing was listed; "
+                       "please try again later.");
 }
 
 std::string MessagePage(const std::string& title, const std::string& text) {

@@ -35,6 +35,8 @@ inline constexpr const char* kItemBegin = "<!-- BEGIN ITEM -->";
 inline constexpr const char* kItemEnd = "<!-- END ITEM -->";
 inline constexpr const char* kWinnersBegin = "<!-- BEGIN WINNERS -->";
 inline constexpr const char* kWinnersEnd = "<!-- END WINNERS -->";
+inline constexpr const char* kDetailsBegin = "<!-- BEGIN DETAILS -->";
+inline constexpr const char* kDetailsEnd = "<!-- END DETAILS -->";
 // What the high-bidder cell of a list says for a lot with several winners.
 inline constexpr const char* kSeveralWinners = "Dutch Auction";
 
@@ -75,16 +77,23 @@ std::string LedgerPage(const ListPage& page, const std::vector<LedgerRow>& rows)
 std::string SummaryPage(const ListPage& page, std::int64_t balance,
                         const std::optional<LedgerRow>& lastPayment);
 std::string ClockPage(std::int64_t now, bool dropMarker);
-std::string ItemPage(const ItemView& view, std::int64_t now, bool dropMarker);
+// The item's posted fields beyond its own columns stand in a table of their
+// own, one row per field: <td class="field">name</td><td class="value">.
+std::string ItemPage(const ItemView& view, std::int64_t now, bool dropMarker,
+                     const ListingDetails& details = {});
 std::string ItemMissingPage(const std::string& number);
 std::string EmailPage(const std::string& requested, const std::optional<User>& found);
 std::string FeedbackProfilePage(const User& user, const std::vector<FeedbackRow>& rows);
 std::string SellerListPage(const User& seller, const std::vector<ItemView>& rows, std::int64_t now);
-// The sell form for a category; a relist fills it from an item.
-std::string SellFormPage(const Category& category, const Item* relist);
+// The sell form for a category; a relist fills it from an item. The sell
+// form and the review page name the site's base (baseUrl, "http://host:port"),
+// so that a copy saved as a file still posts to the site.
+std::string SellFormPage(const Category& category, const Item* relist, const std::string& baseUrl);
 std::string CategoryChoicePage();
 std::string ReviewPage(const PendingListing& listing, const std::string& userId,
-                       const std::string& encodedPass);
+                       const std::string& encodedPass, const std::string& baseUrl);
+// A post the site would not take now: an error page, sent with an error status.
+std::string PostRefusedPage();
 std::string ListingProblemPage(const std::vector<std::string>& problems);
 std::string ListedPage(std::int64_t number, const std::string& title, std::int64_t endTime);
 std::string FeedbackLeftPage(const std::string& otherUser);

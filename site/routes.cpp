@@ -21,6 +21,9 @@ namespace {
 
 constexpr std::int64_t kDay = 86400;
 
+// The largest post body the site reads.
+constexpr size_t kMaxPostBody = 1024 * 1024;
+
 // ---------------------------------------------------------------------------
 // Request values
 // ---------------------------------------------------------------------------
@@ -142,16 +145,19 @@ void ParsePairs(std::string_view text, Form& form, bool allowCommand) {
     }
 }
 
-Form ReadForm(const httplib::Request& request) {
+// The query's pairs, then those of a posted form body (the request's own, or
+// one read by the caller).
+Form ReadForm(const httplib::Request& request, const std::string* postedBody = nullptr) {
     Form form;
     const std::string& target = request.target.empty() ? request.path : request.target;
     if (const size_t query = target.find('?'); query != std::string::npos) {
         ParsePairs(std::string_view(target).substr(query + 1), form, true);
     }
     const std::string type = Lower(request.get_header_value("Content-Type"));
-    if (request.method == "POST" && !request.body.empty() &&
+    const std::string& body = postedBody ? *postedBody : request.body;
+    if (request.method == "POST" && !body.empty() &&
         (type.empty() || type.find("application/x-www-form-urlencoded") != std::string::npos)) {
-        ParsePairs(request.body, form, false);
+        ParsePairs(body, form, false);
     }
     if (const std::string named = form.Get("mfcisapicommand"); !named.empty()) {
         form.command = named;
@@ -199,6 +205,7 @@ struct Context {
     int pageSize;
     int layout;
     std::function<bool(PageKind)> takeBreak;
+    const std::string& baseUrl;
 };
 
 // The member of a page request, signed in by the encoded password.
@@ -362,7 +369,8 @@ void ViewItem(Context& c) {
         SendHtml(c.response, ItemMissingPage(number), 404);
         return;
     }
-    SendHtml(c.response, ItemPage(*view, c.now, c.takeBreak(PageKind::Item)));
+    SendHtml(c.response, ItemPage(*view, c.now, c.takeBreak(PageKind::Item),
+                                  c.store.ItemDetails(view->item.number)));
 }
 
 void ReturnEmail(Context& c) {
@@ -412,7 +420,7 @@ void SellItemForm(Context& c) {
                  404);
         return;
     }
-    SendHtml(c.response, SellFormPage(*category, nullptr));
+    SendHtml(c.response, SellFormPage(*category, nullptr, c.baseUrl));
 }
 
 void RelistItem(Context& c) {
@@ -422,7 +430,7 @@ void RelistItem(Context& c) {
         SendHtml(c.response, ItemMissingPage(c.form.Get("item")), 404);
         return;
     }
-    SendHtml(c.response, SellFormPage(*category, &*item));
+    SendHtml(c.response, SellFormPage(*category, &*item, c.baseUrl));
 }
 
 // The refusal of a sell post: the answer quotes the redirect line that the
@@ -445,6 +453,36 @@ std::string Options(const Form& form) {
         }
     }
     return options;
+}
+
+// Fields of a sell post that are no detail of the listing: the sign-in, the
+// command, and what the item's own columns hold.
+bool OwnColumnOrSecret(const std::string& name) {
+    static const char* const kNames[] = {"mfcisapicommand", "userid",     "password", "pass",
+                                         "token",           "title",      "category", "description",
+                                         "location",        "minimumbid", "reserve",  "quantity"};
+    return std::any_of(std::begin(kNames), std::end(kNames),
+                       [&name](const char* own) { return name == own; });
+}
+
+// Every other posted field is kept as the seller sent it, up to a bound, so
+// that the item page shows what the post carried.
+constexpr size_t kMaxDetails = 100;
+constexpr size_t kMaxDetailName = 64;
+constexpr size_t kMaxDetailValue = 2000;
+
+ListingDetails DetailsOf(const Form& form) {
+    ListingDetails details;
+    for (const auto& [name, value] : form.values) {
+        if (details.size() >= kMaxDetails) {
+            break;
+        }
+        if (OwnColumnOrSecret(name) || name.empty() || name.size() > kMaxDetailName) {
+            continue;
+        }
+        details.emplace_back(name, value.substr(0, kMaxDetailValue));
+    }
+    return details;
 }
 
 void VerifyNewItem(Context& c) {
@@ -506,13 +544,14 @@ void VerifyNewItem(Context& c) {
         problems.push_back("The duration must be 3, 5, 7 or 10 days.");
     }
     item.options = Options(c.form);
+    listing.details = DetailsOf(c.form);
     if (!problems.empty()) {
         SendHtml(c.response, ListingProblemPage(problems));
         return;
     }
     listing.token = c.store.AddPending(listing, c.now);
-    SendHtml(c.response,
-             ReviewPage(listing, user->userId, EncodePassword(user->userId, user->password)));
+    SendHtml(c.response, ReviewPage(listing, user->userId,
+                                    EncodePassword(user->userId, user->password), c.baseUrl));
 }
 
 void AddItem(Context& c) {
@@ -534,6 +573,7 @@ void AddItem(Context& c) {
     item.endTime = c.now + listing->durationDays * kDay;
     DbTransaction transaction(c.store.Database());
     const std::int64_t number = c.store.AddItem(item);
+    c.store.AddItemDetails(number, listing->details);
     LedgerRow fee;
     fee.time = c.now;
     fee.type = "Insertion fee";
@@ -672,11 +712,32 @@ bool MarketSite::TakeBreak(PageKind kind) {
 }
 
 void MarketSite::Register(httplib::Server& server) {
-    auto cgi = [this](const httplib::Request& request, httplib::Response& response) {
-        Cgi(request, response);
-    };
-    server.Get(kCgiPath, cgi);
-    server.Post(kCgiPath, cgi);
+    server.Get(kCgiPath, [this](const httplib::Request& request, httplib::Response& response) {
+        Cgi(request, response, nullptr);
+    });
+    // A post's body is read here rather than by the HTTP library, which
+    // refuses a form of more than 8 KB: a listing's description alone is
+    // often more. The body is bounded all the same.
+    server.Post(kCgiPath, [this](const httplib::Request& request, httplib::Response& response,
+                                 const httplib::ContentReader& read) {
+        std::string body;
+        bool tooLong = false;
+        read([&](const char* data, size_t length) {
+            if (body.size() + length > kMaxPostBody) {
+                tooLong = true;
+                return false;
+            }
+            body.append(data, length);
+            return true;
+        });
+        if (tooLong) {
+            SendHtml(response,
+                     MessagePage("Post too large", "The Demo Market takes posts of up to 1 MB."),
+                     413);
+            return;
+        }
+        Cgi(request, response, &body);
+    });
     server.Get("/", [this](const httplib::Request&, httplib::Response& response) {
         std::lock_guard lock(m_lock);
         if (m_control.down) {
@@ -697,8 +758,48 @@ void MarketSite::Register(httplib::Server& server) {
     server.Post(R"(/admin/([a-z-]+))", admin);
 }
 
-void MarketSite::Cgi(const httplib::Request& request, httplib::Response& response) {
-    const Form form = ReadForm(request);
+void MarketSite::TakeSellPostFault(const std::string& command, int& refuseStatus,
+                                   std::chrono::milliseconds& hold) {
+    if (command != "verifynewitem" && command != "additem") {
+        return;
+    }
+    if (m_control.refusePosts > 0) {
+        --m_control.refusePosts;
+        refuseStatus = m_control.refuseStatus;
+    }
+    if (m_control.holdPosts > 0) {
+        --m_control.holdPosts;
+        hold = m_control.holdFor;
+    }
+}
+
+void MarketSite::Stop() {
+    {
+        const std::lock_guard lock(m_holdMutex);
+        m_stopping = true;
+    }
+    m_holdEnded.notify_all();
+}
+
+void MarketSite::Cgi(const httplib::Request& request, httplib::Response& response,
+                     const std::string* body) {
+    const Form form = ReadForm(request, body);
+    int refuseStatus = 0;
+    std::chrono::milliseconds hold{0};
+    {
+        std::lock_guard lock(m_lock);
+        TakeSellPostFault(Lower(form.command), refuseStatus, hold);
+    }
+    if (hold.count() > 0) {
+        // Held without the market's lock, so that the rest of the site
+        // answers meanwhile; the wait ends at once when the server stops.
+        std::unique_lock wait(m_holdMutex);
+        m_holdEnded.wait_for(wait, hold, [this] { return m_stopping; });
+    }
+    if (refuseStatus != 0) {
+        SendHtml(response, PostRefusedPage(), refuseStatus);
+        return;
+    }
     std::lock_guard lock(m_lock);
     if (m_control.down) {
         SendHtml(response,
@@ -708,10 +809,14 @@ void MarketSite::Cgi(const httplib::Request& request, httplib::Response& respons
         return;
     }
     const std::int64_t now = m_clock.Now();
-    Context context{
-        m_store, now, form, response, m_settings.pageSize, m_control.layout, [this](PageKind kind) {
-            return TakeBreak(kind);
-        }};
+    Context context{m_store,
+                    now,
+                    form,
+                    response,
+                    m_settings.pageSize,
+                    m_control.layout,
+                    [this](PageKind kind) { return TakeBreak(kind); },
+                    m_baseUrl};
     const std::string command = Lower(form.command);
     if (command == "myebay" && request.method == "POST") {
         SignInPost(context);
@@ -860,6 +965,21 @@ void MarketSite::Admin(const httplib::Request& request, httplib::Response& respo
             }
             SendJson(response,
                      "{\"ok\":true,\"broken_pages\":" + std::to_string(m_control.breakCount) + "}");
+        } else if (action == "sell-posts") {
+            // The next sell posts (review or confirm) refused with an error
+            // page, or held before their answer.
+            m_control.refusePosts = static_cast<int>(
+                std::clamp<std::int64_t>(IntValue(form.Get("refuse"), 0), 0, 1000));
+            m_control.refuseStatus = static_cast<int>(
+                std::clamp<std::int64_t>(IntValue(form.Get("status", "500"), 500), 400, 599));
+            m_control.holdPosts =
+                static_cast<int>(std::clamp<std::int64_t>(IntValue(form.Get("hold"), 0), 0, 1000));
+            m_control.holdFor = std::chrono::milliseconds(
+                std::clamp<std::int64_t>(IntValue(form.Get("ms"), 0), 0, 600000));
+            SendJson(response, "{\"ok\":true,\"refuse\":" + std::to_string(m_control.refusePosts) +
+                                   ",\"status\":" + std::to_string(m_control.refuseStatus) +
+                                   ",\"hold\":" + std::to_string(m_control.holdPosts) +
+                                   ",\"ms\":" + std::to_string(m_control.holdFor.count()) + "}");
         } else if (action == "rule-version") {
             if (form.Get("v").empty()) {
                 return SendJsonError(response, "v= is needed");

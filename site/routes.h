@@ -5,6 +5,8 @@
 // holds it while it reads or changes the store. It answers on loopback only.
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -38,6 +40,8 @@ public:
     // Set once the port is known, before the first request.
     void SetBaseUrl(const std::string& baseUrl) { m_baseUrl = baseUrl; }
     void Register(httplib::Server& server);
+    // Ends every held answer at once; called as the server stops.
+    void Stop();
 
 private:
     struct Control {
@@ -46,14 +50,23 @@ private:
         bool breakAll = true;
         PageKind breakKind = PageKind::Other;
         int layout = 1;
+        int refusePosts = 0;  // sell posts still to refuse
+        int refuseStatus = 500;
+        int holdPosts = 0;  // sell posts still to hold
+        std::chrono::milliseconds holdFor{0};
     };
 
-    void Cgi(const httplib::Request& request, httplib::Response& response);
+    // body: a posted body read by the caller; null for the request's own.
+    void Cgi(const httplib::Request& request, httplib::Response& response, const std::string* body);
     void Rules(const httplib::Request& request, httplib::Response& response);
     void Admin(const httplib::Request& request, httplib::Response& response);
 
     // True when this page is to lose its begin marker, counting the break down.
     bool TakeBreak(PageKind kind);
+    // Whether a sell post is to be refused (the status to answer with, else
+    // left 0) or held, counting the faults down.
+    void TakeSellPostFault(const std::string& command, int& refuseStatus,
+                           std::chrono::milliseconds& hold);
 
     MarketStore& m_store;
     SiteClock& m_clock;
@@ -61,6 +74,9 @@ private:
     std::string m_baseUrl;
     Control m_control;
     std::mutex m_lock;
+    std::mutex m_holdMutex;
+    std::condition_variable m_holdEnded;
+    bool m_stopping = false;
 };
 
 }  // namespace lw::site

@@ -397,10 +397,11 @@ int main(int argc, char** argv) {
                       << " ms more for a new connection's first" << std::endl;
         }
 
-        std::thread stopper([&server, &latency, stopSignals] {
+        std::thread stopper([&server, &latency, &site, stopSignals] {
             int signal = 0;
             sigwait(&stopSignals, &signal);
             latency.Stop();
+            site.Stop();
             server.stop();
         });
         const bool served = server.listen_after_bind();

@@ -34,6 +34,7 @@
 #include <QTextBrowser>
 #include <QTimer>
 #include <QToolButton>
+#include <QTreeWidget>
 #include <QtTest>
 #include <functional>
 #include <memory>
@@ -60,17 +61,12 @@
 
 using namespace lw;
 
+using lw::test::EndIn;
 using lw::test::Named;
 
 namespace {
 
 const QString kUser = QStringLiteral("Pat O'Brien");
-
-QString EndIn(int days) {
-    return QDateTime::currentDateTime().addDays(days).toString(
-               QStringLiteral("MM/dd/yy, hh:mm:ss")) +
-           QStringLiteral(" PST");
-}
 
 // One sale of the user; a reserve of "-" leaves the high bid uncoloured.
 void AddSale(core::Database& db, const QString& item, const QString& title, const QString& highBid,
@@ -322,6 +318,53 @@ std::function<void(QWidget*)> TabOf(const QString& tabs, int index) {
     return [tabs, index](QWidget* w) { Named<QTabWidget>(w, tabs)->setCurrentIndex(index); };
 }
 
+// An ended sale to a buyer with an address and an ended bid won, for the
+// Task Manager's panels; added once.
+void AddEndedItems() {
+    core::Database db = core::OpenStore();
+    if (db.Prepare(QStringLiteral("SELECT 1 FROM Bids")).Step()) {
+        return;
+    }
+    AddSale(db, QStringLiteral("1004"), QStringLiteral("Oil lamp"), QStringLiteral("$30.00"),
+            QStringLiteral("-"), -5, QStringLiteral("(20)"));
+    test::InsertRow(db, QStringLiteral("Buyers"),
+                    {{"AuctionSiteFlag", 0},
+                     {"BuyerID", QStringLiteral("buyer")},
+                     {"StreetAddress1", QStringLiteral("12 Elm St")}});
+    test::InsertRow(db, QStringLiteral("Bids"),
+                    {{"UserName", kUser},
+                     {"ItemNumber", QStringLiteral("3001")},
+                     {"ItemTitle", QStringLiteral("Old map")},
+                     {"HighBid", QStringLiteral("$15.00")},
+                     {"EndDate", EndIn(-4)},
+                     {"Winning", 1},
+                     {"SellerName", QStringLiteral("seller")}});
+}
+
+// The Task Manager on a side, its first item's node of that key open, and
+// then a control of the panel set when one is named ("lstPaymentMethods=1").
+std::function<void(QWidget*)> TaskNode(bool bids, const QString& key,
+                                       const QString& set = QString()) {
+    return [bids, key, set](QWidget* w) {
+        AddEndedItems();
+        TabOf(QStringLiteral("SSTab1"), 2)(w);
+        Named<QAbstractButton>(
+            w, bids ? QStringLiteral("chkToDoBids") : QStringLiteral("chkToDoAuctions"))
+            ->click();
+        auto* tree = Named<QTreeWidget>(w, QStringLiteral("ToDo1"));
+        for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it) {
+            if ((*it)->data(0, Qt::UserRole).toString() == key) {
+                tree->setCurrentItem(*it);
+            }
+        }
+        if (!set.isEmpty()) {
+            auto* list = Named<QComboBox>(w, set.section(u'=', 0, 0));
+            list->setCurrentIndex(set.section(u'=', 1).toInt());
+            Q_EMIT list->activated(list->currentIndex());
+        }
+    };
+}
+
 }  // namespace
 
 class WindowMannersTest : public QObject {
@@ -347,7 +390,23 @@ private:
              [this] { return std::unique_ptr<QWidget>(OpenMain()); },
              {{QStringLiteral("My Sales"), TabOf(QStringLiteral("SSTab1"), 0)},
               {QStringLiteral("My Bids"), TabOf(QStringLiteral("SSTab1"), 1)},
+              {QStringLiteral("Task Manager"), TabOf(QStringLiteral("SSTab1"), 2)},
               {QStringLiteral("Auction Analysis"), TabOf(QStringLiteral("SSTab1"), 3)}}});
+        // Each panel of the Task Manager, on the side that has it.
+        WindowCase& main = cases.back();
+        for (const char* key :
+             {"SUM", "SUMS", "SUMN", "PRA", "CON", "SHP", "SHS", "SHR", "FBL", "FBR"}) {
+            main.states.emplace_back(QStringLiteral("sale task ") + QLatin1String(key),
+                                     TaskNode(false, QString::fromLatin1(key)));
+        }
+        main.states.emplace_back(
+            QStringLiteral("sale payment by check"),
+            TaskNode(false, QStringLiteral("PRI"), QStringLiteral("lstPaymentMethods=1")));
+        main.states.emplace_back(
+            QStringLiteral("bid payment by card"),
+            TaskNode(true, QStringLiteral("PRP"), QStringLiteral("lstPaymentMethods=2")));
+        main.states.emplace_back(QStringLiteral("bid task IRR"),
+                                 TaskNode(true, QStringLiteral("IRR")));
         WindowCase preferences{QStringLiteral("frmUserPreferences"),
                                [] { return std::make_unique<ui::frmUserPreferences>(); },
                                {}};

@@ -46,6 +46,7 @@
 #include "ui/item_panels.h"
 #include "ui/listing_grid.h"
 #include "ui/qt_ui.h"
+#include "ui/task_manager_tab.h"
 #include "update/repair.h"
 #include "update/rules.h"
 #include "update/site_session.h"
@@ -181,11 +182,8 @@ frmAuction::frmAuction(QWidget* parent) : QMainWindow(parent) {
     m_SSTab1->setObjectName(QStringLiteral("SSTab1"));
     m_SSTab1->addTab(BuildSalesTab(), QStringLiteral("My &Sales"));
     m_SSTab1->addTab(BuildBidsTab(), QStringLiteral("My &Bids"));
-    auto* taskTab = new QWidget(m_SSTab1);
-    taskTab->setObjectName(QStringLiteral("tabTaskManager"));
-    m_SSTab1->addTab(taskTab, QStringLiteral("Tas&k Manager"));
-    // The task list has no window of its own yet.
-    m_SSTab1->setTabEnabled(kTaskTab, false);
+    m_tasks = new TaskManagerTab([this]() -> core::Database& { return Db(); }, m_SSTab1);
+    m_SSTab1->addTab(m_tasks, QStringLiteral("Tas&k Manager"));
     m_analysis = new AuctionAnalysisTab(m_SSTab1);
     m_SSTab1->addTab(m_analysis, QStringLiteral("Auction A&nalysis"));
     setCentralWidget(m_SSTab1);
@@ -236,7 +234,7 @@ core::Database& frmAuction::Db() {
 }
 
 bool frmAuction::Guard(const QString& title, const std::function<void()>& work) {
-    return RunCommand(title, work);
+    return RunReported(title, work);
 }
 
 void frmAuction::SetUrlOpener(std::function<void(const QString&)> opener) {
@@ -496,6 +494,17 @@ void frmAuction::ShowAccountBalance() {
 }
 
 void frmAuction::SSTab1_Click(int index) {
+    if (index == kTaskTab) {
+        // The rules are read again from the database, and the Nulls that
+        // pages leave in scanned rows are mended before the tasks are read
+        // from those rows.
+        Guard(QStringLiteral("Task Manager"), [this] {
+            update::DecryptProtocols(update::Rules(), Db());
+            update::RepairNulls(Db());
+        });
+        m_tasks->RebuildTaskView();
+        return;
+    }
     if (index != kAnalysisTab) {
         return;
     }
@@ -615,6 +624,9 @@ void frmAuction::moveEvent(QMoveEvent* event) {
 void frmAuction::RedrawViews() {
     lstAuctionGroup_Click();
     lstBidGroup_Click();
+    if (m_SSTab1->currentIndex() == kTaskTab) {
+        m_tasks->RebuildTaskView();
+    }
     if (m_analysisShown) {
         Guard(QStringLiteral("Auction Analysis"), [this] { m_analysis->AnalysisRefresh(Db()); });
     }

@@ -40,6 +40,7 @@ class BidPanels;
 class frmLWAC;
 class ListingGrid;
 class SalePanels;
+class TaskManagerTab;
 
 class frmAuction : public QMainWindow {
     Q_OBJECT
@@ -207,6 +208,7 @@ private:
     SalePanels* m_salePanels = nullptr;
     BidPanels* m_bidPanels = nullptr;
     AuctionAnalysisTab* m_analysis = nullptr;
+    TaskManagerTab* m_tasks = nullptr;
     bool m_analysisShown = false;
     QLabel* m_lblSalesView = nullptr;  // lblLabel(57)
     QLabel* m_lblBidsView = nullptr;

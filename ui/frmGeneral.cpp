@@ -222,7 +222,7 @@ void frmGeneral::cmdCancel_Click() {
 // ------------------------------------------------------------------ form 2
 
 void frmGeneral::Guarded(const std::function<void()>& work) {
-    RunCommand(windowTitle(), work);
+    RunReported(windowTitle(), work);
 }
 
 QWidget* frmGeneral::BuildCategoryForm() {

@@ -216,8 +216,15 @@ core::Database& frmLWAC::Db() {
 }
 
 bool frmLWAC::Guard(const std::function<void()>& work) {
-    // The next command opens the database afresh.
-    return RunCommand(creator::CreatorCaption(), work, [this] { m_db.reset(); });
+    return RunReported(creator::CreatorCaption(), [&] {
+        try {
+            work();
+        } catch (const core::StoreError&) {
+            // The next command opens the database afresh.
+            m_db.reset();
+            throw;
+        }
+    });
 }
 
 void frmLWAC::SetUrlOpener(std::function<void(const QUrl&)> opener) {

@@ -24,6 +24,7 @@
 #include <algorithm>
 
 #include "ui/readable_colour.h"
+#include "ui/task_pictures.h"
 
 namespace lw::ui {
 
@@ -119,47 +120,6 @@ void SetColour(QLabel* label, views::CellColour colour) {
     label->setPalette(palette);
 }
 
-// A panel frame whose least size is that of its contents: the title (an
-// item's title and number) is drawn cut in the middle when the frame is
-// narrower than it, and never widens the window.
-class PanelFrame : public QGroupBox {
-public:
-    // The title is the item's, not a caption: it takes no mnemonic.
-    explicit PanelFrame(QWidget* parent) : QGroupBox(parent) { setProperty("titleFromData", true); }
-
-    QSize minimumSizeHint() const override { return QWidget::minimumSizeHint(); }
-
-    // The title in the colour of the item's state, readable on the window.
-    void SetTitleColour(views::CellColour colour) {
-        setProperty(kCellColour, static_cast<int>(colour));
-        m_titleColour = ShownColour(this, colour);
-        setProperty("titleColour", m_titleColour.name());
-        update();
-    }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QStylePainter painter(this);
-        QStyleOptionGroupBox option;
-        initStyleOption(&option);
-        if (m_titleColour.isValid()) {
-            // Some styles take the title's colour from the option, others
-            // (Fusion) from the palette's window text.
-            option.textColor = m_titleColour;
-            option.palette.setColor(QPalette::WindowText, m_titleColour);
-        }
-        // Room for the title: the frame less a margin of two characters on
-        // each side.
-        const int room = std::max(0, width() - fontMetrics().averageCharWidth() * 4);
-        option.text =
-            fontMetrics().elidedText(option.text, Qt::ElideMiddle, room, Qt::TextShowMnemonic);
-        painter.drawComplexControl(QStyle::CC_GroupBox, option);
-    }
-
-private:
-    QColor m_titleColour;
-};
-
 // Every coloured label and title of a panel, chosen again for the palette
 // it now stands on.
 void Recolour(QWidget* panel) {
@@ -242,11 +202,7 @@ QWidget* NameWithStar(QWidget* parent, QLabel* name, QLabel* star) {
 // The star is drawn as a path at the pixel density it is shown at, so that it
 // is as crisp on a high-density screen as on any other.
 QPixmap DrawStar(const QColor& fill, qreal ratio, const QColor& background) {
-    constexpr int kSide = 16;
-    const qreal density = std::clamp(ratio, 1.0, 8.0);
-    QPixmap picture(QSize(kSide, kSide) * density);
-    picture.setDevicePixelRatio(density);
-    picture.fill(Qt::transparent);
+    QPixmap picture = BlankPicture(ratio);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     QPainterPath path;
@@ -269,6 +225,42 @@ QPixmap DrawStar(const QColor& fill, qreal ratio, const QColor& background) {
 }
 
 }  // namespace
+
+// ------------------------------------------------------------------ frames
+
+PanelFrame::PanelFrame(QWidget* parent) : QGroupBox(parent) {
+    // The title is the item's, not a caption: it takes no mnemonic.
+    setProperty("titleFromData", true);
+}
+
+QSize PanelFrame::minimumSizeHint() const {
+    return QWidget::minimumSizeHint();
+}
+
+void PanelFrame::SetTitleColour(views::CellColour colour) {
+    setProperty(kCellColour, static_cast<int>(colour));
+    m_titleColour = ShownColour(this, colour);
+    setProperty("titleColour", m_titleColour.name());
+    update();
+}
+
+void PanelFrame::paintEvent(QPaintEvent*) {
+    QStylePainter painter(this);
+    QStyleOptionGroupBox option;
+    initStyleOption(&option);
+    if (m_titleColour.isValid()) {
+        // Some styles take the title's colour from the option, others
+        // (Fusion) from the palette's window text.
+        option.textColor = m_titleColour;
+        option.palette.setColor(QPalette::WindowText, m_titleColour);
+    }
+    // Room for the title: the frame less a margin of two characters on
+    // each side.
+    const int room = std::max(0, width() - fontMetrics().averageCharWidth() * 4);
+    option.text =
+        fontMetrics().elidedText(option.text, Qt::ElideMiddle, room, Qt::TextShowMnemonic);
+    painter.drawComplexControl(QStyle::CC_GroupBox, option);
+}
 
 QString StarMeaning(const QString& name) {
     // The bands of views::StarIconFor.

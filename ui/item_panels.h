@@ -6,13 +6,13 @@
 #pragma once
 
 #include <QColor>
+#include <QGroupBox>
 #include <QPixmap>
 #include <QString>
 #include <QWidget>
 
 #include "views/panels.h"
 
-class QGroupBox;
 class QLabel;
 class QListWidget;
 
@@ -27,6 +27,26 @@ QPixmap StarPicture(const QString& name, qreal devicePixelRatio = 1.0,
 // What the star of that name says about the feedback score, as its tip
 // tells it; empty for an unknown name.
 QString StarMeaning(const QString& name);
+
+// A panel frame whose least size is that of its contents: the title (an
+// item's title and number) is drawn cut in the middle when the frame is
+// narrower than it, and never widens the window. The title is the item's,
+// not a caption: it takes no mnemonic.
+class PanelFrame : public QGroupBox {
+    Q_OBJECT
+public:
+    explicit PanelFrame(QWidget* parent);
+
+    QSize minimumSizeHint() const override;
+    // The title in the colour of the item's state, readable on the window.
+    void SetTitleColour(views::CellColour colour);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QColor m_titleColour;
+};
 
 // fraAuctionInfo and fraDutchInfo; one of them is shown.
 class SalePanels : public QWidget {

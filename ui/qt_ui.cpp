@@ -12,28 +12,10 @@
 #include "core/session.h"
 #include "core/store.h"
 
-namespace lw::ui {
+#include "core/session.h"
+#include "core/store.h"
 
-bool RunCommand(const QString& title, const std::function<void()>& work,
-                const std::function<void()>& afterStoreError) {
-    QString problem;
-    try {
-        work();
-        return true;
-    } catch (const core::StoreError& error) {
-        problem = error.Message();
-        if (afterStoreError) {
-            afterStoreError();
-        }
-    } catch (const std::exception& error) {
-        problem = QString::fromLocal8Bit(error.what());
-    } catch (...) {
-        problem = QStringLiteral("An unknown error occurred.");
-    }
-    core::CurrentUi().Message(QStringLiteral("This command could not be completed.\n\n") + problem,
-                              title, core::Icon::Warning);
-    return false;
-}
+namespace lw::ui {
 
 namespace {
 
@@ -80,6 +62,23 @@ QMessageBox::StandardButton BoxButton(core::Answer answer) {
 }
 
 }  // namespace
+
+bool RunReported(const QString& title, const std::function<void()>& work) {
+    QString problem;
+    try {
+        work();
+        return true;
+    } catch (const core::StoreError& error) {
+        problem = error.Message();
+    } catch (const std::exception& error) {
+        problem = QString::fromLocal8Bit(error.what());
+    } catch (...) {
+        problem = QStringLiteral("An unknown error occurred.");
+    }
+    core::CurrentUi().Message(QStringLiteral("This command could not be completed.\n\n") + problem,
+                              title, core::Icon::Warning);
+    return false;
+}
 
 QtUi::QtUi(QWidget* dialogParent, QObject* parent)
     : QObject(parent), m_dialogParent(dialogParent) {}

@@ -22,11 +22,10 @@ namespace lw::ui {
 // a repaint is handled at once, and nothing is polled.
 void WaitWithEvents(core::Wakeup& wakeup, const std::function<bool()>& cancelled);
 
-// Runs a command's work; a failure is told under title ("This command could
-// not be completed." and why) and false returned, so that nothing reaches the
-// event loop. afterStoreError runs after a failing store, before the telling.
-bool RunCommand(const QString& title, const std::function<void()>& work,
-                const std::function<void()>& afterStoreError = {});
+// Runs a command's work at a handler's edge: a failure is told through
+// core::CurrentUi() under the title, and never reaches the event loop.
+// False when the work failed.
+bool RunReported(const QString& title, const std::function<void()>& work);
 
 class QtUi : public QObject, public core::Ui {
     Q_OBJECT

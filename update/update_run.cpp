@@ -94,42 +94,6 @@ private:
     bool m_done = false;
 };
 
-// For the length of the run, page commits do not wait for the disk. In WAL
-// mode a commit without a flush still leaves the file whole; a power cut
-// can lose only the last pages, in order. The first commit after the run
-// (LastUpdate) flushes again, and with it every page before it.
-class RunSync {
-public:
-    explicit RunSync(core::Database& db) : m_db(db) {
-        try {
-            core::Statement mode = m_db.Prepare(QStringLiteral("PRAGMA journal_mode"));
-            core::Statement sync = m_db.Prepare(QStringLiteral("PRAGMA synchronous"));
-            if (mode.Step() && mode.Text(0).compare(u"wal", Qt::CaseInsensitive) == 0 &&
-                sync.Step() && sync.Value(0).toInt() > 1) {
-                m_kept = sync.Value(0).toInt();
-                m_db.Exec(QStringLiteral("PRAGMA synchronous = NORMAL"));
-            }
-        } catch (const core::StoreError&) {
-            m_kept = -1;  // the run goes on as the store is set
-        }
-    }
-    ~RunSync() {
-        if (m_kept > 1) {
-            try {
-                m_db.Exec(QStringLiteral("PRAGMA synchronous = %1").arg(m_kept));
-            } catch (const core::StoreError&) {
-                // The next opening of the store sets it again.
-            }
-        }
-    }
-    RunSync(const RunSync&) = delete;
-    RunSync& operator=(const RunSync&) = delete;
-
-private:
-    core::Database& m_db;
-    int m_kept = -1;
-};
-
 }  // namespace
 
 UpdateHooks DefaultUpdateHooks(core::Database& db) {
@@ -503,7 +467,10 @@ UpdateRun::Result UpdateRun::RunUpdate(const QStringList& runList) {
 }
 
 UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
-    const RunSync sync(m_db);
+    // For the length of the run, page commits do not wait for the disk; the
+    // first commit after the run (LastUpdate) flushes again, and with it every
+    // page before it.
+    const core::CommitsWithoutFlush sync(m_db);
     RecordWriter writer(m_db, CurrentSession().CurrentUser);
 
     ScanHooks ancillaryScan;

@@ -8,6 +8,7 @@
 #include <QColor>
 #include <QImage>
 #include <QImageReader>
+#include <QSet>
 #include <QStringDecoder>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -28,11 +29,13 @@ namespace {
 
 // Colour and font tables longer than this are cut; no real document comes near.
 constexpr int kMaxTableEntries = 4096;
+// The most paragraphs and table cells a document may have.
+constexpr int kMaxBlocks = 100000;
 // A table is continued in a new one after this many rows, which keeps the cost
 // of a row's insertion small.
-constexpr int kMaxTableRows = 2000;
+constexpr int kMaxTableRows = 250;
 
-enum class Destination { Body, FontTable, ColorTable, Picture, Skip };
+enum class Destination { Body, FontTable, ColorTable, StyleSheet, Picture, Skip };
 
 struct CharState {
     bool bold = false;
@@ -67,6 +70,11 @@ struct Group {
     int unicodeSkip = 1;  // \uc: fallback characters behind each \uN
 };
 
+struct Style {
+    CharState chars;
+    ParaState para;
+};
+
 struct Font {
     QString name;
     int codePage = 0;  // 0: the document's
@@ -75,9 +83,7 @@ struct Font {
 struct Picture {
     QByteArray data;
     const char* format = nullptr;  // "PNG", "JPEG"; null: a kind not shown
-    int width = 0;                 // \picw, \pich: the picture's own size
-    int height = 0;
-    int goalWidth = 0;  // \picwgoal, \pichgoal: twips on the page
+    int goalWidth = 0;             // \picwgoal, \pichgoal: twips on the page
     int goalHeight = 0;
     int scaleX = 100;
     int scaleY = 100;
@@ -92,68 +98,85 @@ struct Control {
     int param = 0;
 };
 
+// Font character sets to code pages; a set not named reads in the document's code page.
+constexpr std::pair<int, int> kCharsetCodePages[] = {
+    {77, 10000}, {128, 932},  {129, 949},  {130, 1361}, {134, 936},  {136, 950},
+    {161, 1253}, {162, 1254}, {163, 1258}, {177, 1255}, {178, 1256}, {186, 1257},
+    {204, 1251}, {222, 874},  {238, 1250}, {255, 437}};
+
+// Code pages whose converter is not called "windows-" and the number.
+constexpr std::pair<int, const char*> kCodecNames[] = {
+    {437, "IBM437"}, {850, "IBM850"}, {932, "Shift_JIS"},   {936, "GBK"},    {949, "windows-949"},
+    {950, "Big5"},   {1361, "Johab"}, {10000, "macintosh"}, {65001, "UTF-8"}};
+
 int CodePageOfCharset(int charset) {
-    switch (charset) {
-        case 77:
-            return 10000;
-        case 128:
-            return 932;
-        case 129:
-            return 949;
-        case 130:
-            return 1361;
-        case 134:
-            return 936;
-        case 136:
-            return 950;
-        case 161:
-            return 1253;
-        case 162:
-            return 1254;
-        case 163:
-            return 1258;
-        case 177:
-            return 1255;
-        case 178:
-            return 1256;
-        case 186:
-            return 1257;
-        case 204:
-            return 1251;
-        case 222:
-            return 874;
-        case 238:
-            return 1250;
-        case 255:
-            return 437;
-        default:
-            return 0;
+    for (const auto& [set, codePage] : kCharsetCodePages) {
+        if (set == charset) {
+            return codePage;
+        }
     }
+    return 0;
 }
 
 QByteArray CodecName(int codePage) {
-    switch (codePage) {
-        case 437:
-            return "IBM437";
-        case 850:
-            return "IBM850";
-        case 932:
-            return "Shift_JIS";
-        case 936:
-            return "GBK";
-        case 949:
-            return "windows-949";
-        case 950:
-            return "Big5";
-        case 1361:
-            return "Johab";
-        case 10000:
-            return "macintosh";
-        case 65001:
-            return "UTF-8";
-        default:
-            return "windows-" + QByteArray::number(codePage);
+    for (const auto& [page, name] : kCodecNames) {
+        if (page == codePage) {
+            return name;
+        }
     }
+    return "windows-" + QByteArray::number(codePage);
+}
+
+// The control words that stand for one character.
+constexpr std::pair<const char*, char16_t> kCharacterWords[] = {
+    {"line", u'\u2028'},    {"tab", u'\t'},           {"emdash", u'\u2014'},
+    {"endash", u'\u2013'},  {"emspace", u'\u2003'},   {"enspace", u'\u2002'},
+    {"qmspace", u'\u2005'}, {"bullet", u'\u2022'},    {"lquote", u'\u2018'},
+    {"rquote", u'\u2019'},  {"ldblquote", u'\u201c'}, {"rdblquote", u'\u201d'},
+    {"nestcell", u'\t'},    {"nestrow", u'\u2028'}};
+
+// The control symbols that stand for one character.
+constexpr std::pair<char, char16_t> kSymbols[] = {
+    {'\\', u'\\'},    {'{', u'{'},      {'}', u'}'},  {'~', u'\u00a0'},
+    {'-', u'\u00ad'}, {'_', u'\u2011'}, {'\t', u'\t'}};
+
+// Character and paragraph properties set by a word and its number.
+constexpr std::pair<const char*, bool CharState::*> kCharSwitches[] = {
+    {"b", &CharState::bold},
+    {"i", &CharState::italic},
+    {"strike", &CharState::strike},
+    {"striked", &CharState::strike},
+    {"v", &CharState::hidden}};
+constexpr std::pair<const char*, int CharState::*> kCharNumbers[] = {
+    {"f", &CharState::font},
+    {"cf", &CharState::color},
+    {"highlight", &CharState::background},
+    {"cb", &CharState::background},
+    {"chcbpat", &CharState::background}};
+constexpr std::pair<const char*, int ParaState::*> kParaNumbers[] = {
+    {"li", &ParaState::leftIndent},
+    {"ri", &ParaState::rightIndent},
+    {"fi", &ParaState::firstIndent},
+    {"sb", &ParaState::spaceBefore},
+    {"sa", &ParaState::spaceAfter}};
+constexpr std::pair<const char*, Qt::AlignmentFlag> kAlignments[] = {{"ql", Qt::AlignLeft},
+                                                                     {"qc", Qt::AlignHCenter},
+                                                                     {"qr", Qt::AlignRight},
+                                                                     {"qj", Qt::AlignJustify}};
+constexpr std::pair<const char*, QTextCharFormat::VerticalAlignment> kVerticals[] = {
+    {"super", QTextCharFormat::AlignSuperScript},
+    {"sub", QTextCharFormat::AlignSubScript},
+    {"nosupersub", QTextCharFormat::AlignNormal}};
+
+// The value a table gives word, if it names it.
+template <typename Value, size_t N>
+const Value* Find(const std::pair<const char*, Value> (&table)[N], const QByteArray& word) {
+    for (const auto& [name, value] : table) {
+        if (word == name) {
+            return &value;
+        }
+    }
+    return nullptr;
 }
 
 bool IsLetter(char c) {
@@ -187,9 +210,13 @@ private:
     Control ReadControl();
     void OnControl(const Control& control);
     void OnBodyWord(const QByteArray& word, bool hasParam, int param);
+    bool ApplyFormatWord(Group& group, const QByteArray& word, bool hasParam, int param);
+    void OnStyleSheet(const Control& control);
     bool StartDestination(const QByteArray& word);
     void OnByte(char byte);
+    bool OnUnicodeWord(const QByteArray& word, int param);
     void OnFontTable(const Control& control);
+    void CommitFont();
     void OnColorTable(const Control& control);
     void OnPicture(const Control& control);
     void SkipBinary(int count);
@@ -199,7 +226,7 @@ private:
     void AppendChar(char16_t c) { AppendText(QString(QChar(c))); }
     void FlushBytes();
     void FlushText();
-    QString Decode(const QByteArray& bytes, int codePage);
+    QString Decode(const QByteArray& bytes);
     int CurrentCodePage() const;
     QTextCharFormat CharFormat(const CharState& state) const;
     QTextBlockFormat BlockFormat(const ParaState& state) const;
@@ -208,6 +235,8 @@ private:
     void StartTable();
     void CloseTable();
     void EndParagraph(bool pageBreakAfter);
+    void FinishBlock(const QTextBlockFormat& format);
+    void CountBlocks();
     void EndCell();
     void EndRow();
     void InsertPicture();
@@ -215,6 +244,7 @@ private:
 
     const QByteArray& m_rtf;
     qsizetype m_pos = 0;
+    QString m_error;  // what stopped the reading
     QTextDocument& m_document;
     QTextCursor m_cursor;
     std::vector<Group> m_groups;
@@ -224,12 +254,16 @@ private:
     int m_codePage = 1252;
     int m_defaultFont = 0;
     std::map<int, Font> m_fonts;
-    int m_fontIndex = 0;    // font being defined in the font table
-    QByteArray m_fontName;  // its name's bytes so far
+    int m_fontIndex = 0;  // font being defined in the font table
+    QString m_fontName;   // its name so far
     std::vector<QColor> m_colors;
     QColor m_color;  // colour being defined in the colour table
     bool m_colorSet = false;
     std::map<int, QStringDecoder> m_decoders;
+    std::map<int, Style> m_styles;
+    int m_styleIndex = 0;           // style being defined in the style sheet
+    bool m_styleFormatted = false;  // its entry has set a format
+    size_t m_styleSheetDepth = 0;   // the groups open around the style sheet's own
 
     QByteArray m_bytes;  // text bytes not yet decoded
     QString m_text;      // text not yet in the document
@@ -244,6 +278,7 @@ private:
     int m_row = 0;
     int m_column = 0;
     bool m_rowDone = false;
+    bool m_overflowTab = false;  // text of a cell beyond the last column goes behind a tab
 
     bool m_pageBreakPending = false;
     bool m_fresh = false;  // the cursor's block was made by \par and holds nothing yet
@@ -253,7 +288,7 @@ LoadResult Reader::Run() {
     m_groups.reserve(64);
     const qsizetype size = m_rtf.size();
     bool closed = false;
-    while (m_pos < size && !closed) {
+    while (m_pos < size && !closed && m_error.isEmpty()) {
         const char c = m_rtf.at(m_pos++);
         switch (c) {
             case '{':
@@ -264,7 +299,17 @@ LoadResult Reader::Run() {
                                                   "%1 deep.")
                                        .arg(kMaxGroupDepth)};
                 }
-                m_groups.push_back(m_groups.empty() ? Group() : Top());
+                if (!m_groups.empty() && Top().destination == Destination::StyleSheet &&
+                    m_groups.size() == m_styleSheetDepth) {
+                    // A style sheet entry starts from nothing, style 0 unless it says.
+                    Group entry;
+                    entry.destination = Destination::StyleSheet;
+                    m_groups.push_back(entry);
+                    m_styleIndex = 0;
+                    m_styleFormatted = false;
+                } else {
+                    m_groups.push_back(m_groups.empty() ? Group() : Top());
+                }
                 m_starred = false;
                 break;
             case '}':
@@ -290,6 +335,9 @@ LoadResult Reader::Run() {
                 }
                 OnByte(c);
         }
+    }
+    if (!m_error.isEmpty()) {
+        return {false, m_error};
     }
     if (!closed) {
         return {false, QStringLiteral("The RTF document ends before all its groups are closed "
@@ -344,9 +392,7 @@ void Reader::OnControl(const Control& control) {
         for (int i = 0; i < 2 && m_pos < size && HexValue(m_rtf.at(m_pos)) >= 0; ++i) {
             value = value * 16 + HexValue(m_rtf.at(m_pos++));
         }
-        if (m_pendingSkip > 0) {
-            --m_pendingSkip;
-        } else if (!m_groups.empty()) {
+        if (!m_groups.empty()) {
             OnByte(char(value));
         }
         return;
@@ -364,41 +410,17 @@ void Reader::OnControl(const Control& control) {
         return;
     }
     if (control.word.isEmpty()) {
+        const Destination destination = Top().destination;
         if (control.symbol == '*') {
             m_starred = true;
-            return;
-        }
-        if (Top().destination == Destination::Body) {
-            switch (control.symbol) {
-                case '\\':
-                case '{':
-                case '}':
-                    AppendText(QString(QLatin1Char(control.symbol)));
-                    break;
-                case '~':
-                    AppendChar(u'\u00a0');
-                    break;
-                case '-':
-                    AppendChar(u'\u00ad');
-                    break;
-                case '_':
-                    AppendChar(u'\u2011');
-                    break;
-                case '\t':
-                    AppendChar(u'\t');
-                    break;
-                case '\r':
-                case '\n':
-                    EndParagraph(false);
-                    break;
-                default:
-                    break;
-            }
-        } else if (Top().destination == Destination::FontTable ||
-                   Top().destination == Destination::ColorTable) {
-            // An escaped character in a name or a table is taken as itself.
-            if (control.symbol == '\\' || control.symbol == '{' || control.symbol == '}') {
-                OnByte(control.symbol);
+        } else if ((control.symbol == '\r' || control.symbol == '\n') &&
+                   destination == Destination::Body) {
+            EndParagraph(false);  // a backslash at the line's end is \par
+        } else if (destination == Destination::Body || destination == Destination::FontTable) {
+            for (const auto& [symbol, c] : kSymbols) {
+                if (symbol == control.symbol) {
+                    AppendChar(c);
+                }
             }
         }
         return;
@@ -422,6 +444,9 @@ void Reader::OnControl(const Control& control) {
         case Destination::ColorTable:
             OnColorTable(control);
             break;
+        case Destination::StyleSheet:
+            OnStyleSheet(control);
+            break;
         case Destination::Picture:
             OnPicture(control);
             break;
@@ -433,21 +458,18 @@ void Reader::OnControl(const Control& control) {
 // Destinations are named by the first word of their group. Returns whether
 // word was one.
 bool Reader::StartDestination(const QByteArray& word) {
-    static const QByteArrayList skipped = {
-        "info",         "stylesheet", "listtable",    "listoverridetable",
-        "revtbl",       "rsidtbl",    "header",       "headerl",
-        "headerr",      "headerf",    "footer",       "footerl",
-        "footerr",      "footerf",    "footnote",     "annotation",
-        "fldinst",      "nonshppict", "nonesttables", "objdata",
-        "objclass",     "xe",         "tc",           "pn",
-        "filetbl",      "template",   "ftnsep",       "ftnsepc",
-        "ftncn",        "aftnsep",    "aftnsepc",     "aftncn",
-        "do",           "generator",  "themedata",    "colorschememapping",
-        "latentstyles", "datastore",  "pgdsctbl",     "shpinst",
-        "txe",          "rxe",        "private",      "comment",
-        "author",       "operator",   "title",        "subject",
-        "keywords",     "doccomm",    "company",      "userprops",
-        "xmlnstbl",     "mmathPr"};
+    // Destinations whose text is not the document's.
+    static const QSet<QByteArray> skipped = [] {
+        const QByteArray names =
+            "info listtable listoverridetable revtbl rsidtbl header headerl headerr headerf footer "
+            "footerl footerr footerf footnote annotation fldinst nonshppict nonesttables objdata "
+            "objclass xe tc pn filetbl template ftnsep ftnsepc ftncn aftnsep aftnsepc aftncn do "
+            "generator themedata colorschememapping latentstyles datastore pgdsctbl shpinst txe "
+            "rxe private comment author operator title subject keywords doccomm company userprops "
+            "xmlnstbl mmathPr";
+        const QList<QByteArray> list = names.split(' ');
+        return QSet<QByteArray>(list.begin(), list.end());
+    }();
     Group& group = Top();
     if (group.destination == Destination::Skip) {
         return true;
@@ -455,6 +477,11 @@ bool Reader::StartDestination(const QByteArray& word) {
     if (word == "fonttbl") {
         group.destination = Destination::FontTable;
         m_fontName.clear();
+        return true;
+    }
+    if (word == "stylesheet") {
+        group.destination = Destination::StyleSheet;
+        m_styleSheetDepth = m_groups.size();
         return true;
     }
     if (word == "colortbl") {
@@ -481,60 +508,26 @@ bool Reader::StartDestination(const QByteArray& word) {
 
 void Reader::OnBodyWord(const QByteArray& word, bool hasParam, int param) {
     Group& group = Top();
-    CharState& chars = group.chars;
-    ParaState& para = group.para;
-    const bool on = !hasParam || param != 0;
-    // Header words, found before the body but harmless anywhere.
-    if (word == "ansicpg") {
-        m_codePage = param > 0 ? param : 1252;
-    } else if (word == "ansi") {
-        m_codePage = 1252;
-    } else if (word == "mac") {
-        m_codePage = 10000;
-    } else if (word == "pc") {
-        m_codePage = 437;
-    } else if (word == "pca") {
-        m_codePage = 850;
-    } else if (word == "deff") {
-        m_defaultFont = param;
-    } else if (word == "uc") {
-        group.unicodeSkip = std::clamp(param, 0, 16);
-    } else if (word == "u") {
-        AppendChar(char16_t(param < 0 ? param + 65536 : param));
-        m_pendingSkip = group.unicodeSkip;
+    if (ApplyFormatWord(group, word, hasParam, param)) {
+        return;
     }
-    // Paragraphs.
-    else if (word == "par" || word == "sect") {
+    if (const char16_t* c = Find(kCharacterWords, word)) {
+        AppendChar(*c);
+    } else if (OnUnicodeWord(word, param)) {
+        return;
+    } else if (word == "par" || word == "sect") {
         EndParagraph(false);
     } else if (word == "page") {
         EndParagraph(true);
-    } else if (word == "pard") {
-        para = ParaState();
-    } else if (word == "ql") {
-        para.alignment = Qt::AlignLeft;
-    } else if (word == "qc") {
-        para.alignment = Qt::AlignHCenter;
-    } else if (word == "qr") {
-        para.alignment = Qt::AlignRight;
-    } else if (word == "qj") {
-        para.alignment = Qt::AlignJustify;
-    } else if (word == "li") {
-        para.leftIndent = param;
-    } else if (word == "ri") {
-        para.rightIndent = param;
-    } else if (word == "fi") {
-        para.firstIndent = param;
-    } else if (word == "sb") {
-        para.spaceBefore = param;
-    } else if (word == "sa") {
-        para.spaceAfter = param;
-    } else if (word == "pagebb") {
-        para.pageBefore = on;
-    } else if (word == "intbl") {
-        para.inTable = on;
-    }
-    // Tables.
-    else if (word == "trowd") {
+    } else if (word == "s") {
+        const auto style = m_styles.find(param);
+        if (style != m_styles.end()) {
+            const bool inTable = group.para.inTable;
+            group.chars = style->second.chars;
+            group.para = style->second.para;
+            group.para.inTable = inTable;
+        }
+    } else if (word == "trowd") {
         m_cellEdges.clear();
         m_rowBorders = false;
     } else if (word == "cellx") {
@@ -547,66 +540,84 @@ void Reader::OnBodyWord(const QByteArray& word, bool hasParam, int param) {
         EndCell();
     } else if (word == "row") {
         EndRow();
-    } else if (word == "nestcell") {
-        AppendChar(u'\t');
-    } else if (word == "nestrow") {
-        AppendChar(u'\u2028');
+    } else if (word == "ansicpg") {
+        m_codePage = param > 0 ? param : 1252;
+    } else if (word == "ansi") {
+        m_codePage = 1252;
+    } else if (word == "mac") {
+        m_codePage = 10000;
+    } else if (word == "pc") {
+        m_codePage = 437;
+    } else if (word == "pca") {
+        m_codePage = 850;
+    } else if (word == "deff") {
+        m_defaultFont = param;
     }
-    // Characters.
-    else if (word == "plain") {
-        chars = CharState();
-    } else if (word == "b") {
-        chars.bold = on;
-    } else if (word == "i") {
-        chars.italic = on;
-    } else if (word == "ulnone") {
-        chars.underline = false;
-    } else if (word.startsWith("ul") && word != "ulc") {
-        chars.underline = on;  // \ul and its dotted, double, wavy ... kinds
-    } else if (word == "strike" || word == "striked") {
-        chars.strike = on;
-    } else if (word == "v") {
-        chars.hidden = on;
-    } else if (word == "f") {
-        chars.font = param;
+}
+
+// \uN, a character by its number followed by \uc fallback characters to drop,
+// and \uc. Returns whether word was one of them.
+bool Reader::OnUnicodeWord(const QByteArray& word, int param) {
+    if (word == "u") {
+        AppendChar(char16_t(param < 0 ? param + 65536 : param));
+        m_pendingSkip = Top().unicodeSkip;
+    } else if (word == "uc") {
+        Top().unicodeSkip = std::clamp(param, 0, 16);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+// The words that format characters and paragraphs, in the text as in the
+// style sheet. Returns whether word was one of them.
+bool Reader::ApplyFormatWord(Group& group, const QByteArray& word, bool hasParam, int param) {
+    const bool on = !hasParam || param != 0;
+    if (const auto member = Find(kCharSwitches, word)) {
+        group.chars.*(*member) = on;
+    } else if (const auto member = Find(kCharNumbers, word)) {
+        group.chars.*(*member) = param;
+    } else if (const auto member = Find(kParaNumbers, word)) {
+        group.para.*(*member) = param;
+    } else if (const auto alignment = Find(kAlignments, word)) {
+        group.para.alignment = *alignment;
+    } else if (const auto vertical = Find(kVerticals, word)) {
+        group.chars.vertical = *vertical;
+    } else if (word == "plain") {
+        group.chars = CharState();
+    } else if (word == "pard") {
+        group.para = ParaState();
     } else if (word == "fs") {
-        chars.halfPoints = hasParam ? std::clamp(param, 2, 3276) : 24;
-    } else if (word == "cf") {
-        chars.color = param;
-    } else if (word == "highlight" || word == "cb" || word == "chcbpat") {
-        chars.background = param;
-    } else if (word == "super") {
-        chars.vertical = QTextCharFormat::AlignSuperScript;
-    } else if (word == "sub") {
-        chars.vertical = QTextCharFormat::AlignSubScript;
-    } else if (word == "nosupersub") {
-        chars.vertical = QTextCharFormat::AlignNormal;
+        group.chars.halfPoints = hasParam ? std::clamp(param, 2, 3276) : 24;
+    } else if (word == "ulnone") {
+        group.chars.underline = false;
+    } else if (word.startsWith("ul") && word != "ulc") {
+        group.chars.underline = on;  // \ul and its dotted, double, wavy ... kinds
+    } else if (word == "pagebb") {
+        group.para.pageBefore = on;
+    } else if (word == "intbl") {
+        group.para.inTable = on;
+    } else {
+        return false;
     }
-    // Special characters.
-    else if (word == "line") {
-        AppendChar(u'\u2028');
-    } else if (word == "tab") {
-        AppendChar(u'\t');
-    } else if (word == "emdash") {
-        AppendChar(u'\u2014');
-    } else if (word == "endash") {
-        AppendChar(u'\u2013');
-    } else if (word == "emspace") {
-        AppendChar(u'\u2003');
-    } else if (word == "enspace") {
-        AppendChar(u'\u2002');
-    } else if (word == "qmspace") {
-        AppendChar(u'\u2005');
-    } else if (word == "bullet") {
-        AppendChar(u'\u2022');
-    } else if (word == "lquote") {
-        AppendChar(u'\u2018');
-    } else if (word == "rquote") {
-        AppendChar(u'\u2019');
-    } else if (word == "ldblquote") {
-        AppendChar(u'\u201c');
-    } else if (word == "rdblquote") {
-        AppendChar(u'\u201d');
+    return true;
+}
+
+// A style sheet entry: its number, the style it is based on, and its formats.
+void Reader::OnStyleSheet(const Control& control) {
+    const QByteArray& word = control.word;
+    if (word == "s" || word == "cs" || word == "ds" || word == "ts") {
+        m_styleIndex = control.param;
+    } else if (word == "sbasedon") {
+        // Some writers name the base before the entry's formats, which then
+        // add to it; others name it behind formats that are complete.
+        const auto base = m_styles.find(control.param);
+        if (base != m_styles.end() && !m_styleFormatted) {
+            Top().chars = base->second.chars;
+            Top().para = base->second.para;
+        }
+    } else if (ApplyFormatWord(Top(), word, control.hasParam, control.param)) {
+        m_styleFormatted = true;
     }
 }
 
@@ -626,13 +637,16 @@ void Reader::OnByte(char byte) {
             break;
         case Destination::FontTable:
             if (byte == ';') {
-                if (int(m_fonts.size()) < kMaxTableEntries || m_fonts.count(m_fontIndex)) {
-                    Font& font = m_fonts[m_fontIndex];
-                    font.name = Decode(m_fontName, font.codePage).trimmed();
-                }
-                m_fontName.clear();
+                FlushBytes();
+                CommitFont();
             } else if (uchar(byte) >= 0x20) {
-                m_fontName.append(byte);
+                m_bytes.append(byte);
+            }
+            break;
+        case Destination::StyleSheet:
+            if (byte == ';' &&
+                (int(m_styles.size()) < kMaxTableEntries || m_styles.count(m_styleIndex))) {
+                m_styles[m_styleIndex] = Style{Top().chars, Top().para};
             }
             break;
         case Destination::ColorTable:
@@ -662,8 +676,20 @@ void Reader::OnByte(char byte) {
     }
 }
 
+void Reader::CommitFont() {
+    if (int(m_fonts.size()) < kMaxTableEntries || m_fonts.count(m_fontIndex)) {
+        m_fonts[m_fontIndex].name = m_fontName.trimmed();
+    }
+    m_fontName.clear();
+}
+
 void Reader::OnFontTable(const Control& control) {
-    if (control.word == "f") {
+    if (OnUnicodeWord(control.word, control.param)) {
+        return;
+    }
+    if (const char16_t* c = Find(kCharacterWords, control.word)) {
+        AppendChar(*c);
+    } else if (control.word == "f") {
         m_fontIndex = control.param;
         m_fontName.clear();
     } else if (control.word == "fcharset" || control.word == "cpg") {
@@ -699,10 +725,6 @@ void Reader::OnPicture(const Control& control) {
         m_picture.format = "PNG";
     } else if (word == "jpegblip") {
         m_picture.format = "JPEG";
-    } else if (word == "picw") {
-        m_picture.width = control.param;
-    } else if (word == "pich") {
-        m_picture.height = control.param;
     } else if (word == "picwgoal") {
         m_picture.goalWidth = control.param;
     } else if (word == "pichgoal") {
@@ -724,13 +746,19 @@ void Reader::SkipBinary(int count) {
 
 void Reader::EndGroup() {
     FlushBytes();
+    if (m_groups.size() == 1) {
+        // The document's own group: its last text goes in; were the group
+        // itself a picture, that is dropped.
+        FlushText();
+        m_groups.pop_back();
+        return;
+    }
     const Group closing = m_groups.back();
     m_groups.pop_back();
-    const Destination outer = m_groups.empty() ? Destination::Body : Top().destination;
+    const Destination outer = Top().destination;
     if (closing.destination == Destination::FontTable && outer != Destination::FontTable &&
         !m_fontName.isEmpty()) {
-        // A last font without its closing semicolon.
-        OnByte(';');
+        CommitFont();  // a last font without its closing semicolon
     }
     if (closing.destination == Destination::Picture && outer != Destination::Picture) {
         InsertPicture();
@@ -742,22 +770,22 @@ void Reader::EndGroup() {
     }
 }
 
+// The code page of the text being read: its font's, else the document's; in
+// the font table, the code page of the font being named.
 int Reader::CurrentCodePage() const {
-    if (!m_groups.empty()) {
-        const int font =
-            m_groups.back().chars.font < 0 ? m_defaultFont : m_groups.back().chars.font;
-        const auto it = m_fonts.find(font);
-        if (it != m_fonts.end() && it->second.codePage != 0) {
-            return it->second.codePage;
-        }
+    if (m_groups.empty()) {
+        return m_codePage;
     }
-    return m_codePage;
+    const Group& group = m_groups.back();
+    const int font = group.destination == Destination::FontTable ? m_fontIndex
+                     : group.chars.font < 0                      ? m_defaultFont
+                                                                 : group.chars.font;
+    const auto it = m_fonts.find(font);
+    return it != m_fonts.end() && it->second.codePage != 0 ? it->second.codePage : m_codePage;
 }
 
-QString Reader::Decode(const QByteArray& bytes, int codePage) {
-    if (codePage == 0) {
-        codePage = m_codePage;
-    }
+QString Reader::Decode(const QByteArray& bytes) {
+    const int codePage = CurrentCodePage();
     if (codePage != 1252) {
         auto it = m_decoders.find(codePage);
         if (it == m_decoders.end()) {
@@ -778,10 +806,14 @@ void Reader::FlushBytes() {
         return;
     }
     const QByteArray bytes = std::exchange(m_bytes, QByteArray());
-    AppendText(Decode(bytes, CurrentCodePage()));
+    AppendText(Decode(bytes));
 }
 
 void Reader::AppendText(const QString& text) {
+    if (!m_groups.empty() && Top().destination == Destination::FontTable) {
+        m_fontName += text;
+        return;
+    }
     if (m_groups.empty() || Top().destination != Destination::Body || Top().chars.hidden) {
         return;
     }
@@ -791,7 +823,11 @@ void Reader::AppendText(const QString& text) {
     if (m_text.isEmpty()) {
         m_textChars = Top().chars;
     }
-    m_text += text;
+    for (const QChar c : text) {
+        if (!IsDocumentMark(c.unicode())) {
+            m_text += c;
+        }
+    }
 }
 
 void Reader::FlushText() {
@@ -859,9 +895,7 @@ void Reader::EnsureTarget() {
     }
     if (!m_table) {
         StartTable();
-        return;
-    }
-    if (m_rowDone) {
+    } else if (m_rowDone) {
         m_table->appendRows(1);
         ++m_row;
         m_column = 0;
@@ -874,17 +908,14 @@ void Reader::EnsureTarget() {
         m_fresh = false;
     }
     if (m_column >= m_table->columns()) {
-        if (m_table->columns() < kMaxTableColumns) {
-            m_table->appendColumns(m_column + 1 - m_table->columns());
-            m_cursor = m_table->cellAt(m_row, m_column).firstCursorPosition();
-        } else {
-            // Cells beyond the last column share the last one, a tab apart.
-            m_column = kMaxTableColumns - 1;
-            m_cursor = m_table->cellAt(m_row, m_column).lastCursorPosition();
-            m_cursor.insertText(QStringLiteral("\t"));
-        }
+        m_table->appendColumns(m_column + 1 - m_table->columns());
+        m_cursor = m_table->cellAt(m_row, m_column).firstCursorPosition();
         m_fresh = false;
     }
+    if (std::exchange(m_overflowTab, false)) {
+        m_cursor.insertText(QStringLiteral("\t"));
+    }
+    CountBlocks();
 }
 
 void Reader::StartTable() {
@@ -924,6 +955,7 @@ void Reader::StartTable() {
 }
 
 void Reader::CloseTable() {
+    m_overflowTab = false;
     m_cursor = m_table->lastCursorPosition();
     m_cursor.movePosition(QTextCursor::NextBlock);
     m_table = nullptr;
@@ -938,25 +970,51 @@ void Reader::EndParagraph(bool pageBreakAfter) {
         format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
         m_pageBreakPending = false;
     }
-    m_cursor.setBlockFormat(format);
-    if (m_cursor.block().length() == 1) {
-        // An empty paragraph keeps the height of its mark's font.
-        m_cursor.setBlockCharFormat(CharFormat(Top().chars));
-    }
+    FinishBlock(format);
     m_cursor.insertBlock();
+    CountBlocks();
     m_pageBreakPending = pageBreakAfter;
     m_fresh = true;
 }
 
+// Gives the cursor's block its paragraph format, and an empty one the
+// height of its mark's font.
+void Reader::FinishBlock(const QTextBlockFormat& format) {
+    // A new block has its predecessor's formats: most need no change.
+    if (m_cursor.blockFormat() != format) {
+        m_cursor.setBlockFormat(format);
+    }
+    if (m_cursor.block().length() == 1) {
+        const QTextCharFormat mark = CharFormat(Top().chars);
+        if (m_cursor.blockCharFormat() != mark) {
+            m_cursor.setBlockCharFormat(mark);
+        }
+    }
+}
+
+// Each paragraph and table cell costs a document some time to make; a
+// document with very many is refused rather than read for minutes.
+void Reader::CountBlocks() {
+    if (m_document.blockCount() > kMaxBlocks) {
+        m_error = QStringLiteral("The RTF document has more than %1 paragraphs and table cells.")
+                      .arg(kMaxBlocks);
+    }
+}
+
 void Reader::EndCell() {
+    // A cell mark outside a table paragraph still belongs to a table.
+    Top().para.inTable = true;
     FlushText();
-    if (!Top().para.inTable) {
-        // A cell mark outside a table paragraph still belongs to a table.
-        Top().para.inTable = true;
+    if (m_overflowTab) {
+        return;  // an empty cell beyond the last column
     }
     EnsureTarget();
-    QTextBlockFormat format = BlockFormat(Top().para);
-    m_cursor.setBlockFormat(format);
+    FinishBlock(BlockFormat(Top().para));
+    if (m_column == kMaxTableColumns - 1) {
+        // The text of cells beyond the last column goes into it, behind a tab.
+        m_overflowTab = true;
+        return;
+    }
     ++m_column;
     if (m_column < m_table->columns()) {
         m_cursor = m_table->cellAt(m_row, m_column).firstCursorPosition();
@@ -969,6 +1027,7 @@ void Reader::EndRow() {
     if (m_table) {
         m_rowDone = true;
     }
+    m_overflowTab = false;
 }
 
 void Reader::InsertPicture() {
@@ -1028,8 +1087,11 @@ LoadResult LoadRtf(const QByteArray& rtf, QTextDocument& document) {
     }
     const bool undo = document.isUndoRedoEnabled();
     document.setUndoRedoEnabled(false);
+    QTextCursor edit(&document);
+    edit.beginEditBlock();  // one change for the document's views, not one per paragraph
     Reader reader(rtf, document);
     const LoadResult result = reader.Run();
+    edit.endEditBlock();
     if (!result.ok) {
         document.clear();
     }

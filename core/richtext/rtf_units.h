@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the RTF reader and writer must agree on: lengths in twips against the
-// document's pixels, and the paper width a table without fixed widths is
-// spread over. Internal to the rich-text library; it must never grow state.
+// document's pixels, the paper width a table without fixed widths is spread
+// over, and the characters that are no text. Internal to the rich-text library; it must never grow
+// state.
 #pragma once
 
 #include <QtGlobal>
@@ -15,6 +16,13 @@ inline constexpr double kTwipsPerPixel = 15.0;
 inline constexpr int kTextWidthTwips = 9360;
 // The most cells in one table row, as word processors allow.
 inline constexpr int kMaxTableColumns = 63;
+
+// Characters a text document keeps for its own structure (paragraph breaks,
+// frames, objects) or that no paragraph holds: never read into one as text,
+// never written from one.
+inline bool IsDocumentMark(char16_t c) {
+    return (c < 0x20 && c != u'\t') || c == 0x2029 || c == 0xfffc || c == 0xfdd0 || c == 0xfdd1;
+}
 
 inline double TwipsToPixels(int twips) {
     return twips / kTwipsPerPixel;

@@ -12,6 +12,9 @@
 #include <QTextFrame>
 #include <QTextTable>
 #include <QUrl>
+#include <algorithm>
+#include <iterator>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -66,8 +69,12 @@ private:
         Word(word);
         m_out += QByteArray::number(param);
     }
-    void Raw(const char* text) {
-        m_out += text;
+    void Words(const QByteArray& words) {
+        m_out += words;
+        m_delimit = m_delimit || !words.isEmpty();
+    }
+    void Raw(QByteArrayView text) {
+        m_out.append(text);
         m_delimit = false;
     }
     void Text(const QString& text);
@@ -75,7 +82,7 @@ private:
     void WriteFrame(const QTextFrame* frame, bool inTable);
     void WriteTable(const QTextTable* table);
     void WriteBlock(const QTextBlock& block, bool inTable, const char* end);
-    void WriteCharFormat(const QTextCharFormat& format);
+    QByteArray CharWords(const QTextCharFormat& format) const;
     void WritePicture(const QTextImageFormat& format);
 
     const QTextDocument& m_document;
@@ -94,38 +101,23 @@ QByteArray Writer::Run() {
     m_fonts.append(defaultFamily);
     Collect();
 
-    Raw("{");
-    Word("rtf", 1);
-    Word("ansi");
-    Word("ansicpg", 1252);
-    Word("deff", 0);
-    Word("uc", 1);
-    Raw("\n{");
-    Word("fonttbl");
+    Raw("{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1\n{\\fonttbl");
     for (int i = 0; i < m_fonts.size(); ++i) {
         Raw("{");
         Word("f", i);
-        Word("fnil");
-        Word("fcharset", 0);
+        Raw("\\fnil\\fcharset0 ");
         Text(m_fonts[i]);
         Raw(";}");
     }
-    Raw("}\n{");
-    Word("colortbl");
-    Raw(";");
+    Raw("}\n{\\colortbl;");
     for (const QColor& color : m_colors) {
         Word("red", color.red());
         Word("green", color.green());
         Word("blue", color.blue());
         Raw(";");
     }
-    Raw("}\n");
-    // The word processor shows the page as the program prints it.
-    Word("margl", 1440);
-    Word("margr", 1440);
-    Word("margt", 1440);
-    Word("margb", 1440);
-    Raw("\n");
+    // The word processor shows the page with the margins it is printed with.
+    Raw("}\n\\margl1440\\margr1440\\margt1440\\margb1440\n");
     WriteFrame(m_document.rootFrame(), false);
     Raw("}\n");
     return m_out;
@@ -145,7 +137,9 @@ void Writer::Collect() {
         }
     };
     for (QTextBlock block = m_document.begin(); block.isValid(); block = block.next()) {
-        note(block.charFormat());
+        if (block.length() == 1) {
+            note(block.charFormat());  // written as the mark of an empty paragraph
+        }
         for (auto it = block.begin(); !it.atEnd(); ++it) {
             note(it.fragment().charFormat());
         }
@@ -158,6 +152,9 @@ int Writer::FontIndex(const QTextCharFormat& format) const {
 }
 
 int Writer::ColorIndex(const QColor& color) const {
+    if (!color.isValid()) {
+        return 0;  // "automatic"
+    }
     for (size_t i = 0; i < m_colors.size(); ++i) {
         if (m_colors[i].rgb() == color.rgb()) {
             return int(i) + 1;
@@ -167,54 +164,27 @@ int Writer::ColorIndex(const QColor& color) const {
 }
 
 void Writer::Text(const QString& text) {
+    // Characters RTF writes by a symbol or a word; the space ends the word.
+    static constexpr std::pair<char16_t, const char*> escapes[] = {
+        {u'\\', "\\\\"},        {u'{', "\\{"},      {u'}', "\\}"},      {u'\t', "\\tab "},
+        {u'\u2028', "\\line "}, {u'\u00a0', "\\~"}, {u'\u00ad', "\\-"}, {u'\u2011', "\\_"}};
     for (const QChar c : text) {
         const char16_t u = c.unicode();
-        const auto literal = [this](char ch) {
-            if (m_delimit) {
+        const auto escape = std::find_if(std::begin(escapes), std::end(escapes),
+                                         [u](const auto& e) { return e.first == u; });
+        if (escape != std::end(escapes)) {
+            Raw(escape->second);
+        } else if (u >= 0x20 && u < 0x7f) {
+            if (std::exchange(m_delimit, false)) {
                 m_out += ' ';
-                m_delimit = false;
             }
-            m_out += ch;
-        };
-        switch (u) {
-            case u'\\':
-                Raw("\\\\");
-                continue;
-            case u'{':
-                Raw("\\{");
-                continue;
-            case u'}':
-                Raw("\\}");
-                continue;
-            case u'\t':
-                Word("tab");
-                continue;
-            case u'\u2028':
-                Word("line");
-                continue;
-            case u'\u00a0':
-                Raw("\\~");
-                continue;
-            case u'\u00ad':
-                Raw("\\-");
-                continue;
-            case u'\u2011':
-                Raw("\\_");
-                continue;
-            default:
-                break;
-        }
-        if (u >= 0x20 && u < 0x7f) {
-            literal(char(u));
-        } else if (u < 0x20 || u == QChar::ObjectReplacementCharacter || u == 0xfdd0 ||
-                   u == 0xfdd1 || u == QChar::ParagraphSeparator) {
-            continue;  // control characters and the document's own marks
+            m_out += char(u);
+        } else if (IsDocumentMark(u)) {
+            continue;
         } else if (const auto byte = core::ToWindows1252(QString(c)); byte && u >= 0xa0) {
-            m_out += "\\'" + byte->toHex();
-            m_delimit = false;
+            Raw(QByteArray("\\'" + byte->toHex()));
         } else {
-            Word("u", qint16(u));
-            literal('?');
+            Raw(QByteArray("\\u" + QByteArray::number(qint16(u)) + " ?"));
         }
     }
 }
@@ -265,31 +235,21 @@ void Writer::WriteTable(const QTextTable* table) {
         edges.push_back(edge);
     }
     for (int r = 0; r < table->rows(); ++r) {
-        Word("trowd");
-        Word("trgaph", 108);
+        Raw("\\trowd\\trgaph108");
         for (const int cellEdge : edges) {
             if (borders) {
-                for (const char* side : {"clbrdrt", "clbrdrl", "clbrdrb", "clbrdrr"}) {
-                    Word(side);
-                    Word("brdrs");
-                    Word("brdrw", 10);
-                }
+                Raw("\\clbrdrt\\brdrs\\brdrw10\\clbrdrl\\brdrs\\brdrw10"
+                    "\\clbrdrb\\brdrs\\brdrw10\\clbrdrr\\brdrs\\brdrw10");
             }
             Word("cellx", cellEdge);
         }
         Raw("\n");
         for (int c = 0; c < columns; ++c) {
             const QTextTableCell cell = table->cellAt(r, c);
-            if (cell.row() != r || cell.column() != c) {
-                // Covered by a spanning cell: an empty cell in its place.
-                Word("pard");
-                Word("plain");
-                Word("intbl");
-                Word("cell");
-                continue;
-            }
             std::vector<QTextBlock> blocks;
-            for (auto it = cell.begin(); !it.atEnd(); ++it) {
+            // A cell covered by a spanning one is written empty.
+            for (auto it = cell.begin(); cell.row() == r && cell.column() == c && !it.atEnd();
+                 ++it) {
                 if (it.currentFrame()) {
                     // A frame in a cell is written as its paragraphs.
                     const QTextFrame* frame = it.currentFrame();
@@ -305,14 +265,10 @@ void Writer::WriteTable(const QTextTable* table) {
                 WriteBlock(blocks[i], true, i + 1 == blocks.size() ? "cell" : "par");
             }
             if (blocks.empty()) {
-                Word("pard");
-                Word("plain");
-                Word("intbl");
-                Word("cell");
+                Raw("\\pard\\plain\\intbl\\cell\n");
             }
         }
-        Word("row");
-        Raw("\n");
+        Raw("\\row\n");
     }
 }
 
@@ -348,63 +304,67 @@ void Writer::WriteBlock(const QTextBlock& block, bool inTable, const char* end) 
     }
     m_pageBreakPending = breaks.testFlag(QTextFormat::PageBreak_AlwaysAfter);
 
+    // Neighbouring runs that read the same are one group: a format this
+    // writer does not write must not split a run in two.
+    std::optional<QByteArray> run;
     for (auto it = block.begin(); !it.atEnd(); ++it) {
         const QTextFragment fragment = it.fragment();
         const QTextCharFormat charFormat = fragment.charFormat();
         if (charFormat.isImageFormat()) {
+            if (std::exchange(run, std::nullopt)) {
+                Raw("}");
+            }
             for (int i = 0; i < fragment.length(); ++i) {
                 WritePicture(charFormat.toImageFormat());
             }
             continue;
         }
-        Raw("{");
-        WriteCharFormat(charFormat);
+        const QByteArray words = CharWords(charFormat);
+        if (run != words) {
+            Raw(run ? "}{" : "{");
+            Words(words);
+            run = words;
+        }
         Text(fragment.text());
+    }
+    if (run) {
         Raw("}");
     }
     if (block.length() == 1) {
         // The mark of an empty paragraph sets its height.
-        WriteCharFormat(block.charFormat());
+        Words(CharWords(block.charFormat()));
     }
     Word(end);
     Raw("\n");
 }
 
-void Writer::WriteCharFormat(const QTextCharFormat& format) {
-    if (format.fontWeight() >= QFont::DemiBold) {
-        Word("b");
+QByteArray Writer::CharWords(const QTextCharFormat& format) const {
+    QByteArray words;
+    const std::pair<bool, const char*> switches[] = {
+        {format.fontWeight() >= QFont::DemiBold, "\\b"},
+        {format.fontItalic(), "\\i"},
+        {format.fontUnderline(), "\\ul"},
+        {format.fontStrikeOut(), "\\strike"},
+        {format.verticalAlignment() == QTextCharFormat::AlignSuperScript, "\\super"},
+        {format.verticalAlignment() == QTextCharFormat::AlignSubScript, "\\sub"}};
+    for (const auto& [on, word] : switches) {
+        if (on) {
+            words += word;
+        }
     }
-    if (format.fontItalic()) {
-        Word("i");
-    }
-    if (format.fontUnderline()) {
-        Word("ul");
-    }
-    if (format.fontStrikeOut()) {
-        Word("strike");
-    }
-    switch (format.verticalAlignment()) {
-        case QTextCharFormat::AlignSuperScript:
-            Word("super");
-            break;
-        case QTextCharFormat::AlignSubScript:
-            Word("sub");
-            break;
-        default:
-            break;
-    }
-    Word("f", FontIndex(format));
     double points = format.fontPointSize();
     if (points <= 0) {
         points = m_document.defaultFont().pointSizeF();
     }
-    Word("fs", points > 0 ? qRound(points * 2) : 24);
+    words += "\\f" + QByteArray::number(FontIndex(format)) + "\\fs" +
+             QByteArray::number(points > 0 ? qRound(points * 2) : 24);
     if (const int color = ColorIndex(ColorOf(format.foreground())); color > 0) {
-        Word("cf", color);
+        words += "\\cf" + QByteArray::number(color);
     }
     if (const int color = ColorIndex(ColorOf(format.background())); color > 0) {
-        Word("highlight", color);
+        words += "\\highlight" + QByteArray::number(color);
     }
+    return words;
 }
 
 void Writer::WritePicture(const QTextImageFormat& format) {
@@ -425,8 +385,8 @@ void Writer::WritePicture(const QTextImageFormat& format) {
     Word("pngblip");
     Word("picw", image.width());
     Word("pich", image.height());
-    Word("picwgoal", PixelsToTwips(width));
-    Word("pichgoal", PixelsToTwips(height));
+    Word("picwgoal", std::max(1, PixelsToTwips(width)));
+    Word("pichgoal", std::max(1, PixelsToTwips(height)));
     Raw("\n");
     const QByteArray hex = png.toHex();
     for (qsizetype at = 0; at < hex.size(); at += 128) {

@@ -8,6 +8,7 @@
 
 #include "core/session.h"
 #include "core/settings.h"
+#include "core/store.h"
 
 namespace lw::test {
 
@@ -136,6 +137,24 @@ ProgramRun RunProgram(const QString& program, const QStringList& args, const QBy
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
+}
+
+void InsertRow(core::Database& db, const QString& table,
+               std::initializer_list<std::pair<const char*, QVariant>> row) {
+    QStringList columns;
+    QStringList marks;
+    for (const auto& [column, value] : row) {
+        columns << QLatin1Char('"') + QString::fromLatin1(column) + QLatin1Char('"');
+        marks << QStringLiteral("?");
+    }
+    core::Statement insert =
+        db.Prepare(QStringLiteral("INSERT INTO \"") + table + QStringLiteral("\" (") +
+                   columns.join(u',') + QStringLiteral(") VALUES (") + marks.join(u',') + u')');
+    int index = 1;
+    for (const auto& [column, value] : row) {
+        insert.Bind(index++, value);
+    }
+    insert.Run();
 }
 
 QByteArray ReadAll(const QString& path) {

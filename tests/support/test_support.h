@@ -11,11 +11,16 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QVariant>
 #include <deque>
 #include <memory>
 
 #include "core/store.h"
 #include "core/ui_port.h"
+
+namespace lw::core {
+class Database;
+}
 
 namespace lw::test {
 
@@ -83,6 +88,11 @@ private:
 };
 
 QByteArray ReadAll(const QString& path);
+
+// One row into a table: its columns and their values, a null QVariant for
+// Null. The names are the suite's own, the values are bound.
+void InsertRow(core::Database& db, const QString& table,
+               std::initializer_list<std::pair<const char*, QVariant>> row);
 
 // How a program run as a child ended and what it wrote.
 struct ProgramRun {

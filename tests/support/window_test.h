@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Helpers of the window suites: a control found by the name it carries, a
-// box retyped, and a step taken inside a modal window's own event loop.
+// box retyped, a step taken inside a modal window's own event loop, and an
+// end date as the site writes it.
 #pragma once
 
 #include <QApplication>
+#include <QDateTime>
 #include <QLineEdit>
 #include <QObject>
 #include <QString>
@@ -58,5 +60,13 @@ private:
     std::function<void(QWidget*)> m_act;
     bool m_acted = false;
 };
+
+// The end date of an item that ends that many days from now (before now
+// when negative), "mm/dd/yy, hh:mm:ss PST".
+inline QString EndIn(int days) {
+    return QDateTime::currentDateTime().addDays(days).toString(
+               QStringLiteral("MM/dd/yy, hh:mm:ss")) +
+           QStringLiteral(" PST");
+}
 
 }  // namespace lw::test
