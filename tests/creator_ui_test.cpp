@@ -7,6 +7,7 @@
 // the category box and its browser, and the main window's New Auction and
 // relist.
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -30,6 +31,7 @@
 #include "creator/category_directory.h"
 #include "creator/creator_document.h"
 #include "creator/listing_html.h"
+#include "tests/support/site_process.h"
 #include "tests/support/test_support.h"
 #include "tests/support/window_test.h"
 #include "ui/frmAuction.h"
@@ -503,6 +505,101 @@ private Q_SLOTS:
         QVERIFY(!tabs->isTabEnabled(ui::frmLWAC::kItemTab));
         QCOMPARE(Texts(Named<QListWidget>(w.get(), QStringLiteral("lstOldAuction"))),
                  QStringList{QStringLiteral("Brass ship's lantern")});
+    }
+
+    void postNowSendsTheDocumentByTheChosenRoute_data() {
+        QTest::addColumn<QString>("route");
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<bool>("siteUp");
+        QTest::newRow("direct") << "mnuAPost"
+                                << "" << true;
+        QTest::newRow("review page") << "mnuReviewPage"
+                                     << "ebaypost.html" << true;
+        QTest::newRow("sell page") << "mnuSellPage"
+                                   << "ebaysell.html" << true;
+        QTest::newRow("site down") << "mnuAPost"
+                                   << "" << false;
+    }
+
+    void postNowSendsTheDocumentByTheChosenRoute() {
+        QFETCH(QString, route);
+        QFETCH(QString, page);
+        QFETCH(bool, siteUp);
+        test::SiteProcess site({QStringLiteral("--seed"), QStringLiteral("5")});
+        QVERIFY2(site.Ok(), site.Error().c_str());
+        // The rules as a rule update from this site leaves them, and its seller.
+        QStringList rules;
+        for (const char* name : {"site.pro", "info.pro", "seller.pro"}) {
+            rules << m_root->Write(
+                QStringLiteral("rules/") + QLatin1String(name),
+                test::ReadAll(test::SourceDir() + QStringLiteral("/rules/") + QLatin1String(name))
+                    .replace("http://127.0.0.1:8750", site.Base().toUtf8()));
+        }
+        QString error;
+        QVERIFY2(update::InstallRuleFiles(rules.at(0), rules.at(1), &error), qPrintable(error));
+        QVERIFY(QFile::copy(rules.at(2), core::CurrentSession().ConfigsDir + "seller.pro"));
+        core::AddUser(*m_db, {QStringLiteral("Demo"), QStringLiteral("demo_seller"),
+                              QStringLiteral("demo"), QStringLiteral("demo@example.com")});
+        core::SetCurrentUser(QStringLiteral("Demo"));
+
+        std::unique_ptr<ui::frmLWAC> w = Open();
+        Named<QAction>(w.get(), route)->trigger();
+        w->mnuCreate_Click();
+        FillRequired(w.get());
+        if (!siteUp) {
+            site.Stop();
+        }
+        QString said;
+        WhenShown posted(QStringLiteral("frmGeneral"), [&said](QWidget* dialog) {
+            QCOMPARE(dialog->windowTitle(), QStringLiteral("Auction Posted Successfully"));
+            said = Named<QLabel>(dialog, QStringLiteral("lblMessage"))->text();
+            // Not again: the next post goes without it.
+            Named<QCheckBox>(dialog, QStringLiteral("chkTitleTruncate"))->setChecked(false);
+            Click(dialog, QStringLiteral("cmdOK"));
+        });
+        Click(w.get(), QStringLiteral("cmdPostNow"));
+
+        const QString sent = QStringLiteral("ACType = 'Old Auction' AND Outbox IS NOT 1");
+        auto* tabs = Named<QTabWidget>(w.get(), QStringLiteral("SSTab1"));
+        if (!siteUp) {
+            // Nothing was sent or saved, and the document is still in the window.
+            QCOMPARE(m_ui->Titles(), QStringList{QStringLiteral("No ISP Connection")});
+            QVERIFY(m_ui->Messages().first().contains(QStringLiteral("post auctions to eBay.")));
+            QCOMPARE(Count(sent), 0);
+            QCOMPARE(tabs->currentIndex(), int(ui::frmLWAC::kItemTab));
+            QCOMPARE(Named<QLineEdit>(w.get(), QStringLiteral("txtItemTitle"))->text(),
+                     QStringLiteral("Brass ship's lantern"));
+            return;
+        }
+        QVERIFY2(m_ui->Messages().isEmpty(), qPrintable(m_ui->Messages().join(u'|')));
+        QCOMPARE(Count(sent), 1);
+        const qint64 id =
+            m_db->ScalarInt(QStringLiteral("SELECT ID FROM AuctionCreator WHERE ") + sent);
+        const qint64 listed = m_db->ScalarInt(
+            QStringLiteral("SELECT COUNT(*) FROM Auctions WHERE AuctionCreatorID = %1 AND "
+                           "ItemTitle = 'Brass ship''s lantern' AND UserName = 'Demo'")
+                .arg(id));
+        QCOMPARE(posted.Acted(), page.isEmpty());
+        QCOMPARE(listed, page.isEmpty() ? 1 : 0);
+        if (page.isEmpty()) {
+            core::Statement number = m_db->Prepare(
+                QStringLiteral("SELECT ItemNumber FROM Auctions WHERE AuctionCreatorID = ?"));
+            number.Bind(1, id);
+            QVERIFY(number.Step());
+            QCOMPARE(said,
+                     QStringLiteral("Your auction was posted as item #%1.").arg(number.Text(0)));
+            QCOMPARE(core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
+                                      QStringLiteral("AuctionConfirmOff")),
+                     QStringLiteral("-1"));
+        }
+        QCOMPARE(m_opened.size(), page.isEmpty() ? 0 : 1);
+        if (!page.isEmpty()) {
+            QVERIFY2(m_opened.first().endsWith(page), qPrintable(m_opened.first()));
+        }
+        QCOMPARE(core::GetSetting(QStringLiteral("Auction Creator"), QStringLiteral("Demo"),
+                                  QStringLiteral("eBayPost")),
+                 page.isEmpty() ? QString() : QStringLiteral("-1"));
+        QCOMPARE(tabs->currentIndex(), int(ui::frmLWAC::kChooserTab));
     }
 
     void thePictureListKeepsItsOrderAndSaysWhatIsMissing() {

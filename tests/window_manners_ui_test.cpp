@@ -438,6 +438,10 @@ private:
             {QStringLiteral("frmGeneral item cost"),
              [] { return std::make_unique<ui::frmGeneral>(ui::frmGeneral::ItemCostForm); },
              {{QString(), Nothing}}});
+        cases.push_back(
+            {QStringLiteral("frmGeneral posted"),
+             [] { return std::make_unique<ui::frmGeneral>(ui::frmGeneral::PostedForm); },
+             {{QString(), Nothing}}});
         cases.push_back({QStringLiteral("frmGeneral about"),
                          [] { return std::make_unique<ui::frmGeneral>(ui::frmGeneral::AboutForm); },
                          {{QString(), Nothing}}});

@@ -27,6 +27,7 @@
 
 #include "core/net.h"
 #include "core/session.h"
+#include "core/settings.h"
 #include "core/store.h"
 #include "ui/qt_ui.h"
 #include "views/item_cost.h"
@@ -100,7 +101,9 @@ frmGeneral::frmGeneral(Form form, QWidget* parent) : QDialog(parent), m_form(for
     setObjectName(QStringLiteral("frmGeneral"));
     setModal(true);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(form == ItemCostForm ? BuildItemCostForm() : BuildAboutForm());
+    layout->addWidget(form == ItemCostForm ? BuildItemCostForm()
+                      : form == PostedForm ? BuildPostedForm()
+                                           : BuildAboutForm());
 
     auto* buttons = new QDialogButtonBox(this);
     auto* ok = buttons->addButton(QStringLiteral("&OK"), QDialogButtonBox::AcceptRole);
@@ -113,6 +116,30 @@ frmGeneral::frmGeneral(Form form, QWidget* parent) : QDialog(parent), m_form(for
         connect(cancel, &QPushButton::clicked, this, &frmGeneral::cmdCancel_Click);
     }
     layout->addWidget(buttons);
+}
+
+QWidget* frmGeneral::BuildPostedForm() {
+    setWindowTitle(QStringLiteral("Auction Posted Successfully"));
+    auto* page = Named(new QWidget(this), QStringLiteral("fraPosted"));
+    m_lblPosted = Named(new QLabel(page), QStringLiteral("lblMessage"));
+    m_lblPosted->setWordWrap(true);
+    m_lblPosted->setMinimumWidth(300);
+    m_lblPosted->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_chkTitleTruncate =
+        Named(new QCheckBox(QStringLiteral("&Continue to show me this message"), page),
+              QStringLiteral("chkTitleTruncate"));
+    m_chkTitleTruncate->setChecked(true);
+    auto* layout = new QVBoxLayout(page);
+    layout->addWidget(m_lblPosted);
+    layout->addSpacing(6);
+    layout->addWidget(m_chkTitleTruncate);
+    return page;
+}
+
+void frmGeneral::SetMessage(const QString& text) {
+    if (m_lblPosted != nullptr) {
+        m_lblPosted->setText(text);
+    }
 }
 
 QWidget* frmGeneral::BuildItemCostForm() {
@@ -198,6 +225,10 @@ QString frmGeneral::InsuranceCostText() const {
 }
 
 void frmGeneral::cmdOK_Click() {
+    if (m_form == PostedForm && !m_chkTitleTruncate->isChecked()) {
+        core::SaveSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
+                          QStringLiteral("AuctionConfirmOff"), -1);
+    }
     if (m_form == ItemCostForm) {
         const int bad =
             views::FirstBadBox({ItemCostText(), OrderShippingText(), InsuranceCostText()});
@@ -634,6 +665,15 @@ bool EditItemCost(core::Database& db, const QString& itemNumber, QWidget* parent
         core::CurrentUi().Message(QString::fromUtf8(error.what()), title, core::Icon::Warning);
     }
     return false;
+}
+
+void ShowPosted(const QString& itemNumber, QWidget* parent) {
+    frmGeneral posted(frmGeneral::PostedForm, parent);
+    posted.SetMessage(
+        itemNumber.isEmpty()
+            ? QStringLiteral("Your auction was posted.  The next update of your sales lists it.")
+            : QStringLiteral("Your auction was posted as item #%1.").arg(itemNumber));
+    posted.exec();
 }
 
 void ShowAbout(QWidget* parent) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The general dialog, one window with several forms of which one shows at a
-// time: form 2, the category browser of the auction creator; form 8, the
-// creator's save dialog; form 9, the item cost and shipping figures of a
-// sale; and the about form. A form only shows and reads its boxes; the rows
-// are read and written by views/ and creator/, never here by SQL of its own.
+// time: form 2, the category browser of the auction creator; form 5, the
+// word that a post went out; form 8, the creator's save dialog; form 9, the
+// item cost and shipping figures of a sale; and the about form. A form only shows and reads its
+// boxes; the rows are read and written by views/ and creator/, never here by SQL of its own.
 #pragma once
 
 #include <QDialog>
@@ -35,9 +35,9 @@ namespace lw::ui {
 class frmGeneral : public QDialog {
     Q_OBJECT
 public:
-    enum Form { CategoryForm = 2, SaveForm = 8, ItemCostForm = 9, AboutForm = 100 };
+    enum Form { CategoryForm = 2, PostedForm = 5, SaveForm = 8, ItemCostForm = 9, AboutForm = 100 };
 
-    // The item cost and about forms.
+    // The posted, item cost and about forms.
     explicit frmGeneral(Form form, QWidget* parent = nullptr);
     // The category browser and the save dialog, which read the database.
     frmGeneral(Form form, core::Database& db, QWidget* parent = nullptr);
@@ -50,6 +50,9 @@ public:
     QString ItemCostText() const;
     QString OrderShippingText() const;
     QString InsuranceCostText() const;
+
+    // Form 5: the words shown.
+    void SetMessage(const QString& text);
 
     // Form 2: the category chosen by Select; nothing before.
     std::optional<creator::CategoryListRow> SelectedCategory() const { return m_selected; }
@@ -81,6 +84,7 @@ public Q_SLOTS:
 private:
     QWidget* BuildItemCostForm();
     QWidget* BuildAboutForm();
+    QWidget* BuildPostedForm();
     QWidget* BuildCategoryForm();
     QWidget* BuildSaveForm();
     void ShowBrowser();
@@ -120,6 +124,10 @@ private:
     QLineEdit* m_txtItemCost = nullptr;
     QLineEdit* m_txtOrderShipping = nullptr;
     QLineEdit* m_txtInsuranceCost = nullptr;
+
+    // Form 5.
+    QLabel* m_lblPosted = nullptr;
+    QCheckBox* m_chkTitleTruncate = nullptr;
 };
 
 // The whole mnuItemCost command for the current user's sale itemNumber: the
@@ -128,6 +136,11 @@ private:
 // on Cancel. True when the row was written. A missing row or a failed store
 // says so through the Ui and writes nothing.
 bool EditItemCost(core::Database& db, const QString& itemNumber, QWidget* parent);
+
+// Form 5 after a post from the creator: "Auction Posted Successfully" with
+// the new item's number; clearing its check stops it from showing again
+// (AuctionConfirmOff).
+void ShowPosted(const QString& itemNumber, QWidget* parent);
 
 // The about box: the program's name, its version, what it is for, its
 // licence and the versions of the libraries it runs on.

@@ -34,14 +34,15 @@
 #include "ui/frmGeneral.h"
 #include "ui/qt_ui.h"
 #include "ui/readable_colour.h"
+#include "update/site_session.h"
 
 namespace lw::ui {
 
 namespace {
 
-const QString kNotPosting = QStringLiteral(
-    "Posting from the creator is not available yet; To Outbox keeps the auction "
-    "for sending later.");
+// What the connection check says is needed when the site cannot be reached.
+const QString kOffline =
+    QStringLiteral("post auctions to eBay.  Use the To Outbox button when you are offline.");
 
 QString User() {
     return core::CurrentSession().CurrentUser;
@@ -184,10 +185,7 @@ frmLWAC::frmLWAC(QWidget* parent) : QDialog(parent) {
         commands->addWidget(button);
     }
     layout->addLayout(commands);
-    // The post itself comes with the posting of listings; until then the
-    // button says why it does nothing.
-    m_cmdPostNow->setEnabled(false);
-    m_cmdPostNow->setToolTip(kNotPosting);
+    m_cmdPostNow->setToolTip(QStringLiteral("Post the auction now, the way the Posting menu says"));
 
     connect(m_cmdSave, &QPushButton::clicked, this, &frmLWAC::cmdSave_Click);
     connect(m_cmdPreviewAuction, &QPushButton::clicked, this, &frmLWAC::cmdPreviewAuction_Click);
@@ -743,6 +741,7 @@ bool frmLWAC::LoadAndEdit(qint64 id, bool defaultRow) {
         doc.dirty = false;
         m_doc = doc;
         m_html.clear();
+        m_unsentId = 0;
         WriteControls();
     }
     ShowEditing();
@@ -784,6 +783,7 @@ void frmLWAC::OpenDocument(const creator::CreatorDocument& doc) {
     m_activated = true;
     m_doc = doc;
     m_html.clear();
+    m_unsentId = 0;
     WriteControls();
     ShowEditing();
 }
@@ -1004,10 +1004,69 @@ void frmLWAC::cmdToOutbox_Click() {
     m_lblStatus->setText(QStringLiteral("\"%1\" waits in the outbox.").arg(name));
 }
 
-void frmLWAC::cmdPostNow_Click() {
-    if (!m_cmdPostNow->isEnabled()) {
-        core::CurrentUi().Message(kNotPosting, creator::CreatorCaption(), core::Icon::Information);
+creator::PostRoute frmLWAC::PostRoute() const {
+    for (size_t i = 0; i < m_mnuPost.size(); ++i) {
+        if (m_mnuPost[i]->isChecked()) {
+            return creator::PostRoute(int(i) + 1);
+        }
     }
+    return creator::PostRoute::Direct;
+}
+
+void frmLWAC::cmdPostNow_Click() {
+    if (m_cmdLoadAuction->isEnabled() || !m_editing) {
+        return;
+    }
+    bool online = false;
+    if (!Guard([&] { online = update::IsConnected(Db(), kOffline, true); }) || !online) {
+        return;
+    }
+    BuildHtml();
+    if (!creator::ValidateForSending(m_doc, m_lists, core::CurrentUi())) {
+        return;
+    }
+    // The commands wait while the post runs; the document is saved first as
+    // an old auction, which is what is posted.
+    const QList<QPushButton*> commands{m_cmdSave, m_cmdPreviewAuction, m_cmdPostNow, m_cmdToOutbox,
+                                       m_cmdExit};
+    for (QPushButton* button : commands) {
+        button->setEnabled(false);
+    }
+    creator::SaveRequest request;
+    request.name = m_doc.txtItemTitle.trimmed().isEmpty() ? m_doc.txtEbayTitle : m_doc.txtItemTitle;
+    request.type = QString(creator::kOldAuction);
+    request.existingId = m_unsentId;
+    request.auctionHtml = m_html;
+    const creator::PostRoute route = PostRoute();
+    creator::PostOutcome outcome;
+    const bool ran = Guard([&] {
+        creator::KeepPictureFavorites(Db(), User(), m_doc, m_lists);
+        m_unsentId = creator::SaveCreatorRecord(Db(), request, m_doc, m_lists, m_rules);
+        creator::PrepareCategoryDirectory(Db(), core::CurrentUi());
+        outcome = creator::PostAuction(Db(), m_rules, m_unsentId, route, core::CurrentUi());
+    });
+    for (QPushButton* button : commands) {
+        button->setEnabled(true);
+    }
+    if (!outcome.browserPage.isEmpty() && m_openUrl) {
+        m_openUrl(QUrl::fromLocalFile(outcome.browserPage));
+    }
+    if (!ran || !outcome.posted) {
+        // Told already; what was typed stays in the window for another try.
+        m_lblStatus->setText(outcome.problem);
+        return;
+    }
+    if (route != creator::PostRoute::Direct) {
+        creator::SavePostMark(User(), QDate::currentDate());
+    }
+    m_unsentId = 0;
+    if (outcome.confirm) {
+        ShowPosted(outcome.itemNumber, this);
+    }
+    ShowChooser();
+    m_lblStatus->setText(outcome.problem.isEmpty() && !outcome.itemNumber.isEmpty()
+                             ? QStringLiteral("Posted as item #%1.").arg(outcome.itemNumber)
+                             : outcome.problem);
 }
 
 // ------------------------------------------------------------------ fields

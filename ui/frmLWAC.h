@@ -21,6 +21,7 @@
 
 #include "core/store.h"
 #include "creator/creator_document.h"
+#include "creator/direct_post.h"
 #include "creator/listing_html.h"
 #include "update/rules.h"
 
@@ -181,6 +182,7 @@ private:
     bool AskToSave();
     QString BuildHtml();
     bool SendToOutbox();
+    creator::PostRoute PostRoute() const;
 
     std::optional<core::Database> m_db;
     update::RuleStore m_rules;
@@ -188,6 +190,9 @@ private:
     creator::CreatorDocument m_doc;
     creator::CreatorSettings m_settings;
     QString m_html;  // rtbTemp2HTML: the last listing built
+    // The saved auction of a Post Now that did not go out: the next try
+    // writes it again rather than another.
+    qint64 m_unsentId = 0;
     std::function<void(const QUrl&)> m_openUrl;
     bool m_activated = false;
     bool m_editing = false;
