@@ -254,6 +254,30 @@ private Q_SLOTS:
         QCOMPARE(Count(QStringLiteral("ACType = 'Default'")), 1);
     }
 
+    void theWindowOpensAsItWasLeftAndJustGoSkipsTheChooser() {
+        AddRow(QString(creator::kDraft), QStringLiteral("First"), QStringLiteral("D1"));
+        AddRow(QString(creator::kDraft), QStringLiteral("Second"), QStringLiteral("D2"));
+        {
+            std::unique_ptr<ui::frmLWAC> w = Open();
+            Named<QAction>(w.get(), QStringLiteral("mnuReviewPage"))->trigger();
+            // The post route is kept at once, the rest on leaving.
+            QCOMPARE(creator::LoadCreatorSettings().PostOption, 3);
+            Named<QAction>(w.get(), QStringLiteral("mnuUAWF"))->trigger();
+            Click(w.get(), QStringLiteral("optACChoice1"));
+            Named<QListWidget>(w.get(), QStringLiteral("lstDraft"))->setCurrentRow(1);
+            Named<QCheckBox>(w.get(), QStringLiteral("chkGo"))->setChecked(true);
+            QVERIFY(w->UpdateAfter());
+            w->reject();
+        }
+        std::unique_ptr<ui::frmLWAC> w = Open();
+        QCOMPARE(Named<QTabWidget>(w.get(), QStringLiteral("SSTab1"))->currentIndex(),
+                 int(ui::frmLWAC::kItemTab));
+        QCOMPARE(Named<QLineEdit>(w.get(), QStringLiteral("txtItemTitle"))->text(),
+                 QStringLiteral("D1"));
+        QVERIFY(Named<QAction>(w.get(), QStringLiteral("mnuReviewPage"))->isChecked());
+        QVERIFY(w->UpdateAfter());
+    }
+
     void editsOfATemplateSaveAsADraftAndShowAgainWhenReopened_data() {
         QTest::addColumn<QString>("control");
         QTest::addColumn<QString>("typed");
@@ -482,6 +506,94 @@ private Q_SLOTS:
                                             "to finish your auction or save as Draft")});
         QCOMPARE(Count(QStringLiteral("1")), 1);
         QVERIFY(w->isVisible());
+    }
+
+    void boxesTakeWhatTheirFieldsAllow_data() {
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("kept");
+        QTest::addColumn<QString>("afterTheTab");
+        // Digits and one point; the quantity is whole. Leaving the item tab
+        // shows the prices as money.
+        QTest::newRow("minimum bid") << "txtMinimumBid"
+                                     << "a1.2.5$"
+                                     << "1.25"
+                                     << "$1.25";
+        QTest::newRow("reserve") << "txtReserve"
+                                 << "30"
+                                 << "30"
+                                 << "$30.00";
+        QTest::newRow("quantity") << "txtQuantity"
+                                  << "2.5x"
+                                  << "25"
+                                  << "25";
+        QTest::newRow("title") << "txtItemTitle"
+                               << "Tin robot"
+                               << "Tin robot"
+                               << "Tin robot";
+    }
+
+    void boxesTakeWhatTheirFieldsAllow() {
+        QFETCH(QString, box);
+        QFETCH(QString, typed);
+        QFETCH(QString, kept);
+        QFETCH(QString, afterTheTab);
+        std::unique_ptr<ui::frmLWAC> w = Open();
+        w->mnuCreate_Click();
+        auto* edit = Named<QLineEdit>(w.get(), box);
+        Retype(edit, typed);
+        QCOMPARE(edit->text(), kept);
+        Named<QTabWidget>(w.get(), QStringLiteral("SSTab1"))->setCurrentIndex(2);
+        QCOMPARE(edit->text(), afterTheTab);
+    }
+
+    void theStyleTabShowsTheChosenStyleAndColours() {
+        std::unique_ptr<ui::frmLWAC> w = Open();
+        w->mnuCreate_Click();
+        auto* styles = Named<QListWidget>(w.get(), QStringLiteral("lstTemplateStyle"));
+        QCOMPARE(styles->count(), int(std::size(creator::kStyleFiles)));
+        for (int row = 0; row < styles->count(); ++row) {
+            styles->setCurrentRow(row);
+            for (int picture = 0; picture < styles->count(); ++picture) {
+                auto* image =
+                    Named<QLabel>(w.get(), QStringLiteral("imgTemplatePreview%1").arg(picture));
+                QCOMPARE(!image->isHidden(), picture == row);
+                if (picture == row) {
+                    QVERIFY(!image->pixmap().isNull());
+                }
+            }
+        }
+        const struct {
+            const char* box;
+            const char* colour;
+            QColor sample;
+        } colours[] = {{"cmbTableBGColor", "Red", QColor(255, 0, 0)},
+                       {"cmbThemeColor", "Brown", QColor(102, 51, 0)},
+                       {"cmbFontColor", "Pastel Blue", QColor(204, 204, 255)}};
+        for (size_t i = 0; i < std::size(colours); ++i) {
+            Named<QComboBox>(w.get(), QString::fromLatin1(colours[i].box))
+                ->setCurrentText(QString::fromLatin1(colours[i].colour));
+            QCOMPARE(Named<QLabel>(w.get(), QStringLiteral("txtColor%1").arg(i))
+                         ->palette()
+                         .color(QPalette::Window),
+                     colours[i].sample);
+        }
+        // The separator row of the fonts is no font.
+        auto* fonts = Named<QComboBox>(w.get(), QStringLiteral("cmbFontType"));
+        fonts->setCurrentText(creator::FontSeparator());
+        QCOMPARE(fonts->currentIndex(), 0);
+        // Enter in the description is a line break of the listing.
+        auto* description = Named<QPlainTextEdit>(w.get(), QStringLiteral("txtDescription"));
+        QTest::keyClicks(description, QStringLiteral("one"));
+        QTest::keyClick(description, Qt::Key_Return);
+        QTest::keyClicks(description, QStringLiteral("two"));
+        QCOMPARE(description->toPlainText(), QStringLiteral("one<BR>two"));
+        // The long title gives the site its first 45 characters.
+        const QString title = QString(50, u'x');
+        Retype(Named<QLineEdit>(w.get(), QStringLiteral("txtItemTitle")), title);
+        QCOMPARE(Named<QLineEdit>(w.get(), QStringLiteral("txtEbayTitle"))->text(), title.left(45));
+        QCOMPARE(Named<QLabel>(w.get(), QStringLiteral("lblTitleLength"))->text(),
+                 QStringLiteral("(50)"));
     }
 
     void aCompleteDocumentGoesToTheOutboxAndPreviews() {
