@@ -8,7 +8,8 @@
 // in, its save dialog and category browser, and the preview page of every
 // listing style, written as HTML beside the pictures (previews-html/) for
 // scripts/screenshots to draw in a browser. Last the main window, the about
-// box and the preferences again under a dark palette.
+// box, the preferences and the creator's site fields again under a dark
+// palette.
 // Messages are not shown (nobody is there to answer them) but are printed.
 // It writes pictures only; every row it changes is one the program's own
 // start or update would have written, or, in the Task Manager, one that a
@@ -542,6 +543,20 @@ int main(int argc, char** argv) {
     {
         lw::ui::frmGeneral about(lw::ui::frmGeneral::AboutForm, window);
         shots.Take(&about, QStringLiteral("dark-frmGeneral-About"));
+    }
+    {
+        // The required labels in red and green on the dark ground.
+        lw::ui::frmLWAC creator(window);
+        creator.resize(960, 700);
+        creator.cmdLoadDefault_Click();
+        if (auto* tabs = creator.findChild<QTabWidget*>(QStringLiteral("SSTab1"))) {
+            tabs->setCurrentIndex(lw::ui::frmLWAC::kListingTab);
+        }
+        if (auto* location = Child<QLineEdit>(&creator, "txtItemLocationEbay")) {
+            location->setText(QStringLiteral("Portland, Maine"));
+        }
+        shots.Take(&creator, QStringLiteral("dark-frmLWAC-6-Listing"));
+        creator.hide();
     }
     {
         lw::ui::frmUserPreferences preferences(window);
