@@ -125,7 +125,10 @@ database=$(find "${home}/.local/share" -name Lotwright.db 2>/dev/null | head -n 
 answer=$(run lotwright-cli rules get Sites Site0 2>&1)
 [ $? -eq 0 ] && [ -n "${answer}" ] ||
     fail "the installed lotwright-cli did not read the shipped rules: ${answer}"
-run lotwright-site --print-categories | grep -q '=' ||
+# Read whole before it is searched: a search that stops at its first match
+# would leave the site writing into a closed pipe.
+categories=$(run lotwright-site --print-categories 2>&1)
+grep -q '=' <<<"${categories}" ||
     fail "the installed lotwright-site printed no categories"
 after=$(cd "${prefix}" && find . -printf '%p %s %T@\n' | sort)
 [ "${before}" = "${after}" ] || {
