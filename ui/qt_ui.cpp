@@ -7,10 +7,6 @@
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QSocketNotifier>
-#include <exception>
-
-#include "core/session.h"
-#include "core/store.h"
 
 #include "core/session.h"
 #include "core/store.h"
