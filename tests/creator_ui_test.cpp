@@ -828,7 +828,7 @@ private Q_SLOTS:
         QCOMPARE(seen, caption);
         auto* box = Named<QComboBox>(w.get(), QStringLiteral("cmbEbayCategory"));
         QCOMPARE(box->currentIndex() >= 0 ? box->currentText() : QString(), chosen);
-        const QString number = chosen.section(u'(', -1).chopped(1);
+        const QString number = chosen.isEmpty() ? QString() : chosen.section(u'(', -1).chopped(1);
         QCOMPARE(Named<QLabel>(w.get(), QStringLiteral("lbleBayCat"))->text(), number);
         // The favourite made there is offered by the box at once.
         QCOMPARE(favourites, chosen.isEmpty() ? QStringList() : QStringList{chosen});
