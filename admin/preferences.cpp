@@ -85,12 +85,6 @@ QSet<QString> ColumnsOf(core::Database& db, const QString& table) {
     return columns;
 }
 
-QString QuotedName(const QString& name) {
-    QString quoted = name;
-    quoted.replace(u'"', QStringLiteral("\"\""));
-    return u'"' + quoted + u'"';
-}
-
 // The UserSites column of each lstShippingRegions row, when the rule store
 // names one that exists; empty otherwise.
 QStringList RegionColumns(core::Database& db, const PreferenceLists& lists,
@@ -643,7 +637,7 @@ core::TimeLeftTimer SavePreferences(core::Database& db, const QString& userName,
                 continue;
             }
             seen.insert(column.toLower());
-            sql += QStringLiteral(", ") + QuotedName(column) + QStringLiteral(" = ?");
+            sql += QStringLiteral(", ") + core::QuoteIdentifier(column) + QStringLiteral(" = ?");
             regionValues << (usPlus && prefs.shippingRegions.contains(lists.shippingRegions.at(i)));
         }
         sql += QStringLiteral(

@@ -100,11 +100,6 @@ qint64 CheckOwnFile(Database& db) {
     return version;
 }
 
-QString QuotedName(const QString& name) {
-    return QStringLiteral("\"") + QString(name).replace(u'"', QStringLiteral("\"\"")) +
-           QStringLiteral("\"");
-}
-
 // Version 2: number and flag columns hold numbers only. Earlier builds stored
 // a flag scraped as "True" or "False" as that text, which every "<> 0" test
 // takes as True; such texts become 1 and 0, and any other text in a number
@@ -121,8 +116,8 @@ void MendNumberColumns(Database& db) {
         }
     }
     for (const auto& [table, column] : columns) {
-        const QString name = QuotedName(column);
-        const QString from = QuotedName(table);
+        const QString name = QuoteIdentifier(column);
+        const QString from = QuoteIdentifier(table);
         Statement texts =
             db.Prepare(QStringLiteral("SELECT rowid, ") + name + QStringLiteral(" FROM ") + from +
                        QStringLiteral(" WHERE typeof(") + name + QStringLiteral(") = 'text'"));

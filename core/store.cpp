@@ -27,6 +27,22 @@ QString ErrorText(sqlite3* db, int rc) {
 StoreError::StoreError(const QString& message, int code)
     : std::runtime_error(message.toStdString()), m_message(message), m_code(code) {}
 
+QString QuoteIdentifier(const QString& name) {
+    return u'"' + QString(name).replace(u'"', QStringLiteral("\"\"")) + u'"';
+}
+
+bool FlagValue(const QVariant& value) {
+    if (value.isNull()) {
+        return false;
+    }
+    if (value.typeId() == QMetaType::QString) {
+        const QString text = value.toString().trimmed();
+        return text.compare(QLatin1String("True"), Qt::CaseInsensitive) == 0 ||
+               text.compare(QLatin1String("Yes"), Qt::CaseInsensitive) == 0 || text.toDouble() != 0;
+    }
+    return value.toDouble() != 0;
+}
+
 QString StoreText(const QString& text) {
     qsizetype end = text.size();
     while (end > 0 && text.at(end - 1) == u' ') {
@@ -519,12 +535,8 @@ bool Statement::Flag(const QString& name) const {
         case SQLITE_INTEGER:
         case SQLITE_FLOAT:
             return sqlite3_column_double(m_stmt, column) != 0;
-        case SQLITE_TEXT: {
-            const QString text = Text(column).trimmed();
-            return text.compare(QLatin1String("True"), Qt::CaseInsensitive) == 0 ||
-                   text.compare(QLatin1String("Yes"), Qt::CaseInsensitive) == 0 ||
-                   (text.toDouble() != 0);
-        }
+        case SQLITE_TEXT:
+            return FlagValue(Text(column));
         default:
             return false;
     }

@@ -35,6 +35,15 @@ private:
 // "123" are the same key.
 QString StoreText(const QString& text);
 
+// A name as an SQL identifier: in double quotes, quotes inside doubled. Only
+// for names that were first found in the database or a rule file (a table, a
+// column, a view): values are bound, never quoted into the text.
+QString QuoteIdentifier(const QString& name);
+
+// A flag as every reader of the store takes it: a non-zero number, or the
+// words True and Yes (any case); Null and any other text are False.
+bool FlagValue(const QVariant& value);
+
 // Whether a column of this declared type holds numbers (and flags, which
 // are numbers 1/0): SQLite's INTEGER, REAL and NUMERIC affinities.
 bool HasNumericAffinity(const QString& declaredType);

@@ -288,6 +288,14 @@ bool EnsureFile(const QString& path, bool create) {
     return file.open(QIODevice::WriteOnly | QIODevice::NewOnly);
 }
 
+bool CopyIfMissing(const QString& source, const QString& target,
+                   QFileDevice::Permissions permissions) {
+    if (QFileInfo::exists(target)) {
+        return true;
+    }
+    return QFile::copy(source, target) && QFile::setPermissions(target, permissions);
+}
+
 QString CutAt(const QString& text, const QString& delimiter, bool keepRight, bool after) {
     // after puts the cut behind the delimiter: the left part then ends with it
     // and the right part starts after it.

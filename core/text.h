@@ -7,6 +7,7 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QFileDevice>
 #include <QString>
 #include <QStringView>
 #include <QVariant>
@@ -36,6 +37,12 @@ QString TimeLeftText(const QString& endDate, const QString& siteCorrection,
 bool EnsureDirectory(const QString& path);
 // True when the file exists; otherwise creates it empty when create is set.
 bool EnsureFile(const QString& path, bool create);
+// Copies a shipped file to the user's folder when the user has none there yet,
+// and gives the copy the permissions (a shipped file may be read-only; the
+// user's copy is there to edit). A file already at target is the user's and is
+// never touched. False when the copy cannot be made.
+bool CopyIfMissing(const QString& source, const QString& target,
+                   QFileDevice::Permissions permissions);
 // The part of text around the first delimiter; "FALSE" when it is absent.
 // keepRight keeps what follows the cut, else what precedes it; after puts the
 // cut behind the delimiter instead of before it. "ERROR" for an empty delimiter.

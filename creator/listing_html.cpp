@@ -268,19 +268,14 @@ bool InstallAuctionTemplates(const QString& shippedDir, const QString& templates
         return false;
     }
     for (const QString& name : from.entryList({QStringLiteral("*.tem")}, QDir::Files)) {
-        const QString target = to + name;
-        if (QFileInfo::exists(target)) {
-            continue;
-        }
-        if (!QFile::copy(from.filePath(name), target)) {
+        if (!core::CopyIfMissing(
+                from.filePath(name), to + name,
+                QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther)) {
             *error = QStringLiteral("The listing template %1 could not be copied to %2.")
                          .arg(QDir::toNativeSeparators(from.filePath(name)),
                               QDir::toNativeSeparators(to));
             return false;
         }
-        // An installed copy may be read-only; the user's copy is there to edit.
-        QFile::setPermissions(
-            target, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
     }
     return true;
 }

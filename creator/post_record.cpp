@@ -124,12 +124,7 @@ QString CreatorRecord::Text(const QString& column) const {
 }
 
 bool CreatorRecord::Flag(const QString& column) const {
-    const QString text = Text(column).trimmed();
-    if (text.compare(QLatin1String("True"), Qt::CaseInsensitive) == 0 ||
-        text.compare(QLatin1String("Yes"), Qt::CaseInsensitive) == 0) {
-        return true;
-    }
-    return core::Val(text) != 0;
+    return core::FlagValue(Value(column));
 }
 
 double CreatorRecord::Number(const QString& column) const {

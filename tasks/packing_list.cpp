@@ -394,12 +394,7 @@ bool InstallPackingTemplates(QString* error) {
     for (const Side side : {Side::Sales, Side::Bids}) {
         const QString target = PackingTemplatePath(side);
         const QString source = shipped + PackingTemplateName(side);
-        if (QFileInfo::exists(target)) {
-            continue;
-        }
-        // An installed copy's shipped files are read-only; the user's copy is not.
-        if (!QFile::copy(source, target) ||
-            !QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner)) {
+        if (!core::CopyIfMissing(source, target, QFile::ReadOwner | QFile::WriteOwner)) {
             if (error != nullptr) {
                 *error =
                     QStringLiteral("The template %1 could not be copied to %2.")

@@ -49,12 +49,7 @@ QString FieldText(const QVariantMap& record, const QString& field) {
 }
 
 bool FieldFlag(const QVariantMap& record, const QString& field) {
-    const QString text = FieldText(record, field).trimmed();
-    if (text.compare(u"True", Qt::CaseInsensitive) == 0 ||
-        text.compare(u"Yes", Qt::CaseInsensitive) == 0) {
-        return true;
-    }
-    return core::Val(text) != 0;
+    return core::FlagValue(FieldValue(record, field));
 }
 
 int FieldIndex(const QVariantMap& record, const QString& field, int count) {

@@ -40,12 +40,6 @@ QString ColumnName(core::Database& db, const QString& table, const QString& fiel
 
 }  // namespace
 
-QString QuotedIdentifier(const QString& name) {
-    QString quoted = name;
-    quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-    return QLatin1Char('"') + quoted + QLatin1Char('"');
-}
-
 QString SelectedDutchBidder(const QString& listText) {
     const qsizetype open = listText.lastIndexOf(QLatin1Char('('));
     if (open < 0) {
@@ -111,7 +105,7 @@ int WriteSelectedRecord(core::Database& db, const SelectedItem& item, const QVar
             throw core::StoreError(
                 QStringLiteral("The table %1 has no field \"%2\".").arg(table, it.key()), 0);
         }
-        assignments << QuotedIdentifier(column) + QStringLiteral(" = ?");
+        assignments << core::QuoteIdentifier(column) + QStringLiteral(" = ?");
     }
     const int keyFirst = static_cast<int>(fields.size()) + 1;
     auto statement = db.Prepare(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") +

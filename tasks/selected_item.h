@@ -56,10 +56,6 @@ std::optional<QVariantMap> ReadSelectedRecord(core::Database& db, const Selected
 // reader that takes a few fields by name (Flag, IsNull) and no map.
 core::Statement PrepareSelectedRecord(core::Database& db, const SelectedItem& item);
 
-// A name as an SQL identifier: in double quotes, quotes inside doubled. Only
-// for names that were first found in the database (a column, a view).
-QString QuotedIdentifier(const QString& name);
-
 // The row a statement stands on, column name to value (Null as a null QVariant).
 QVariantMap RecordOf(const core::Statement& statement);
 

@@ -39,20 +39,6 @@ std::optional<QVariant> Field(const QVariantMap& record, const QString& name) {
     return std::nullopt;
 }
 
-// A flag as every reader of the store takes it: a non-zero number, or the
-// words True and Yes; Null is False.
-bool IsTrue(const QVariant& value) {
-    if (value.isNull()) {
-        return false;
-    }
-    if (value.typeId() == QMetaType::QString) {
-        const QString text = value.toString().trimmed();
-        return text.compare(u"True", Qt::CaseInsensitive) == 0 ||
-               text.compare(u"Yes", Qt::CaseInsensitive) == 0 || text.toDouble() != 0;
-    }
-    return value.toDouble() != 0;
-}
-
 // Whether the partner's address row holds an address: some field other than
 // its key (which names the partner and says nothing of where it lives) and
 // its e-mail, trimmed, is not blank. No row: no address.
@@ -92,7 +78,7 @@ bool Done(const QVariantMap& record, const DoneRule& rule) {
     }
     switch (rule.test) {
         case DoneTest::FlagTrue:
-            return IsTrue(*value);
+            return core::FlagValue(*value);
         case DoneTest::NotNull:
             return !value->isNull();
         case DoneTest::PaymentSet:

@@ -63,8 +63,9 @@ QString SavedQuery(Database& db, const QString& name) {
 // given.
 Statement SelectFrom(Database& db, const QString& view, const QString& columns,
                      const ListScope& scope) {
-    Statement rows = db.Prepare(QStringLiteral("SELECT ") + columns + QStringLiteral(" FROM ") +
-                                QuotedIdentifier(view) + QStringLiteral(" WHERE UserName = ?"));
+    Statement rows =
+        db.Prepare(QStringLiteral("SELECT ") + columns + QStringLiteral(" FROM ") +
+                   core::QuoteIdentifier(view) + QStringLiteral(" WHERE UserName = ?"));
     rows.Bind(1, scope.userName);
     return rows;
 }

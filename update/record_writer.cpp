@@ -48,11 +48,6 @@ QString TrimBlanks(const QString& text) {
     return (first == 0 && last == text.size()) ? text : text.mid(first, last - first);
 }
 
-QString QuoteIdentifier(const QString& name) {
-    return QStringLiteral("\"") + QString(name).replace(u'"', QStringLiteral("\"\"")) +
-           QStringLiteral("\"");
-}
-
 bool IsWordStart(QChar c) {
     return c.isLetter() || c == u'_';
 }
@@ -772,14 +767,14 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
             same->second = value;
         }
     }
-    const QString quotedTable = QuoteIdentifier(table);
+    const QString quotedTable = core::QuoteIdentifier(table);
 
     qint64 rowid = found.empty() ? -1 : found.front();
     if (rowid < 0 && !known.empty()) {
         QString names;
         QString marks;
         for (size_t i = 0; i < known.size(); ++i) {
-            names += (i ? QStringLiteral(", ") : QString()) + QuoteIdentifier(known[i].first);
+            names += (i ? QStringLiteral(", ") : QString()) + core::QuoteIdentifier(known[i].first);
             marks += i ? QStringLiteral(", ?") : QStringLiteral("?");
         }
         try {
@@ -816,7 +811,8 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         try {
             QString same;
             for (size_t i = 0; i < known.size(); ++i) {
-                same += (i ? QStringLiteral(", ") : QString()) + QuoteIdentifier(known[i].first) +
+                same += (i ? QStringLiteral(", ") : QString()) +
+                        core::QuoteIdentifier(known[i].first) +
                         QStringLiteral(" IS ? COLLATE BINARY");
             }
             core::Statement& compare =
@@ -846,7 +842,7 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         QString sets;
         for (size_t i = 0; i < changed.size(); ++i) {
             sets += (i ? QStringLiteral(", ") : QString()) +
-                    QuoteIdentifier(known[changed[i]].first) + QStringLiteral(" = ?");
+                    core::QuoteIdentifier(known[changed[i]].first) + QStringLiteral(" = ?");
         }
         try {
             core::Statement& update =
@@ -866,7 +862,7 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
     for (const auto& [column, value] : inOrder) {
         try {
             m_db.Prepare(QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") +
-                         QuoteIdentifier(column) + QStringLiteral(" = ? WHERE rowid = ?"))
+                         core::QuoteIdentifier(column) + QStringLiteral(" = ? WHERE rowid = ?"))
                 .Bind(1, value)
                 .Bind(2, rowid)
                 .Run();
@@ -978,7 +974,7 @@ void RecordWriter::DeleteFoundRows(const ProtocolRecord& protocol, const ScanLis
         throw QueryError(Refusal(protocol.section, key, own));
     }
     core::Statement remove =
-        m_db.Prepare(QStringLiteral("DELETE FROM ") + QuoteIdentifier(found.table) +
+        m_db.Prepare(QStringLiteral("DELETE FROM ") + core::QuoteIdentifier(found.table) +
                      QStringLiteral(" WHERE rowid = ?"));
     for (const qint64 rowid : found.rowids) {
         remove.Bind(1, rowid);
