@@ -5,16 +5,9 @@
 // reads beyond the document.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <optional>
-
-#include "core/session.h"
-#include "core/settings.h"
-#include "core/store.h"
 #include "creator/creator_document.h"
 #include "creator/listing_html.h"
-#include "tests/support/test_support.h"
+#include "tests/support/store_test.h"
 #include "update/rules.h"
 
 namespace lw::test {
@@ -23,28 +16,24 @@ inline QString ShippedTemplates() {
     return SourceDir() + QStringLiteral("/data/templates/auctions");
 }
 
-class CreatorFixture : public ::testing::Test {
+class CreatorFixture : public StoreTest {
 public:
     static QString User() { return QStringLiteral("D'Arcy"); }
 
 protected:
     void SetUp() override {
-        const QString error = StartProgramRoot(m_root, m_ui);
-        ASSERT_TRUE(error.isEmpty()) << error.toStdString();
-        m_db.emplace(core::OpenStore());
+        StoreTest::SetUp();
+        if (HasFatalFailure()) {
+            return;
+        }
         core::AddUser(*m_db, {User(), QStringLiteral("darcy_sells"), QStringLiteral("pw"), {}});
         core::SetCurrentUser(User());
         ASSERT_TRUE(update::DecryptProtocols(m_rules, *m_db));
         m_lists = creator::LoadCreatorLists(*m_db, m_rules, User(), ShippedTemplates());
         m_context = {ShippedTemplates(), &m_rules, creator::SellerId(*m_db, User())};
     }
-    void TearDown() override { core::SetSettingsFolder(QString()); }
-
     core::Database& Db() { return *m_db; }
 
-    ScriptedUi m_ui;
-    TempRoot m_root;
-    std::optional<core::Database> m_db;
     update::RuleStore m_rules;
     creator::CreatorLists m_lists;
     creator::ListingContext m_context;
