@@ -21,7 +21,7 @@ namespace {
 
 // 'LWRT': marks a file as this program's database.
 constexpr qint64 kApplicationId = 0x4C575254;
-constexpr int kSchemaVersion = 4;
+constexpr int kSchemaVersion = 5;
 
 Session& Instance() {
     static Session session;
@@ -187,6 +187,23 @@ void Migrate(Database& db, qint64 version) {
             "WHERE +\"Dutch Details\".EndDay <= (SELECT date('now', 'localtime')) "
             "AND IFNULL(\"Dutch Details\".ToDoComplete, 0) = 0;"
             "PRAGMA user_version = 4"));
+        tx.Commit();
+    }
+    if (version < 5) {
+        // Fewer indexes on the two tables every update writes: the key leads
+        // with the item number and stands for the item index, the year is
+        // read from the end day or the analysis index, and only the sales of
+        // a stock item are indexed by it.
+        Transaction tx(db);
+        db.Exec(QStringLiteral(
+            "DROP INDEX IF EXISTS AuctionsByItem; DROP INDEX IF EXISTS AuctionsByUserYear;"
+            "DROP INDEX IF EXISTS AuctionsKey; DROP INDEX IF EXISTS AuctionsByInventory;"
+            "CREATE UNIQUE INDEX AuctionsKey ON Auctions (ItemNumber, UserName, AuctionSiteFlag);"
+            "CREATE INDEX AuctionsByInventory ON Auctions (InventoryID) WHERE InventoryID > 0;"
+            "DROP INDEX IF EXISTS BidsByItem; DROP INDEX IF EXISTS BidsByUserYear;"
+            "DROP INDEX IF EXISTS BidsKey;"
+            "CREATE UNIQUE INDEX BidsKey ON Bids (ItemNumber, UserName, AuctionSiteFlag);"
+            "PRAGMA user_version = 5"));
         tx.Commit();
     }
 }

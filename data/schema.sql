@@ -216,17 +216,19 @@ CREATE TABLE Auctions (
     -- on an item that is not the parent row of a multi-winner sale.
     SaleCounted INTEGER GENERATED ALWAYS AS (HighBidNum >= ReserveBidNum AND HighBidNum > 0 AND IFNULL(HighBidderName, '') <> 'Dutch Auction') STORED
 );
-CREATE UNIQUE INDEX AuctionsKey ON Auctions (UserName, ItemNumber, AuctionSiteFlag);
-CREATE INDEX AuctionsByItem ON Auctions (ItemNumber);
+-- Every index is paid for by every row an update or a post writes, so there
+-- are no more than the reading needs. The key, item number first, also finds
+-- an item of any user; a user's rows are found by the end-day index.
+CREATE UNIQUE INDEX AuctionsKey ON Auctions (ItemNumber, UserName, AuctionSiteFlag);
 CREATE INDEX AuctionsByUserEnd ON Auctions (UserName, EndDay);
-CREATE INDEX AuctionsByUserYear ON Auctions (UserName, EndYear);
 -- Covers the yearly sales sums: no table row is read for them.
 CREATE INDEX AuctionsAnalysis ON Auctions (UserName, SaleCounted, EndYear, EndDay, HighBidNum);
 CREATE INDEX AuctionsByBidder ON Auctions (HighBidderName);
 -- The task lists read the open sales of a user by end day: the finished ones,
 -- most of a long history, are never visited.
 CREATE INDEX AuctionsOpenTasks ON Auctions (UserName, IFNULL(ToDoComplete, 0), EndDay);
-CREATE INDEX AuctionsByInventory ON Auctions (InventoryID);
+-- Only the sales of a stock item: a reader asks for InventoryID > 0 too.
+CREATE INDEX AuctionsByInventory ON Auctions (InventoryID) WHERE InventoryID > 0;
 
 -- One row per item the user bid on: the scraped columns of Auctions, the same
 -- post-sale columns, and the buyer's own.
@@ -312,10 +314,8 @@ CREATE TABLE Bids (
     EndYear INTEGER GENERATED ALWAYS AS (CAST(substr(EndDay,1,4) AS INTEGER)) STORED,
     EndStamp TEXT GENERATED ALWAYS AS (CASE WHEN EndDay IS NOT NULL THEN EndDay || ' ' || substr(EndDate,11,8) END) STORED
 );
-CREATE UNIQUE INDEX BidsKey ON Bids (UserName, ItemNumber, AuctionSiteFlag);
-CREATE INDEX BidsByItem ON Bids (ItemNumber);
+CREATE UNIQUE INDEX BidsKey ON Bids (ItemNumber, UserName, AuctionSiteFlag);
 CREATE INDEX BidsByUserEnd ON Bids (UserName, EndDay);
-CREATE INDEX BidsByUserYear ON Bids (UserName, EndYear);
 CREATE INDEX BidsBySeller ON Bids (SellerName);
 CREATE INDEX BidsOpenTasks ON Bids (UserName, IFNULL(ToDoComplete, 0), EndDay);
 
