@@ -353,6 +353,25 @@ TEST_F(SiteSessionSignIn, GetFetchesOnlyWhileTheStoredValueIsNull) {
     EXPECT_EQ(Bodies().size(), 2u);
 }
 
+// An update's addresses read the encoded password once, and again only after
+// it was refreshed; one the site did not hand back is asked for again.
+TEST_F(SiteSessionSignIn, AnUpdatesAddressesKeepThePasswordUntilItIsRefreshed) {
+    const QString url = QStringLiteral("u=[USERID]&p=[PASSWORD]");
+    Answer(200, "<p>Your user ID or password is not correct.</p>");
+    RunAddresses addresses(Db());
+    EXPECT_EQ(addresses.Build(url, 0), QStringLiteral("u=o'hara_sells&p="));
+    Answer(200, "&pass=abcY&");
+    EXPECT_EQ(addresses.Build(url, 0), QStringLiteral("u=o'hara_sells&p=abc"));
+    EXPECT_EQ(Bodies().size(), 2u);
+
+    SetSiteColumn("EncodedPassword", QStringLiteral("changed"));
+    SetSiteColumn("UserID", QStringLiteral("renamed"));
+    EXPECT_EQ(addresses.Build(url, 0), QStringLiteral("u=o'hara_sells&p=abc"));
+    addresses.Forget();
+    EXPECT_EQ(addresses.Build(url, 0), QStringLiteral("u=renamed&p=changed"));
+    EXPECT_EQ(Bodies().size(), 2u);
+}
+
 TEST_F(SiteSessionSignIn, AnAnswerWithoutATokenChangesNothing) {
     SetSiteColumn("EncodedPassword", QStringLiteral("kept"));
     Answer(200, "<p>Your user ID or password is not correct.</p>");

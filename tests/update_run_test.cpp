@@ -371,6 +371,24 @@ TEST_F(RunTest, ProgressStepsAreTheWholePartAndNeverPassAHundred) {
     EXPECT_EQ(m_view.progress, (QList<int>{0, 50, 100}));
 }
 
+// update.txt holds the last list page of the run as it came, whatever stood
+// there before, and nothing once the last list page could not be fetched.
+TEST_F(RunTest, UpdateTxtHoldsTheLastListPageWhenTheRunEnds) {
+    const QString path = UpdateRun::UpdatePagePath();
+    {
+        QFile earlier(path);
+        ASSERT_TRUE(earlier.open(QIODevice::WriteOnly));
+        earlier.write("a page of an earlier run");
+    }
+    Activate({QStringLiteral("Current Auctions eBay")});
+    EXPECT_EQ(lw::test::ReadAll(path),
+              m_pages[QStringLiteral("http://site/selling?pass=good&skip=4")]);
+
+    m_results[QStringLiteral("http://site/selling?pass=good&skip=2")] = FetchResult::Failed;
+    Activate({QStringLiteral("Current Auctions eBay")});
+    EXPECT_FALSE(QFile::exists(path));
+}
+
 // ------------------------------------------------------------ failures
 
 TEST_F(RunTest, AConnectionFailureAbortsTheRestAndTheEndStepsStillRun) {

@@ -723,14 +723,51 @@ RecordWriter::TableColumns& RecordWriter::ColumnsOf(const QString& table) {
 }
 
 core::Statement& RecordWriter::Reused(const QString& sql) {
-    auto it = m_statements.find(sql);
+    return Reused(sql, [&sql] { return sql; });
+}
+
+template <typename MakeSql>
+core::Statement& RecordWriter::Reused(const QString& key, const MakeSql& makeSql) {
+    auto it = m_statements.find(key);
     if (it == m_statements.end()) {
-        it = m_statements.emplace(sql, std::make_unique<core::Statement>(m_db.Prepare(sql))).first;
+        it = m_statements.emplace(key, std::make_unique<core::Statement>(m_db.Prepare(makeSql())))
+                 .first;
     } else {
         it->second->Reset();
     }
     return *it->second;
 }
+
+namespace {
+
+// The key of a statement over the columns of a write: the kind, the table
+// and the columns, told apart by a character no name holds.
+QString StatementKey(QChar kind, const QString& table, const std::vector<QString>& columns) {
+    qsizetype length = table.size() + 2;
+    for (const QString& column : columns) {
+        length += column.size() + 1;
+    }
+    QString key;
+    key.reserve(length);
+    key += kind;
+    key += table;
+    for (const QString& column : columns) {
+        key += u'\x1f';
+        key += column;
+    }
+    return key;
+}
+
+// "a, b, c" of the quoted columns, each followed by suffix.
+QString ColumnList(const std::vector<QString>& columns, const QString& suffix = {}) {
+    QString out;
+    for (size_t i = 0; i < columns.size(); ++i) {
+        out += (i ? QStringLiteral(", ") : QString()) + core::QuoteIdentifier(columns[i]) + suffix;
+    }
+    return out;
+}
+
+}  // namespace
 
 void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
                          const Writes& writes) {
@@ -768,19 +805,25 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         }
     }
     const QString quotedTable = core::QuoteIdentifier(table);
+    std::vector<QString> knownColumns;
+    knownColumns.reserve(known.size());
+    for (const auto& write : known) {
+        knownColumns.push_back(write.first);
+    }
 
     qint64 rowid = found.empty() ? -1 : found.front();
     if (rowid < 0 && !known.empty()) {
-        QString names;
-        QString marks;
-        for (size_t i = 0; i < known.size(); ++i) {
-            names += (i ? QStringLiteral(", ") : QString()) + core::QuoteIdentifier(known[i].first);
-            marks += i ? QStringLiteral(", ?") : QStringLiteral("?");
-        }
         try {
             core::Statement& insert =
-                Reused(QStringLiteral("INSERT INTO ") + quotedTable + QStringLiteral(" (") + names +
-                       QStringLiteral(") VALUES (") + marks + QStringLiteral(")"));
+                Reused(StatementKey(u'I', table, knownColumns), [&]() -> QString {
+                    QString marks;
+                    for (size_t i = 0; i < known.size(); ++i) {
+                        marks += i ? QStringLiteral(", ?") : QStringLiteral("?");
+                    }
+                    return QStringLiteral("INSERT INTO ") + quotedTable + QStringLiteral(" (") +
+                           ColumnList(knownColumns) + QStringLiteral(") VALUES (") + marks +
+                           QStringLiteral(")");
+                });
             for (size_t i = 0; i < known.size(); ++i) {
                 insert.Bind(static_cast<int>(i + 1), known[i].second);
             }
@@ -809,15 +852,13 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         // by byte, so a change of case is a change.
         std::vector<size_t> changed;
         try {
-            QString same;
-            for (size_t i = 0; i < known.size(); ++i) {
-                same += (i ? QStringLiteral(", ") : QString()) +
-                        core::QuoteIdentifier(known[i].first) +
-                        QStringLiteral(" IS ? COLLATE BINARY");
-            }
             core::Statement& compare =
-                Reused(QStringLiteral("SELECT ") + same + QStringLiteral(" FROM ") + quotedTable +
-                       QStringLiteral(" WHERE rowid = ?"));
+                Reused(StatementKey(u'C', table, knownColumns), [&]() -> QString {
+                    return QStringLiteral("SELECT ") +
+                           ColumnList(knownColumns, QStringLiteral(" IS ? COLLATE BINARY")) +
+                           QStringLiteral(" FROM ") + quotedTable +
+                           QStringLiteral(" WHERE rowid = ?");
+                });
             int index = 1;
             for (const auto& write : known) {
                 compare.Bind(index++, write.second);
@@ -839,15 +880,18 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         if (changed.empty()) {
             return;
         }
-        QString sets;
-        for (size_t i = 0; i < changed.size(); ++i) {
-            sets += (i ? QStringLiteral(", ") : QString()) +
-                    core::QuoteIdentifier(known[changed[i]].first) + QStringLiteral(" = ?");
+        std::vector<QString> changedColumns;
+        changedColumns.reserve(changed.size());
+        for (const size_t i : changed) {
+            changedColumns.push_back(known[i].first);
         }
         try {
             core::Statement& update =
-                Reused(QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") + sets +
-                       QStringLiteral(" WHERE rowid = ?"));
+                Reused(StatementKey(u'U', table, changedColumns), [&]() -> QString {
+                    return QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") +
+                           ColumnList(changedColumns, QStringLiteral(" = ?")) +
+                           QStringLiteral(" WHERE rowid = ?");
+                });
             int index = 1;
             for (const size_t i : changed) {
                 update.Bind(index++, known[i].second);

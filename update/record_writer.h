@@ -139,6 +139,10 @@ private:
     // each use: preparing a statement over a table with generated columns
     // costs far more than running it.
     core::Statement& Reused(const QString& sql);
+    // The same under a key of its own; makeSql gives the text when the
+    // statement is first prepared.
+    template <typename MakeSql>
+    core::Statement& Reused(const QString& key, const MakeSql& makeSql);
 
     core::Database& m_db;
     QString m_userName;

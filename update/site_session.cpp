@@ -10,6 +10,7 @@
 #include <QUrl>
 #include <algorithm>
 #include <exception>
+#include <map>
 #include <optional>
 
 #include "core/page_charset.h"
@@ -202,14 +203,36 @@ QString DaysToAsk(const QString& lastUpdate, const QDate& today) {
 
 QString BuildUrl(Database& db, const QString& url, int siteNumber, const QStringList& fields,
                  const QStringList& values, qint64 pageOffset) {
+    return RunAddresses(db).Build(url, siteNumber, fields, values, pageOffset);
+}
+
+struct RunAddresses::Kept {
+    std::map<int, SiteRow> rows;
+    QString password;  // empty: not read yet, or the site handed none back
+};
+
+RunAddresses::RunAddresses(Database& db) : m_db(db), m_kept(std::make_unique<Kept>()) {}
+
+RunAddresses::~RunAddresses() {
+    core::Scrub(m_kept->password);
+}
+
+void RunAddresses::Forget() {
+    core::Scrub(m_kept->password);
+    m_kept->password.clear();
+    m_kept->rows.clear();
+}
+
+QString RunAddresses::Build(const QString& url, int siteNumber, const QStringList& fields,
+                            const QStringList& values, qint64 pageOffset) {
     // The site row is read only for an address that needs it: an item page's
     // address, asked for once per record, names no user and no days.
-    std::optional<SiteRow> row;
     const auto siteRow = [&]() -> const SiteRow& {
-        if (!row) {
-            row = ReadSiteRow(db, siteNumber);
+        auto it = m_kept->rows.find(siteNumber);
+        if (it == m_kept->rows.end()) {
+            it = m_kept->rows.emplace(siteNumber, ReadSiteRow(m_db, siteNumber)).first;
         }
-        return *row;
+        return it->second;
     };
     QString address = url;
     const QString userMacro = QStringLiteral("[USERID]");
@@ -220,7 +243,10 @@ QString BuildUrl(Database& db, const QString& url, int siteNumber, const QString
     // when the address needs it.
     const QString passwordMacro = QStringLiteral("[PASSWORD]");
     if (address.contains(passwordMacro)) {
-        address = core::ReplaceFirst(address, passwordMacro, GetEncodedPassword(db));
+        if (m_kept->password.isEmpty()) {
+            m_kept->password = GetEncodedPassword(m_db);
+        }
+        address = core::ReplaceFirst(address, passwordMacro, m_kept->password);
     }
     const QString daysMacro = QStringLiteral("[DAYS]");
     if (address.contains(daysMacro)) {

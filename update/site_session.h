@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <atomic>
 #include <functional>
+#include <memory>
 
 #include "core/net.h"
 #include "core/store.h"
@@ -27,6 +28,28 @@ using FetchResult = FetchOutcome;
 QString BuildUrl(core::Database& db, const QString& url, int siteNumber,
                  const QStringList& fields = {}, const QStringList& values = {},
                  qint64 pageOffset = 0);
+// BuildUrl for the addresses of one update: the user's site rows and the
+// encoded password are read at the first address that needs them and kept,
+// since nothing the run does changes them, until Forget (the password was
+// refreshed). An encoded password the site did not hand back is asked for
+// again by the next address that needs one.
+class RunAddresses {
+public:
+    explicit RunAddresses(core::Database& db);
+    ~RunAddresses();
+    RunAddresses(const RunAddresses&) = delete;
+    RunAddresses& operator=(const RunAddresses&) = delete;
+
+    QString Build(const QString& url, int siteNumber, const QStringList& fields = {},
+                  const QStringList& values = {}, qint64 pageOffset = 0);
+    void Forget();
+
+private:
+    struct Kept;
+    core::Database& m_db;
+    std::unique_ptr<Kept> m_kept;
+};
+
 // The [DAYS] value for a LastUpdate text ("30" when it is null).
 QString DaysToAsk(const QString& lastUpdate, const QDate& today);
 

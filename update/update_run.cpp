@@ -22,7 +22,6 @@
 
 #include <sqlite3.h>
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QHash>
@@ -117,11 +116,17 @@ UpdateHooks DefaultUpdateHooks(core::Database& db) {
             return FetchPageAhead(copy, url, page, stop);
         };
     };
-    hooks.buildUrl = [&db](const QString& url, int siteNumber, const QStringList& fields,
-                           const QStringList& values, qint64 pageOffset) {
-        return BuildUrl(db, url, siteNumber, fields, values, pageOffset);
+    // The hooks serve one run: its addresses come from the site rows and the
+    // encoded password as they stand when it starts, read once.
+    auto addresses = std::make_shared<RunAddresses>(db);
+    hooks.buildUrl = [addresses](const QString& url, int siteNumber, const QStringList& fields,
+                                 const QStringList& values, qint64 pageOffset) {
+        return addresses->Build(url, siteNumber, fields, values, pageOffset);
     };
-    hooks.refreshPassword = [&db] { return RefreshEncodedPassword(db); };
+    hooks.refreshPassword = [&db, addresses] {
+        addresses->Forget();
+        return RefreshEncodedPassword(db);
+    };
     hooks.prepareUsageReport = [&db] { PrepareUsageReport(db); };
     hooks.repairNulls = [&db] { RepairNulls(db); };
     hooks.now = [] { return QDateTime::currentDateTime(); };
@@ -316,11 +321,23 @@ void UpdateRun::AddProgress() {
 void UpdateRun::TellCancel() {
     if (!m_cancelTold) {
         m_cancelTold = true;
+        KeepUpdatePage();
         CurrentUi().Message(CancelMessageText(), CancelMessageTitle());
     }
 }
 
+void UpdateRun::KeepUpdatePage() {
+    if (!m_listPageDue) {
+        return;
+    }
+    m_listPageDue = false;
+    if (m_listPage.isNull() || !core::ReplaceFile(UpdatePagePath(), m_listPage)) {
+        QFile::remove(UpdatePagePath());
+    }
+}
+
 void UpdateRun::ProtocolFailed(const QString& line, const ProtocolRecord& protocol) {
+    KeepUpdatePage();
     if (line != kCurrentBids) {
         m_failed << line;
         m_view.ConnectStatus(protocol.runCaption + QStringLiteral(" update unsuccessful."));
@@ -477,10 +494,14 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     ancillaryScan.pumpEvents = [this] { Pump(); };
     // The run's connections: every page and post of the run goes over them
     // from here on; given up when the run ends, however it ends.
+    // update.txt is brought up to date then too.
     struct ConnectionsEnd {
-        std::unique_ptr<PagePrefetcher>& ahead;
-        ~ConnectionsEnd() { ahead.reset(); }
-    } connectionsEnd{m_ahead};
+        UpdateRun& run;
+        ~ConnectionsEnd() {
+            run.m_ahead.reset();
+            run.KeepUpdatePage();
+        }
+    } connectionsEnd{*this};
     m_ancillaryProtocols.clear();
     OpenConnections();
     std::optional<core::LaneScope> lane;
@@ -589,7 +610,8 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
         m_lastUrl = address;
         m_view.LastUrl(address);
         // update.txt holds the last page of a main protocol, as it came.
-        QFile::remove(UpdatePagePath());
+        m_listPage = QByteArray();
+        m_listPageDue = true;
         FetchResult fetched = FetchResult::Failed;
         QByteArray bytes;
         try {
@@ -603,6 +625,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
             return PageOutcome::Cancelled;
         }
         if (fetched != FetchResult::Ok) {
+            KeepUpdatePage();
             m_view.ConnectStatus(line + QStringLiteral(" connection error."));
             CurrentUi().Message(QStringLiteral("Retrieval of ") + protocol.runCaption +
                                     QStringLiteral(" from eBay failed.  There is a connection "
@@ -611,14 +634,17 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
                                 QStringLiteral("Connection Error"), core::Icon::Critical);
             return PageOutcome::Aborted;
         }
-        core::ReplaceFile(UpdatePagePath(), bytes);
+        m_listPage = bytes;
         // A page of this protocol that came before: the site answers every
         // address alike, and paging would never end.
-        const QByteArray digest = QCryptographicHash::hash(bytes, QCryptographicHash::Blake2b_160);
-        if (m_pagesSeen.contains(digest)) {
+        // Two pages of one protocol that differ yet agree in length and both
+        // hashes are not to be met in any seller's lists.
+        const std::array<size_t, 3> digest = {static_cast<size_t>(bytes.size()),
+                                              qHash(QByteArrayView(bytes), size_t{0x5157}),
+                                              qHash(QByteArrayView(bytes), size_t{0x6c77})};
+        if (!m_pagesSeen.insert(digest).second) {
             return PageOutcome::Failed;
         }
-        m_pagesSeen.insert(digest);
         m_page.Clear();
         Pump();
         m_page.Load(bytes);
@@ -700,6 +726,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
     }
     if (failed) {
         if (!queryError.isEmpty() && writer.FirstErrorOf(protocol.section)) {
+            KeepUpdatePage();
             CurrentUi().Message(queryError, QueryErrorTitle(), core::Icon::Warning);
         }
         return PageOutcome::Failed;

@@ -13,9 +13,11 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "core/store.h"
 #include "update/page_prefetcher.h"
@@ -60,7 +62,8 @@ struct UpdateHooks {
 
 // The hooks of a real update over db: the rule check, the fetch, the address
 // and the password refresh of the site session, the usage report and the
-// repair. db must outlive the hooks.
+// repair. db must outlive the hooks, which serve one run: the site rows the
+// addresses are built from are read once.
 UpdateHooks DefaultUpdateHooks(core::Database& db);
 
 class UpdateRun {
@@ -152,6 +155,9 @@ private:
     void FinishUpdate(const QString& keptSiteTime);
     QString SiteTime();
     void Pump();
+    // Brings update.txt up to the last list page: written once it is needed
+    // (a message that points to it, the end of the run), not for every page.
+    void KeepUpdatePage();
 
     core::Database& m_db;
     UpdateView& m_view;
@@ -161,6 +167,9 @@ private:
     ScanState m_state;
     ScanLists m_lists;
     PageText m_page;  // txtUnparsed
+    // The last list page as it came, for update.txt; null: none came.
+    QByteArray m_listPage;
+    bool m_listPageDue = false;  // update.txt does not hold m_listPage yet
     QString m_lastUrl;
     qint64 m_pageOffset = 0;
     int m_step = 0;
@@ -170,7 +179,7 @@ private:
     QString m_storeFailure;
     // The pages of the protocol under way, by digest: a page that comes
     // again ends the paging as a failure.
-    QSet<QByteArray> m_pagesSeen;
+    std::set<std::array<size_t, 3>> m_pagesSeen;
     std::unique_ptr<PagePrefetcher> m_ahead;  // the run's connections, during a run
     AheadChain m_chain;
     // The rules cannot change once the run is under way: each ancillary
