@@ -876,14 +876,20 @@ private Q_SLOTS:
         QVERIFY(!chooser);
         // Afterwards the current sales are shown from their first page.
         QCOMPARE(Named<QComboBox>(&main, QStringLiteral("lstAuctionGroup"))->currentIndex(), 0);
+        QVERIFY(m_ui->Titles().isEmpty());
 
+        // Closed with "Update My Sales When Finished" ticked, the sales update
+        // runs: here it finds no connection and says so.
         WhenShown fresh(QStringLiteral("frmLWAC"), [&chooser](QWidget* creator) {
             chooser = Named<QTabWidget>(creator, QStringLiteral("SSTab1"))->currentIndex() == 0;
+            Named<QAction>(creator, QStringLiteral("mnuUAWF"))->trigger();
             static_cast<QDialog*>(creator)->reject();
         });
         Named<QAction>(&main, QStringLiteral("mnuAuctionCreator"))->trigger();
         QVERIFY(fresh.Acted());
         QVERIFY(chooser);
+        QCOMPARE(m_ui->Titles(), QStringList{QStringLiteral("No ISP Connection")});
+        QVERIFY(m_ui->Messages().at(0).contains(QStringLiteral("update your auction database")));
     }
 };
 
