@@ -617,10 +617,11 @@ PostOutcome AuctionPoster::Post(qint64 id, PostRoute route) {
     }
     ui.Status(QStringLiteral("Auction posted successfully"));
     if (!kept.confirm) {
+        // The dialog's check writes -1 for "off"; a value above 0 is off too.
         kept.confirm =
             !kept.options.fromQueue &&
             core::Val(core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
-                                       QStringLiteral("AuctionConfirmOff"))) <= 0;
+                                       QStringLiteral("AuctionConfirmOff"))) == 0;
     }
     outcome.confirm = *kept.confirm;
     return outcome;

@@ -547,6 +547,47 @@ private Q_SLOTS:
         QCOMPARE(edit->text(), afterTheTab);
     }
 
+    // A title longer than the site takes is warned of when the box is left,
+    // once for that title, until the warning's check is cleared.
+    void aTitleTooLongForTheSiteIsWarnedOfUntilTheWarningIsTurnedOff() {
+        std::unique_ptr<ui::frmLWAC> w = Open();
+        w->mnuCreate_Click();
+        auto* title = Named<QLineEdit>(w.get(), QStringLiteral("txtItemTitle"));
+        QStringList seen;
+        bool keepWarning = true;
+        const auto leave = [&](const QString& text) {
+            WhenShown warning(QStringLiteral("frmGeneral"), [&](QWidget* dialog) {
+                seen << dialog->windowTitle() + u'|' +
+                            Named<QLabel>(dialog, QStringLiteral("lblMessage"))->text() + u'|' +
+                            Named<QCheckBox>(dialog, QStringLiteral("chkTitleTruncate"))->text();
+                Named<QCheckBox>(dialog, QStringLiteral("chkTitleTruncate"))
+                    ->setChecked(keepWarning);
+                Click(dialog, QStringLiteral("cmdOK"));
+            });
+            title->setText(text);
+            Q_EMIT title->editingFinished();
+        };
+        const QString fits(45, u'a');
+        const QString longer = fits + QStringLiteral(" and more");
+        leave(fits);
+        QVERIFY(seen.isEmpty());
+        leave(longer);
+        QCOMPARE(seen, QStringList{QStringLiteral(
+                           "Auction Title Truncated|Your auction title has been truncated to 45 "
+                           "characters.  Please edit.|&Continue to show me this warning")});
+        QCOMPARE(Named<QLineEdit>(w.get(), QStringLiteral("txtEbayTitle"))->text(), fits);
+        leave(longer);
+        QCOMPARE(seen.size(), 1);
+        keepWarning = false;
+        leave(longer + u'!');
+        QCOMPARE(seen.size(), 2);
+        QCOMPARE(core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
+                                  QStringLiteral("TitleTruncationWarningOff")),
+                 QStringLiteral("-1"));
+        leave(longer + QStringLiteral("!!"));
+        QCOMPARE(seen.size(), 2);
+    }
+
     void theStyleTabShowsTheChosenStyleAndColours() {
         std::unique_ptr<ui::frmLWAC> w = Open();
         w->mnuCreate_Click();
@@ -703,6 +744,21 @@ private Q_SLOTS:
             QCOMPARE(core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
                                       QStringLiteral("AuctionConfirmOff")),
                      QStringLiteral("-1"));
+            number.Reset();  // its read would keep this connection from seeing the next post
+            QString shownAgain;
+            WhenShown again(QStringLiteral("frmGeneral"), [&shownAgain](QWidget* dialog) {
+                shownAgain = dialog->windowTitle();
+                static_cast<QDialog*>(dialog)->reject();
+            });
+            w->mnuCreate_Click();
+            FillRequired(w.get());
+            Click(w.get(), QStringLiteral("cmdPostNow"));
+            QVERIFY2(!again.Acted(), qPrintable(shownAgain));
+            QVERIFY2(m_ui->Messages().isEmpty(), qPrintable(m_ui->Messages().join(u'|')));
+            QCOMPARE(
+                m_db->ScalarInt(QStringLiteral(
+                    "SELECT COUNT(*) FROM Auctions WHERE ItemTitle = 'Brass ship''s lantern'")),
+                2);
         }
         QCOMPARE(m_opened.size(), page.isEmpty() ? 0 : 1);
         if (!page.isEmpty()) {

@@ -403,6 +403,17 @@ void frmLWAC::txtItemTitle_Change() {
     }
 }
 
+void frmLWAC::txtItemTitle_LostFocus() {
+    const QString title = m_txtItemTitle->text();
+    if (m_showing || creator::EbayTitleFor(title) == title || title == m_warnedTitle) {
+        return;
+    }
+    m_warnedTitle = title;
+    if (ShowTitleTruncated(this)) {
+        m_txtEbayTitle->setFocus();
+    }
+}
+
 void frmLWAC::txtItemTitle_DblClick() {
     QApplication::clipboard()->setText(m_txtItemTitle->text());
 }

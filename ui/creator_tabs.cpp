@@ -472,6 +472,7 @@ QWidget* frmLWAC::BuildItemTab() {
     layout->addWidget(prices);
 
     connect(m_txtItemTitle, &QLineEdit::textChanged, this, &frmLWAC::txtItemTitle_Change);
+    connect(m_txtItemTitle, &QLineEdit::editingFinished, this, &frmLWAC::txtItemTitle_LostFocus);
     for (QLineEdit* mirrored : {m_txtQuantity, m_txtShipping, m_txtInsurance}) {
         connect(mirrored, &QLineEdit::textChanged, this, &frmLWAC::txtMirror_Change);
     }

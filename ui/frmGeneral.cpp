@@ -29,6 +29,7 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "core/text.h"
 #include "ui/qt_ui.h"
 #include "views/item_cost.h"
 
@@ -142,6 +143,18 @@ void frmGeneral::SetMessage(const QString& text) {
     }
 }
 
+void frmGeneral::SetTitleTruncated() {
+    if (m_form != PostedForm) {
+        return;
+    }
+    setWindowTitle(QStringLiteral("Auction Title Truncated"));
+    SetMessage(
+        QStringLiteral("Your auction title has been truncated to 45 characters.  Please edit."));
+    m_chkTitleTruncate->setText(QStringLiteral("&Continue to show me this warning"));
+    m_chkTitleTruncate->setChecked(true);
+    m_offSetting = QStringLiteral("TitleTruncationWarningOff");
+}
+
 QWidget* frmGeneral::BuildItemCostForm() {
     auto* page = new QWidget(this);
     page->setObjectName(QStringLiteral("fraItemCost"));
@@ -226,8 +239,7 @@ QString frmGeneral::InsuranceCostText() const {
 
 void frmGeneral::cmdOK_Click() {
     if (m_form == PostedForm && !m_chkTitleTruncate->isChecked()) {
-        core::SaveSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
-                          QStringLiteral("AuctionConfirmOff"), -1);
+        core::SaveSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"), m_offSetting, -1);
     }
     if (m_form == ItemCostForm) {
         const int bad =
@@ -674,6 +686,17 @@ void ShowPosted(const QString& itemNumber, QWidget* parent) {
             ? QStringLiteral("Your auction was posted.  The next update of your sales lists it.")
             : QStringLiteral("Your auction was posted as item #%1.").arg(itemNumber));
     posted.exec();
+}
+
+bool ShowTitleTruncated(QWidget* parent) {
+    if (core::Val(core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
+                                   QStringLiteral("TitleTruncationWarningOff"))) != 0) {
+        return false;
+    }
+    frmGeneral warning(frmGeneral::PostedForm, parent);
+    warning.SetTitleTruncated();
+    warning.exec();
+    return true;
 }
 
 void ShowAbout(QWidget* parent) {

@@ -53,6 +53,10 @@ public:
 
     // Form 5: the words shown.
     void SetMessage(const QString& text);
+    // Form 5 as the warning that the title for the site was cut: its
+    // caption and words, and the setting its check clears
+    // (TitleTruncationWarningOff rather than AuctionConfirmOff).
+    void SetTitleTruncated();
 
     // Form 2: the category chosen by Select; nothing before.
     std::optional<creator::CategoryListRow> SelectedCategory() const { return m_selected; }
@@ -128,6 +132,8 @@ private:
     // Form 5.
     QLabel* m_lblPosted = nullptr;
     QCheckBox* m_chkTitleTruncate = nullptr;
+    // The Options setting set to -1 when the check is cleared.
+    QString m_offSetting = QStringLiteral("AuctionConfirmOff");
 };
 
 // The whole mnuItemCost command for the current user's sale itemNumber: the
@@ -141,6 +147,11 @@ bool EditItemCost(core::Database& db, const QString& itemNumber, QWidget* parent
 // the new item's number; clearing its check stops it from showing again
 // (AuctionConfirmOff).
 void ShowPosted(const QString& itemNumber, QWidget* parent);
+
+// Form 5 when the title typed is longer than the site takes: "Auction Title
+// Truncated", unless its warning was turned off (TitleTruncationWarningOff).
+// True when it was shown.
+bool ShowTitleTruncated(QWidget* parent);
 
 // The about box: the program's name, its version, what it is for, its
 // licence and the versions of the libraries it runs on.

@@ -106,6 +106,9 @@ public Q_SLOTS:
     // The fields.
     void txtItemTitle_Change();
     void txtItemTitle_DblClick();
+    // A title longer than the site takes is warned of once, and the site's
+    // title is then to be edited.
+    void txtItemTitle_LostFocus();
     void txtMirror_Change();
     void lstTemplateStyle_Click();
     void cmbColor_Click();
@@ -196,6 +199,7 @@ private:
     std::function<void(const QUrl&)> m_openUrl;
     bool m_activated = false;
     bool m_editing = false;
+    QString m_warnedTitle;   // the last title warned of as too long
     bool m_showing = false;  // the controls are being written: no change is the user's
     int m_lastTab = kChooserTab;
 
