@@ -15,11 +15,13 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
 
 #include "update/page_prefetcher.h"
+#include "update/scanner.h"
 
 using lw::update::AheadFetch;
 using lw::update::FetchResult;
@@ -140,6 +142,36 @@ TEST(PagePrefetcher, PagesComeInOrderEachFetchedOnceAndNeverBeyondTheDepth) {
     // Three fetched ahead at most, and the one the taker is waiting for.
     EXPECT_LE(site.MaxAhead(), 4);
     EXPECT_EQ(ahead.Waiting(), 0);
+}
+
+// A page's preparer runs on the thread that fetched it, and what it made goes
+// to the taker with the page; a failed page and an address asked for
+// without one bring nothing.
+TEST(PagePrefetcher, WhatAPreparerMadeOfAPageComesWithIt) {
+    FakeSite site;
+    PagePrefetcher ahead(site.Fetch(), 4, 2);
+    const std::thread::id taker = std::this_thread::get_id();
+    const lw::update::PagePreparer prepare = [taker](const QByteArray& page) {
+        auto made = std::make_shared<lw::update::PreparedPage>();
+        made->read = std::this_thread::get_id() != taker;
+        made->items << QString::fromUtf8(page);
+        return made;
+    };
+    const QStringList urls{QStringLiteral("item1"), QStringLiteral("bad1"),
+                           QStringLiteral("item2")};
+    ahead.Ask(urls, {prepare, prepare});
+    for (const QString& url : urls) {
+        QByteArray page;
+        std::shared_ptr<const lw::update::PreparedPage> made;
+        ASSERT_TRUE(ahead.Take(url, page, &made).has_value());
+        if (url == QStringLiteral("item1")) {
+            ASSERT_NE(made, nullptr);
+            EXPECT_TRUE(made->read) << "made on the fetching thread";
+            EXPECT_EQ(made->items, QStringList{QStringLiteral("page of item1")});
+        } else {
+            EXPECT_EQ(made, nullptr) << url.toStdString();
+        }
+    }
 }
 
 TEST(PagePrefetcher, OverTwoConnectionsAPageThatComesLateIsStillTakenInItsPlace) {

@@ -8,6 +8,7 @@
 #include <QFile>
 #include <ostream>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include "core/session.h"
@@ -533,7 +534,9 @@ TEST(ScannerProtocolKeys, AnItemsThatIsNoCountOfItemsIsRefusedByName) {
 
 namespace {
 
-class AncillaryTest : public ::testing::Test {
+// Each case twice: the page scanned on the run's thread, and scanned on
+// another thread by the preparer of the connection that fetched it.
+class AncillaryTest : public ::testing::TestWithParam<bool> {
 protected:
     void SetUp() override {
         lw::core::ResetSession(&m_ui);
@@ -567,13 +570,17 @@ protected:
         hooks.address = [](const ProtocolRecord& p, const ScanLists& lists) -> QString {
             return p.url + QStringLiteral("?") + lists.items.join(u',');
         };
-        hooks.fetch = [&, page, result](const QString& url, QByteArray& fetched) {
+        hooks.fetch = [&, anc, page, result](const QString& url, QByteArray& fetched) {
             m_urls << url;
             if (result == FetchResult::Ok) {
                 fetched = page;
+                if (GetParam()) {
+                    std::thread([&] { m_prepared = AncillaryPagePreparer(anc)(page); }).join();
+                }
             }
             return result;
         };
+        hooks.prepared = [&](const QString&) { return m_prepared; };
         hooks.deleteRows = [&](const ProtocolRecord&, const ScanLists& lists) {
             EXPECT_TRUE(lists.ancillaryItems.isEmpty());
             ++m_deletes;
@@ -604,6 +611,7 @@ protected:
     int m_deletes = 0;
     QStringList m_failures;
     std::vector<QStringList> m_written;
+    std::shared_ptr<const PreparedPage> m_prepared;
 };
 
 const char* kDetails =
@@ -612,7 +620,7 @@ const char* kDetails =
 
 }  // namespace
 
-TEST_F(AncillaryTest, OneRecordIsScannedAndWrittenAndTheStatusComesBack) {
+TEST_P(AncillaryTest, OneRecordIsScannedAndWrittenAndTheStatusComesBack) {
     const auto written = RunOver(kDetails, "<!-- I --><s>bob<e>06/07/00<s>again<e>x<!-- /I -->");
     ASSERT_EQ(written.size(), 1u);
     EXPECT_EQ(written[0], (QStringList{QStringLiteral("bob"), QStringLiteral("06/07/00")}));
@@ -624,19 +632,19 @@ TEST_F(AncillaryTest, OneRecordIsScannedAndWrittenAndTheStatusComesBack) {
               QStringList{QStringLiteral("Auction Details retrieved successfully.")});
 }
 
-TEST_F(AncillaryTest, AFailedFetchWritesNothingAndSaysNothing) {
+TEST_P(AncillaryTest, AFailedFetchWritesNothingAndSaysNothing) {
     EXPECT_TRUE(RunOver(kDetails, "", FetchResult::Failed).empty());
     EXPECT_TRUE(m_ui.Messages().isEmpty());
     EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Processing Sales"));
 }
 
-TEST_F(AncillaryTest, ACancelledFetchTellsTheCancel) {
+TEST_P(AncillaryTest, ACancelledFetchTellsTheCancel) {
     EXPECT_TRUE(RunOver(kDetails, "", FetchResult::Cancelled).empty());
     EXPECT_EQ(m_ui.Messages(), QStringList{CancelMessageText()});
     EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
 }
 
-TEST_F(AncillaryTest, AMissingMarkerWritesNothingAndKeepsThePageForTheRuleWriter) {
+TEST_P(AncillaryTest, AMissingMarkerWritesNothingAndKeepsThePageForTheRuleWriter) {
     // A page that was read leaves no file; the page that could not be read
     // is kept whole, and a later good page does not remove it.
     EXPECT_EQ(RunOver(kDetails, "<!-- I --><s>bob<e>06/07/00<!-- /I -->").size(), 1u);
@@ -648,17 +656,17 @@ TEST_F(AncillaryTest, AMissingMarkerWritesNothingAndKeepsThePageForTheRuleWriter
     EXPECT_EQ(kept.readAll(), unread);
 }
 
-TEST_F(AncillaryTest, MissingGendLeavesNothingToScan) {
+TEST_P(AncillaryTest, MissingGendLeavesNothingToScan) {
     EXPECT_TRUE(RunOver(kDetails, "<!-- I --><s>bob<e>06/07/00").empty());
 }
 
-TEST_F(AncillaryTest, SkipRecordEndsTheScanUnwritten) {
+TEST_P(AncillaryTest, SkipRecordEndsTheScanUnwritten) {
     const std::string rules =
         std::string(kDetails) + "\nItem1 SkipRecord=nobody\nItem1 SkipJump=<e";
     EXPECT_TRUE(RunOver(rules.c_str(), "<!-- I --><s>nobody<e>x<!-- /I -->").empty());
 }
 
-TEST_F(AncillaryTest, SkipIsTestedSkipTwoIsNotAndPrevValueStartsEmpty) {
+TEST_P(AncillaryTest, SkipIsTestedSkipTwoIsNotAndPrevValueStartsEmpty) {
     // An empty Skip skips item 1 of every ancillary run: its own previous
     // value is empty at each start.
     const std::string rules = std::string(kDetails) + "\nItem1 Skip=\nItem2 Skip2=";
@@ -667,20 +675,20 @@ TEST_F(AncillaryTest, SkipIsTestedSkipTwoIsNotAndPrevValueStartsEmpty) {
     EXPECT_EQ(written[0], (QStringList{QStringLiteral("--"), QStringLiteral("06/07/00")}));
 }
 
-TEST_F(AncillaryTest, TheValueLoopTakesAnEmptySelectionAtTheEnd) {
+TEST_P(AncillaryTest, TheValueLoopTakesAnEmptySelectionAtTheEnd) {
     const auto written = RunOver(kDetails, "<!-- I --><s>bob<e><!-- /I -->");
     ASSERT_EQ(written.size(), 1u);
     EXPECT_EQ(written[0], (QStringList{QStringLiteral("bob"), QString()}));
 }
 
-TEST_F(AncillaryTest, DeleteBeforeWriteRunsBeforeTheScan) {
+TEST_P(AncillaryTest, DeleteBeforeWriteRunsBeforeTheScan) {
     const std::string rules =
         std::string(kDetails) + "\nDeleteBeforeWrite=True\nDeleteQuery=SELECT * FROM Dutch";
     RunOver(rules.c_str(), "<!-- I --><s>bob<e>x<!-- /I -->");
     EXPECT_EQ(m_deletes, 1);
 }
 
-TEST_F(AncillaryTest, AFallbackOfOneRunDoesNotCarryToTheNext) {
+TEST_P(AncillaryTest, AFallbackOfOneRunDoesNotCarryToTheNext) {
     const std::string rules = std::string(kDetails) + "\nItem1 AStart=<t\nItem2 AStart=<e";
     auto written = RunOver(rules.c_str(), "<!-- I --><t>tom<e>1<!-- /I -->");
     ASSERT_EQ(written.size(), 1u);
@@ -689,6 +697,11 @@ TEST_F(AncillaryTest, AFallbackOfOneRunDoesNotCarryToTheNext) {
     ASSERT_EQ(written.size(), 1u);
     EXPECT_EQ(written[0][0], QStringLiteral("sue"));
 }
+
+INSTANTIATE_TEST_SUITE_P(Where, AncillaryTest, ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                             return info.param ? "onTheFetchingThread" : "onTheRunsThread";
+                         });
 
 // ------------------------------------------------------------ the end of the text
 

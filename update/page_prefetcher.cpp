@@ -57,16 +57,19 @@ void PagePrefetcher::SetArrival(Arrival arrival) {
     m_arrival = std::move(arrival);
 }
 
-void PagePrefetcher::Ask(const QStringList& urls) {
+void PagePrefetcher::Ask(const QStringList& urls, const std::vector<PagePreparer>& prepare) {
     if (urls.isEmpty()) {
         return;
     }
     {
         const std::lock_guard lock(m_mutex);
-        for (const QString& url : urls) {
+        for (qsizetype i = 0; i < urls.size(); ++i) {
             Entry& entry = m_entries.emplace_back();
             entry.id = ++m_nextId;
-            entry.url = url;
+            entry.url = urls.at(i);
+            if (static_cast<size_t>(i) < prepare.size()) {
+                entry.prepare = prepare[static_cast<size_t>(i)];
+            }
         }
     }
     m_work.notify_all();
@@ -208,6 +211,7 @@ void PagePrefetcher::Work(Worker& worker) {
         next->fetcher = &worker;
         const quint64 id = next->id;
         const QString url = next->url;
+        const PagePreparer prepare = next->prepare;
         worker.stop = false;
         // More to start: a colleague takes the next, so that a batch of
         // pages goes over every connection.
@@ -218,10 +222,18 @@ void PagePrefetcher::Work(Worker& worker) {
 
         QByteArray page;
         FetchResult result = FetchResult::Failed;
+        std::shared_ptr<const PreparedPage> prepared;
         try {
             result = m_fetch(url, page, worker.stop);
         } catch (const std::exception&) {
             result = FetchResult::Failed;  // the taker sees a failed fetch
+        }
+        if (result == FetchResult::Ok && prepare && !worker.stop) {
+            try {
+                prepared = prepare(page);
+            } catch (const std::exception&) {
+                prepared.reset();  // the taker does the work itself
+            }
         }
 
         lock.lock();
@@ -229,6 +241,7 @@ void PagePrefetcher::Work(Worker& worker) {
             entry->done = true;
             entry->result = result;
             entry->page = std::move(page);
+            entry->prepared = std::move(prepared);
             m_heldBytes += entry->page.size();
             if (m_awaited != 0 && (entry->early || TakerHasEnoughLocked())) {
                 m_wakeup.Notify();
@@ -261,7 +274,8 @@ void PagePrefetcher::TellArrivals(std::unique_lock<std::mutex>& lock) {
     }
 }
 
-std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& page) {
+std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& page,
+                                                std::shared_ptr<const PreparedPage>* prepared) {
     std::unique_lock lock(m_mutex);
     const auto found = std::find_if(m_entries.begin(), m_entries.end(),
                                     [&url](const Entry& entry) { return entry.url == url; });
@@ -311,6 +325,9 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
         m_work.notify_one();
     }
     page = std::move(entry.page);
+    if (prepared != nullptr) {
+        *prepared = std::move(entry.prepared);
+    }
     return entry.result;
 }
 

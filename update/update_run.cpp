@@ -153,12 +153,14 @@ QString UpdateRun::AncillaryPagePath() {
 }
 
 FetchResult UpdateRun::Fetch(const QString& url, QByteArray& page) {
+    m_prepared.reset();
     if (m_ahead) {
-        std::optional<FetchResult> taken = m_ahead->Take(url, page);
+        std::optional<FetchResult> taken = m_ahead->Take(url, page, &m_prepared);
         if (!taken) {
             m_ahead->AskFirst(url);
             taken = m_ahead->Take(url, page);
         }
+        m_preparedUrl = url;
         if (taken) {
             if (*taken != FetchResult::Cancelled) {
                 TellPageTaken(page.size());
@@ -244,12 +246,20 @@ void UpdateRun::ScanAhead(const ProtocolRecord& protocol, PageScanner scanner,
         return;
     }
     QStringList urls;
+    std::vector<PagePreparer> preparers;
     int records = 0;
     try {
         ScanHooks collect;
         collect.pumpEvents = [] {};
         collect.runAncillary = [&](const ItemRule& item, ScanLists& record) {
-            urls << AncillaryAddress(AncillaryProtocol(item.ancillaryProtocol), record, offset);
+            const ProtocolRecord& ancillary = AncillaryProtocol(item.ancillaryProtocol);
+            urls << AncillaryAddress(ancillary, record, offset);
+            // Each item page is scanned by the connection that fetched it.
+            auto preparer = m_preparers.constFind(ancillary.section);
+            if (preparer == m_preparers.constEnd()) {
+                preparer = m_preparers.insert(ancillary.section, AncillaryPagePreparer(ancillary));
+            }
+            preparers.push_back(*preparer);
         };
         // The same records, fields and values as the run's own scan, so the
         // same addresses in the same order.
@@ -261,7 +271,7 @@ void UpdateRun::ScanAhead(const ProtocolRecord& protocol, PageScanner scanner,
     } catch (const std::exception&) {
         return;  // each page is fetched when it is needed
     }
-    m_ahead->Ask(urls);
+    m_ahead->Ask(urls, preparers);
     m_chain.lastUrl = address;
     m_chain.lastOffset = offset;
     m_chain.nextDue = protocol.Iterates() && records > 0 && m_hooks.buildUrl;
@@ -503,6 +513,7 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
         }
     } connectionsEnd{*this};
     m_ancillaryProtocols.clear();
+    m_preparers.clear();
     OpenConnections();
     std::optional<core::LaneScope> lane;
     if (m_ahead) {
@@ -515,6 +526,9 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     };
     ancillaryHooks.fetch = [this](const QString& url, QByteArray& page) {
         return Fetch(url, page);
+    };
+    ancillaryHooks.prepared = [this](const QString& url) {
+        return url == m_preparedUrl ? m_prepared : nullptr;
     };
     ancillaryHooks.deleteRows = [&writer](const ProtocolRecord& protocol, const ScanLists& lists) {
         writer.DeleteFoundRows(protocol, lists);
