@@ -17,6 +17,7 @@
 #include <QSet>
 #include <QSysInfo>
 #include <QThread>
+#include <algorithm>
 #include <condition_variable>
 #include <cstdlib>
 #include <cstring>
@@ -713,6 +714,9 @@ TEST_F(UpdateE2e, PagingStopsAfterTheLastPage) {
             break;
         }
     }
+    // The site logs each answer once it is sent, and two list pages may be
+    // on their way over two connections: the log's order is not the asking's.
+    std::sort(skips.begin(), skips.end());
     EXPECT_EQ(skips, expected) << log.join(u'\n').toStdString();
 }
 

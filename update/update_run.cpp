@@ -315,7 +315,7 @@ void UpdateRun::AheadArrived(const QString& url, const QByteArray& bytes, FetchR
     if (!scanner.SetUp(page)) {
         return;  // the run refreshes the password or passes the protocol over
     }
-    m_chain.scanned.insert(url);
+    m_chain.scanned.insert(url, page);
     ScanAhead(*m_chain.protocol, scanner, url, m_chain.awaitedOffset);
 }
 
@@ -661,7 +661,13 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
         }
         m_page.Clear();
         Pump();
-        m_page.Load(bytes);
+        // A page scanned ahead was made text when it came.
+        const auto ahead = m_chain.scanned.constFind(address);
+        if (ahead != m_chain.scanned.constEnd() && ahead->Bytes().isSharedWith(bytes)) {
+            m_page = *ahead;
+        } else {
+            m_page.Load(bytes);
+        }
     } else if (!firstPage) {
         // The next page has the address of the last one: the same records
         // would come again for ever.

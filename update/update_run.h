@@ -113,8 +113,9 @@ private:
         // The scan as it will stand after the last page scanned ahead.
         ScanState state;
         ScanLists lists;
-        QSet<QString> scanned;  // scanned ahead; their set-up by the run is to come
-        QString awaited;        // asked for early, not yet come
+        // Scanned ahead, with their text; their set-up by the run is to come.
+        QHash<QString, PageText> scanned;
+        QString awaited;  // asked for early, not yet come
         qint64 awaitedOffset = 0;
         QString lastUrl;  // the last page scanned ahead
         qint64 lastOffset = 0;
