@@ -9,9 +9,11 @@
 #include <QFile>
 #include <QUrl>
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <map>
 #include <optional>
+#include <string>
 
 #include "core/page_charset.h"
 #include "core/secrets.h"
@@ -101,24 +103,48 @@ QString TextOfBytes(const QByteArray& bytes) {
 
 const char kHexDigits[] = "0123456789ABCDEF";
 
-void AppendByte(QString& out, unsigned value) {
-    out += u'%';
-    out += QLatin1Char(kHexDigits[(value >> 4) & 15u]);
-    out += QLatin1Char(kHexDigits[value & 15u]);
+// What an ASCII character becomes in a form post: itself for the letters,
+// the digits and ".-_", "+" for the blank, 0 for one sent as its code.
+constexpr std::array<char, 128> kFormCharacters = [] {
+    std::array<char, 128> table{};
+    for (char c = '0'; c <= '9'; ++c) {
+        table[static_cast<size_t>(c)] = c;
+    }
+    for (char c = 'A'; c <= 'Z'; ++c) {
+        table[static_cast<size_t>(c)] = c;
+        table[static_cast<size_t>(c - 'A' + 'a')] = static_cast<char>(c - 'A' + 'a');
+    }
+    for (const char c : {'.', '-', '_'}) {
+        table[static_cast<size_t>(c)] = c;
+    }
+    table[' '] = '+';
+    return table;
+}();
+
+void AppendByte(std::string& out, unsigned value) {
+    const char code[] = {'%', kHexDigits[(value >> 4) & 15u], kHexDigits[value & 15u]};
+    out.append(code, sizeof code);
 }
 
 // One character as the site's form posts carry it: a code up to 255 as its
 // one byte (as the site's older clients sent every character, and as the
 // entity "&nbsp;" becomes "%A0"), anything beyond as the bytes of its UTF-8
 // form, since it has no single byte.
-void AppendCodePoint(QString& out, char32_t code) {
+void AppendCodePoint(std::string& out, char32_t code) {
     if (code <= 0xFF) {
         AppendByte(out, code);
-        return;
-    }
-    const QByteArray utf8 = QString::fromUcs4(&code, 1).toUtf8();
-    for (const char byte : utf8) {
-        AppendByte(out, static_cast<unsigned char>(byte));
+    } else if (code <= 0x7FF) {
+        AppendByte(out, 0xC0u | (code >> 6));
+        AppendByte(out, 0x80u | (code & 0x3Fu));
+    } else if (code <= 0xFFFF) {
+        AppendByte(out, 0xE0u | (code >> 12));
+        AppendByte(out, 0x80u | ((code >> 6) & 0x3Fu));
+        AppendByte(out, 0x80u | (code & 0x3Fu));
+    } else {
+        AppendByte(out, 0xF0u | (code >> 18));
+        AppendByte(out, 0x80u | ((code >> 12) & 0x3Fu));
+        AppendByte(out, 0x80u | ((code >> 6) & 0x3Fu));
+        AppendByte(out, 0x80u | (code & 0x3Fu));
     }
 }
 
@@ -142,11 +168,11 @@ std::optional<char32_t> EntityNumber(QStringView name) {
 
 // The text from position at in the tag: a quoted value to the next double
 // quote, otherwise to the next blank or the end of the tag.
-QString ReadTagValue(const QString& stretch, qsizetype at, qsizetype tagEnd) {
-    if (at < stretch.size() && stretch.at(at) == u'"') {
+QStringView ReadTagValue(QStringView stretch, qsizetype at, qsizetype tagEnd) {
+    if (at < stretch.size() && stretch[at] == u'"') {
         const qsizetype close = stretch.indexOf(u'"', at + 1);
         const qsizetype end = close < 0 ? stretch.size() : close;
-        return stretch.mid(at + 1, end - at - 1);
+        return stretch.sliced(at + 1, end - at - 1);
     }
     qsizetype end = stretch.indexOf(u' ', at);
     if (end < 0 || end > tagEnd) {
@@ -562,20 +588,35 @@ QString GetEncodedPassword(Database& db) {
 
 // ------------------------------------------------------------- form texts
 
-QString UrlEncode(const QString& text) {
-    QString out;
-    out.reserve(text.size() * 3);
+namespace {
+
+// Appends text as the site's form posts carry it (see UrlEncode): the
+// characters of kFormCharacters as it gives them, a known entity as its
+// character, every other character as the "%XX" of its code.
+void AppendFormText(std::string& out, QStringView text) {
     const qsizetype length = text.size();
+    out.reserve(out.size() + static_cast<size_t>(length) * 3);
     qsizetype i = 0;
     while (i < length) {
-        const QChar c = text.at(i);
+        const char16_t c = text[i].unicode();
+        if (c < kFormCharacters.size() && c != u'&') {
+            if (const char plain = kFormCharacters[c]; plain != 0) {
+                out.push_back(plain);
+            } else {
+                AppendByte(out, c);
+            }
+            ++i;
+            continue;
+        }
         if (c == u'&') {
-            const qsizetype semicolon = text.indexOf(u';', i + 1);
-            if (semicolon >= 0 && semicolon - i <= 12) {
-                const QStringView name = QStringView(text).mid(i + 1, semicolon - i - 1);
+            // An entity ends at a ";" within 12 characters behind the "&".
+            const qsizetype semicolon =
+                text.sliced(i + 1, std::min<qsizetype>(12, length - i - 1)).indexOf(u';');
+            if (semicolon >= 0) {
+                const QStringView name = text.sliced(i + 1, semicolon);
                 if (const std::optional<char32_t> number = EntityNumber(name)) {
                     AppendCodePoint(out, *number);
-                    i = semicolon + 1;
+                    i += semicolon + 2;
                     continue;
                 }
                 const QString upper = name.toString().toUpper();
@@ -592,52 +633,68 @@ QString UrlEncode(const QString& text) {
                     replacement = "%3E";
                 }
                 if (replacement) {
-                    out += QLatin1String(replacement);
-                    i = semicolon + 1;
+                    out += replacement;
+                    i += semicolon + 2;
                     continue;
                 }
             }
             // Any other name: the "&" alone, and the name is encoded as text.
-            out += QLatin1String("%26");
+            out += "%26";
             ++i;
             continue;
         }
-        if (c == u' ') {
-            out += u'+';
-        } else if ((c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') ||
-                   (c >= u'a' && c <= u'z') || c == u'.' || c == u'-' || c == u'_') {
-            out += c;
-        } else if (c.isHighSurrogate() && i + 1 < length && text.at(i + 1).isLowSurrogate()) {
-            AppendCodePoint(out, QChar::surrogateToUcs4(c, text.at(i + 1)));
+        if (QChar::isHighSurrogate(c) && i + 1 < length && text[i + 1].isLowSurrogate()) {
+            AppendCodePoint(out, QChar::surrogateToUcs4(c, text[i + 1].unicode()));
             ++i;
-        } else if (c.isSurrogate()) {
+        } else if (QChar::isSurrogate(c)) {
             AppendCodePoint(out, QChar::ReplacementCharacter);
         } else {
-            AppendCodePoint(out, c.unicode());
+            AppendCodePoint(out, c);
         }
         ++i;
     }
-    return out;
+}
+
+// The form text as a string: it is ASCII whatever went in.
+QString FormTextString(std::string& encoded) {
+    if (encoded.empty()) {
+        return {};
+    }
+    QString text = QString::fromLatin1(encoded.data(), static_cast<qsizetype>(encoded.size()));
+    // The bytes may hold a password.
+    std::fill(encoded.begin(), encoded.end(), '\0');
+    return text;
+}
+
+}  // namespace
+
+QString UrlEncode(const QString& text) {
+    std::string out;
+    AppendFormText(out, text);
+    return FormTextString(out);
 }
 
 QString BuildPostBody(const QStringList& names, const QStringList& values, int count) {
-    QString body;
-    for (int slot = 1; slot <= count; ++slot) {
-        const QString value = values.value(slot);
+    std::string body;
+    const qsizetype last = std::min<qsizetype>(count, values.size() - 1);
+    for (qsizetype slot = 1; slot <= last; ++slot) {
+        const QString& value = values.at(slot);
         if (value.isEmpty()) {
             continue;
         }
-        if (!body.isEmpty()) {
-            body += u'&';
+        if (!body.empty()) {
+            body += '&';
         }
-        body += UrlEncode(names.value(slot));
-        body += u'=';
+        if (slot < names.size()) {
+            AppendFormText(body, names.at(slot));
+        }
+        body += '=';
         // "$$$" marks a field that must be sent although it has no value.
         if (value != QLatin1String("$$$")) {
-            body += UrlEncode(value);
+            AppendFormText(body, value);
         }
     }
-    return body;
+    return FormTextString(body);
 }
 
 QString ExtractHiddenFields(const QString& page, const QString& formMarker) {
@@ -654,9 +711,9 @@ QString ExtractHiddenFields(const QString& page, const QString& formMarker) {
     if (formEnd < 0) {
         formEnd = page.size();
     }
-    const QString stretch = page.mid(formAt, formEnd - formAt);
+    const QStringView stretch = QStringView(page).sliced(formAt, formEnd - formAt);
 
-    QString fields;
+    std::string fields;
     qsizetype from = 0;
     while (true) {
         const qsizetype input =
@@ -669,7 +726,7 @@ QString ExtractHiddenFields(const QString& page, const QString& formMarker) {
             tagEnd = stretch.size();
         }
         from = input + 6;
-        const QStringView tag = QStringView(stretch).mid(input, tagEnd - input);
+        const QStringView tag = stretch.sliced(input, tagEnd - input);
         if (!tag.contains(QLatin1String("TYPE=HIDDEN"), Qt::CaseInsensitive) &&
             !tag.contains(QLatin1String("TYPE=\"HIDDEN\""), Qt::CaseInsensitive)) {
             continue;
@@ -678,16 +735,15 @@ QString ExtractHiddenFields(const QString& page, const QString& formMarker) {
         if (nameAt < 0) {
             continue;
         }
-        const QString name = ReadTagValue(stretch, input + nameAt + 5, tagEnd);
         const qsizetype valueAt = tag.indexOf(QLatin1String("VALUE="), 0, Qt::CaseInsensitive);
-        const QString value =
-            valueAt < 0 ? QString() : ReadTagValue(stretch, input + valueAt + 6, tagEnd);
-        fields += u'&';
-        fields += UrlEncode(name);
-        fields += u'=';
-        fields += UrlEncode(value);
+        fields += '&';
+        AppendFormText(fields, ReadTagValue(stretch, input + nameAt + 5, tagEnd));
+        fields += '=';
+        if (valueAt >= 0) {
+            AppendFormText(fields, ReadTagValue(stretch, input + valueAt + 6, tagEnd));
+        }
     }
-    return fields;
+    return FormTextString(fields);
 }
 
 }  // namespace lw::update
