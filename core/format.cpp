@@ -6,7 +6,11 @@
 // It never fails: a value that a pattern cannot take comes back as its text.
 #include <QList>
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <limits>
+#include <optional>
+#include <vector>
 
 #include "core/text.h"
 
@@ -162,10 +166,53 @@ void Increment(QString& digits) {
     digits.prepend(u'1');
 }
 
+// The shortest scientific text that reads back as a number ("7.25e+00"),
+// where it has at most 15 digits. Those digits lie within half a unit of the
+// number's last binary place, far closer than half a unit of a 15th decimal
+// digit: they are the number rounded to 15 digits, found without the long
+// division that rounding to 15 digits takes otherwise. A subnormal number
+// has too few binary places for that, and zero, infinities and NaN no digits.
+struct ShortestForm {
+    char text[32];
+    int digits = 0;  // how many the text holds
+    int mark = 0;    // where its 'e' stands
+    int end = 0;
+};
+
+std::optional<ShortestForm> Shortest(double number) {
+    const double magnitude = std::fabs(number);
+    if (!(magnitude >= std::numeric_limits<double>::min()) || !std::isfinite(magnitude)) {
+        return std::nullopt;
+    }
+    ShortestForm form;
+    const std::to_chars_result written = std::to_chars(form.text, form.text + sizeof form.text,
+                                                       magnitude, std::chars_format::scientific);
+    if (written.ec != std::errc()) {
+        return std::nullopt;
+    }
+    form.end = static_cast<int>(written.ptr - form.text);
+    form.mark = static_cast<int>(std::find(form.text, written.ptr, 'e') - form.text);
+    form.digits = form.mark > 1 ? form.mark - 1 : form.mark;
+    if (form.mark == form.end || form.digits > 15) {
+        return std::nullopt;
+    }
+    return form;
+}
+
 // The 15 significant digits of a positive finite number and the power of ten
 // of the first: 1234.5 is "123450000000000" and 3. Rounding works on these
 // decimal digits, so 2.675 rounds to 2.68 as it reads, not as it is stored.
 void SignificantDigits(double number, QString& digits, int& exponent) {
+    if (const std::optional<ShortestForm> form = Shortest(number)) {
+        digits = QString(15, u'0');
+        digits[0] = QLatin1Char(form->text[0]);
+        for (int i = 1; i < form->digits; ++i) {
+            digits[i] = QLatin1Char(form->text[i + 1]);
+        }
+        const char* power = form->text + form->mark + 1;
+        std::from_chars(*power == '+' ? power + 1 : power, form->text + form->end, exponent);
+        return;
+    }
     const QString e = QString::number(number, 'e', 14);
     const qsizetype mark = e.indexOf(u'e');
     digits = e.left(1) + e.mid(2, mark - 2);
@@ -239,6 +286,7 @@ struct NumberToken {
 };
 
 struct NumberSection {
+    bool given = false;  // the picture has text for it
     QList<NumberToken> tokens;
     int wholeCount = 0;
     int fracCount = 0;
@@ -254,6 +302,7 @@ struct NumberSection {
 
 NumberSection ParseNumberSection(QStringView picture) {
     NumberSection section;
+    section.given = !picture.isEmpty();
     bool seenPoint = false;
     auto literal = [&](const QString& text) {
         section.tokens.append({NumberToken::Kind::Literal, text});
@@ -421,16 +470,25 @@ QList<QStringView> Sections(QStringView picture) {
 }
 
 // A picture of up to four sections: positive; negative; zero; (Null, unused).
+using NumberPicture = QList<NumberSection>;
+
+NumberPicture ParseNumberPicture(QStringView picture) {
+    NumberPicture parsed;
+    for (const QStringView section : Sections(picture)) {
+        parsed.append(ParseNumberSection(section));
+    }
+    return parsed;
+}
+
 // The negative section shows the value without its sign.
-QString FormatNumberPicture(double number, QStringView picture) {
-    const QList<QStringView> sections = Sections(picture);
-    if (number < 0 && sections.size() >= 2 && !sections[1].isEmpty()) {
-        return RenderNumber(ParseNumberSection(sections[1]), -number, false);
+QString FormatNumberPicture(double number, const NumberPicture& sections) {
+    if (number < 0 && sections.size() >= 2 && sections[1].given) {
+        return RenderNumber(sections[1], -number, false);
     }
-    if (number == 0 && sections.size() >= 3 && !sections[2].isEmpty()) {
-        return RenderNumber(ParseNumberSection(sections[2]), 0, false);
+    if (number == 0 && sections.size() >= 3 && sections[2].given) {
+        return RenderNumber(sections[2], 0, false);
     }
-    return RenderNumber(ParseNumberSection(sections[0]), std::fabs(number), number < 0);
+    return RenderNumber(sections[0], std::fabs(number), number < 0);
 }
 
 // ---------------------------------------------------------------- dates
@@ -739,7 +797,34 @@ constexpr NamedPattern kNamedPatterns[] = {
     {u"short time", true, u"hh:mm"},
 };
 
+// The picture of the named pattern at index i, parsed once; none for a date.
+const NumberPicture& NamedNumberPicture(qsizetype i) {
+    static const std::vector<NumberPicture> parsed = [] {
+        std::vector<NumberPicture> pictures;
+        for (const NamedPattern& named : kNamedPatterns) {
+            pictures.push_back(named.date ? NumberPicture()
+                                          : ParseNumberPicture(QStringView(named.picture)));
+        }
+        return pictures;
+    }();
+    return parsed[static_cast<size_t>(i)];
+}
+
 }  // namespace
+
+QString NumberText(double number) {
+    if (Shortest(number)) {
+        // Rounding to 15 digits keeps them as they are, and printf's "%.15g"
+        // lays them out as Qt's 'g' does.
+        char text[32];
+        const std::to_chars_result written =
+            std::to_chars(text, text + sizeof text, number, std::chars_format::general, 15);
+        if (written.ec == std::errc()) {
+            return QString::fromLatin1(text, written.ptr - text);
+        }
+    }
+    return QString::number(number, 'g', 15);
+}
 
 QString Format(const QVariant& variant, const QString& pattern) {
     const Value value = Classify(variant);
@@ -769,10 +854,12 @@ QString Format(const QVariant& variant, const QString& pattern) {
     }
     QStringView picture = pattern;
     bool datePicture = IsDatePicture(picture);
-    for (const NamedPattern& named : kNamedPatterns) {
-        if (name == QStringView(named.name)) {
-            picture = QStringView(named.picture);
-            datePicture = named.date;
+    qsizetype named = -1;
+    for (qsizetype i = 0; i < static_cast<qsizetype>(std::size(kNamedPatterns)); ++i) {
+        if (name == QStringView(kNamedPatterns[i].name)) {
+            picture = QStringView(kNamedPatterns[i].picture);
+            datePicture = kNamedPatterns[i].date;
+            named = i;
             break;
         }
     }
@@ -781,7 +868,11 @@ QString Format(const QVariant& variant, const QString& pattern) {
         return date ? FormatDatePicture(*date, picture) : PlainText(value);
     }
     const auto number = AsNumber(value);
-    return number ? FormatNumberPicture(*number, picture) : PlainText(value);
+    if (!number) {
+        return PlainText(value);
+    }
+    return named >= 0 ? FormatNumberPicture(*number, NamedNumberPicture(named))
+                      : FormatNumberPicture(*number, ParseNumberPicture(picture));
 }
 
 }  // namespace lw::core

@@ -97,6 +97,10 @@ QDateTime SerialToDate(double serial);
 // nullopt for any other interval.
 std::optional<qint64> DateDiff(QStringView interval, const QDateTime& from, const QDateTime& to);
 
+// A number as QString::number(number, 'g', 15) writes it: "7.25", "10",
+// "1e+20". Quicker where it has no more than 15 significant digits.
+QString NumberText(double number);
+
 // VB-style Format of a value by the named or picture patterns the program
 // uses: "General Number", "Currency", "mm/dd/yy", "mm/dd/yyyy", "hh:mm:ss",
 // "Long Time", "dddd, mm dd, yyyy hh:mm:ss", "MMMM d, yyyy", "m/d/yyyy",

@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 
+#include <limits>
 #include <ostream>
 
 #include "core/text.h"
@@ -136,6 +137,39 @@ TEST(FormatPicture, SectionsLiteralsAndScientific) {
     EXPECT_EQ(F(-1, "Yes/No"), QStringLiteral("Yes"));
     EXPECT_EQ(F(true, "True/False"), QStringLiteral("True"));
     EXPECT_EQ(F(12.5, "Fixed"), QStringLiteral("12.50"));
+}
+
+TEST(FormatPicture, FifteenSignificantDigitsWhateverTheShortestForm) {
+    // The digits past the fifteenth are rounded away and zeros shown in
+    // their places, whether the shortest text that reads back as the number
+    // is longer (a sum that reads 0.30000000000000004, a third) or the
+    // number lies below the normal range, where that text is too short.
+    const struct {
+        double value;
+        const char* pattern;
+        const char* shown;
+    } cases[] = {
+        {0.1 + 0.2, "0.00000000000000000", "0.30000000000000000"},
+        {1.0 / 3, "0.000000000000000000", "0.333333333333333000"},
+        {123456789012.345678, "#,##0.0000", "123,456,789,012.3460"},
+        {5e-324, "Scientific", "4.94E-324"},
+        {2.2250738585072014e-308, "0.0000E+00", "2.2251E-308"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(F(c.value, c.pattern), QLatin1String(c.shown)) << c.pattern;
+    }
+}
+
+TEST(NumberText, WritesWhatQtsFifteenDigitFormWrites) {
+    // Where the shortest form ends and the long rounding takes over (17
+    // digits, below the normal range, an exact tie at the 15th digit), at
+    // the edges of the exponent form, with signs, zeros and no number.
+    for (const double value :
+         {7.25, -3.5, 10.0, 1.0 / 3, 0.1 + 0.2, 1e-4, 1.5e-5, 1e14, 1e15, 123456789012345.0,
+          1000000000000005.0, -1e300, 5e-324, 2.2250738585072014e-308, 0.0, -0.0,
+          std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_EQ(NumberText(value), QString::number(value, 'g', 15)) << value;
+    }
 }
 
 TEST(FormatPicture, TextThatIsNoNumberStays) {
