@@ -235,12 +235,19 @@ qint64 Database::ScalarInt(const QString& sql) {
 
 // ------------------------------------------------------------- Transaction
 
+namespace {
+
+bool WalMode(Database& db) {
+    Statement mode = db.Prepare(QStringLiteral("PRAGMA journal_mode"));
+    return mode.Step() && mode.Text(0).compare(u"wal", Qt::CaseInsensitive) == 0;
+}
+
+}  // namespace
+
 CommitsWithoutFlush::CommitsWithoutFlush(Database& db) : m_db(db) {
     try {
-        Statement mode = m_db.Prepare(QStringLiteral("PRAGMA journal_mode"));
         Statement sync = m_db.Prepare(QStringLiteral("PRAGMA synchronous"));
-        if (mode.Step() && mode.Text(0).compare(u"wal", Qt::CaseInsensitive) == 0 && sync.Step() &&
-            sync.Value(0).toInt() > 1) {
+        if (WalMode(m_db) && sync.Step() && sync.Value(0).toInt() > 1) {
             m_kept = sync.Value(0).toInt();
             m_db.Exec(QStringLiteral("PRAGMA synchronous = NORMAL"));
         }
@@ -256,6 +263,34 @@ CommitsWithoutFlush::~CommitsWithoutFlush() {
         } catch (const StoreError&) {
             // The next opening of the store sets it again.
         }
+    }
+}
+
+DeferredCheckpoint::DeferredCheckpoint(Database& db) : m_db(db) {
+    try {
+        m_wal = WalMode(m_db);
+        const qint64 mark = m_wal ? m_db.ScalarInt(QStringLiteral("PRAGMA wal_autocheckpoint")) : 0;
+        if (mark > 0 && mark < kDeferredCheckpointPages) {
+            m_db.Exec(
+                QStringLiteral("PRAGMA wal_autocheckpoint = %1").arg(kDeferredCheckpointPages));
+            m_kept = static_cast<int>(mark);
+        }
+    } catch (const StoreError&) {
+        // The commits checkpoint as the store is set.
+    }
+}
+
+DeferredCheckpoint::~DeferredCheckpoint() {
+    try {
+        if (m_kept > 0) {
+            m_db.Exec(QStringLiteral("PRAGMA wal_autocheckpoint = %1").arg(m_kept));
+        }
+        if (m_wal) {
+            // What a reader still holds stays in the log for the next one.
+            m_db.Exec(QStringLiteral("PRAGMA wal_checkpoint(PASSIVE)"));
+        }
+    } catch (const StoreError&) {
+        // The next commit past the mark checkpoints.
     }
 }
 

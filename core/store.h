@@ -129,6 +129,28 @@ private:
     int m_kept = -1;  // the setting to put back; -1: none
 };
 
+// For its lifetime, the commits of a database in WAL mode stay in the log
+// instead of being copied into the database file whenever the log has grown
+// past SQLite's mark of a thousand pages; one checkpoint at the end copies
+// them, each page once however many commits wrote it, and flushes the file.
+// For a run of small commits that each rewrite the same few pages (a queue
+// of posts). The log grows meanwhile, up to kDeferredCheckpointPages, where a
+// checkpoint is taken after all. A store in another mode is left as it is.
+class DeferredCheckpoint {
+public:
+    static constexpr int kDeferredCheckpointPages = 10000;
+
+    explicit DeferredCheckpoint(Database& db);
+    ~DeferredCheckpoint();
+    DeferredCheckpoint(const DeferredCheckpoint&) = delete;
+    DeferredCheckpoint& operator=(const DeferredCheckpoint&) = delete;
+
+private:
+    Database& m_db;
+    bool m_wal = false;
+    int m_kept = 0;  // the mark to put back; 0: none
+};
+
 class Statement {
 public:
     Statement(Statement&& other) noexcept;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QFileInfo>
 
 #include "core/store.h"
 #include "tests/support/test_support.h"
@@ -160,6 +161,41 @@ TEST(StoreTransactions, RollbackUnlessCommitted) {
         Insert(db, QStringLiteral("2"), QStringLiteral("dropped"));
     }
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Items")), 1);
+}
+
+TEST(StoreTransactions, ADeferredCheckpointLeavesTheLogToItsEnd) {
+    lw::test::TempRoot root;
+    const QString path = root.File(QStringLiteral("log.db"));
+    Database db = Database::Open(path, Database::Mode::Create);
+    db.Exec(
+        QStringLiteral("PRAGMA journal_mode = WAL; PRAGMA synchronous = OFF; "
+                       "CREATE TABLE Items (ItemNumber TEXT, ItemTitle TEXT)"));
+    const qint64 mark = db.ScalarInt(QStringLiteral("PRAGMA wal_autocheckpoint"));
+    const qint64 frame = db.ScalarInt(QStringLiteral("PRAGMA page_size")) + 24;
+    const qint64 commits = mark + 100;
+    {
+        lw::core::DeferredCheckpoint deferred(db);
+        for (qint64 i = 0; i < commits; ++i) {
+            Insert(db, i, QVariant());
+        }
+        // Each commit wrote a page at least, and none was copied back, which
+        // would have started the log over.
+        EXPECT_GE((QFileInfo(path + QStringLiteral("-wal")).size() - 32) / frame, commits);
+    }
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("PRAGMA wal_autocheckpoint")), mark);
+    // The database file alone holds every commit now.
+    const QString copy = root.File(QStringLiteral("copy.db"));
+    ASSERT_TRUE(QFile::copy(path, copy));
+    EXPECT_EQ(Database::Open(copy).ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Items")),
+              commits);
+
+    // A store that keeps no log is left as it is.
+    Database memory = MemoryWithItems();
+    const qint64 memoryMark = memory.ScalarInt(QStringLiteral("PRAGMA wal_autocheckpoint"));
+    {
+        lw::core::DeferredCheckpoint deferred(memory);
+        EXPECT_EQ(memory.ScalarInt(QStringLiteral("PRAGMA wal_autocheckpoint")), memoryMark);
+    }
 }
 
 TEST(StoreStatements, SingleStatementAndReadOnlyChecks) {
