@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QHash>
+#include <ctime>
 #include <iterator>
 #include <utility>
 #include <vector>
@@ -288,27 +289,47 @@ QString PostBody(const PostSlots& slots) {
     return body;
 }
 
+namespace {
+
+// The two keys of "eBay New Auction Number" that find the new item number:
+// the marker and the characters to drop at the number's left.
+struct ItemNumberRule {
+    QString marker;
+    QString split;
+
+    explicit ItemNumberRule(const update::RuleStore& rules) {
+        const QString section = QStringLiteral("eBay New Auction Number");
+        marker = rules.LookupKey(section, QStringLiteral("Item1 Start"), update::kSiteStore);
+        split = rules.LookupKey(section, QStringLiteral("Split"), update::kSiteStore);
+        if (split == update::RuleError()) {
+            split.clear();
+        }
+        if (marker == update::RuleError()) {
+            marker.clear();
+        }
+    }
+
+    QString Find(const QString& answer) const {
+        if (marker.isEmpty()) {
+            return {};
+        }
+        const qsizetype at = answer.indexOf(marker, 0, Qt::CaseInsensitive);
+        const qsizetype tagEnd = at < 0 ? -1 : answer.indexOf(u'>', at + marker.size());
+        if (tagEnd < 0) {
+            return {};
+        }
+        qsizetype end = answer.indexOf(u'<', tagEnd + 1);
+        if (end < 0) {
+            end = answer.size();
+        }
+        return answer.mid(tagEnd + 1, end - tagEnd - 1).mid(split.size()).trimmed();
+    }
+};
+
+}  // namespace
+
 QString NewItemNumber(const QString& answer, const update::RuleStore& rules) {
-    const QString section = QStringLiteral("eBay New Auction Number");
-    const QString marker =
-        rules.LookupKey(section, QStringLiteral("Item1 Start"), update::kSiteStore);
-    QString split = rules.LookupKey(section, QStringLiteral("Split"), update::kSiteStore);
-    if (split == update::RuleError()) {
-        split.clear();
-    }
-    if (marker.isEmpty() || marker == update::RuleError()) {
-        return {};
-    }
-    const qsizetype at = answer.indexOf(marker, 0, Qt::CaseInsensitive);
-    const qsizetype tagEnd = at < 0 ? -1 : answer.indexOf(u'>', at + marker.size());
-    if (tagEnd < 0) {
-        return {};
-    }
-    qsizetype end = answer.indexOf(u'<', tagEnd + 1);
-    if (end < 0) {
-        end = answer.size();
-    }
-    return answer.mid(tagEnd + 1, end - tagEnd - 1).mid(split.size()).trimmed();
+    return ItemNumberRule(rules).Find(answer);
 }
 
 namespace {
@@ -357,6 +378,38 @@ const QString& UpdateAuctionsSql() {
     return sql;
 }
 
+// The local date and time of a post, to the second.
+struct PostTime {
+    QDate date;
+    QTime time;
+};
+
+// The clock as QDateTime::currentDateTime() reads it, in the zone the program
+// last took, without asking the system for its zone again at every post.
+PostTime LocalNow() {
+    const std::time_t seconds = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    return {QDate(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday),
+            QTime(local.tm_hour, local.tm_min, local.tm_sec)};
+}
+
+// Three numbers of two digits each with separator between them: "11/24/25".
+QString TwoDigitTriple(int first, int second, int third, char16_t separator) {
+    const int numbers[] = {first, second, third};
+    QString text(8, separator);
+    for (int i = 0; i < 3; ++i) {
+        text[i * 3] = QChar(static_cast<char16_t>(u'0' + numbers[i] / 10 % 10));
+        text[i * 3 + 1] = QChar(static_cast<char16_t>(u'0' + numbers[i] % 10));
+    }
+    return text;
+}
+
+// "mm/dd/yy", the dates of the site's pages.
+QString SiteDate(const QDate& date) {
+    return TwoDigitTriple(date.month(), date.day(), date.year() % 100, u'/');
+}
+
 }  // namespace
 
 struct AuctionPoster::Kept {
@@ -370,6 +423,7 @@ struct AuctionPoster::Kept {
     QString confirmUrl = PostAddress(rules, "Server2", "url2");
     QString action = rules.LookupKey(PostSection(), QStringLiteral("Action"), update::kSiteStore);
     QString footer = ListingFooter(rules);
+    ItemNumberRule itemNumber{rules};
     std::optional<SiteLogin> login;
     std::optional<bool> confirm;
     std::optional<core::Statement> record;
@@ -377,9 +431,10 @@ struct AuctionPoster::Kept {
     std::optional<core::Statement> insert;
     std::optional<core::Statement> update;
     QHash<QString, QString> categoryNames;
-    // The sales a queue writes are small commits each.
+    // The sales a queue writes are small commits each, of the same few pages.
     std::unique_ptr<core::CommitsWithoutFlush> relaxed;
-    bool wrote = false;
+    // From the first sale on; it goes with the poster.
+    std::unique_ptr<core::DeferredCheckpoint> checkpoint;
 
     core::Statement& Prepared(std::optional<core::Statement>& statement, const QString& sql) {
         if (!statement) {
@@ -390,23 +445,24 @@ struct AuctionPoster::Kept {
     }
 
     void WriteAuctionsRow(const CreatorRecord& row, qint64 creatorId, const QString& itemNumber,
-                          const QString& category, const QString& user, const QDateTime& now);
+                          const QString& category, const QString& user, const PostTime& now);
 };
 
 // AddOrEdit of the Auctions row by ItemNumber and UserName, as the update's
 // rules find it by ItemNumber.
 void AuctionPoster::Kept::WriteAuctionsRow(const CreatorRecord& row, qint64 creatorId,
                                            const QString& itemNumber, const QString& category,
-                                           const QString& user, const QDateTime& now) {
+                                           const QString& user, const PostTime& now) {
     auto name = categoryNames.constFind(category);
     if (name == categoryNames.constEnd()) {
         name = categoryNames.insert(category,
                                     CategoryFullName(db, static_cast<qint64>(core::Val(category))));
     }
     const qint64 days = static_cast<qint64>(core::Val(row.Text(QStringLiteral("eBayDuration"))));
-    const QString endDate = now.date().addDays(days).toString(QStringLiteral("MM/dd/yy")) +
-                            QStringLiteral(", ") + now.time().toString(QStringLiteral("hh:mm:ss")) +
-                            QStringLiteral(" PST");
+    const QString endDate =
+        SiteDate(now.date.addDays(days)) + QStringLiteral(", ") +
+        TwoDigitTriple(now.time.hour(), now.time.minute(), now.time.second(), u':') +
+        QStringLiteral(" PST");
     QVariantList values = {
         creatorId,
         itemNumber,
@@ -422,7 +478,7 @@ void AuctionPoster::Kept::WriteAuctionsRow(const CreatorRecord& row, qint64 crea
         QStringLiteral("-"),
         QStringLiteral("--"),
         QStringLiteral("--"),
-        now.date().toString(QStringLiteral("MM/dd/yy")),
+        SiteDate(now.date),
         endDate,
     };
     for (const char* source : kAmountSources) {
@@ -432,24 +488,27 @@ void AuctionPoster::Kept::WriteAuctionsRow(const CreatorRecord& row, qint64 crea
                        : QVariant(core::Format(row.Value(column), QStringLiteral("Currency"))));
     }
 
-    core::Statement& lookup = Prepared(
-        find, QStringLiteral("SELECT rowid FROM Auctions WHERE ItemNumber = ? AND UserName = ? "
-                             "ORDER BY rowid LIMIT 1"));
+    // The first such row, read from the key alone.
+    core::Statement& lookup =
+        Prepared(find, QStringLiteral("SELECT min(rowid) FROM Auctions WHERE ItemNumber = ? AND "
+                                      "UserName = ?"));
     lookup.BindAll(itemNumber, user);
-    const std::optional<qint64> rowid =
-        lookup.Step() ? std::optional<qint64>(lookup.Value(0).toLongLong()) : std::nullopt;
+    const bool known = lookup.Step() && !lookup.IsNull(0);
+    const qint64 rowid = known ? lookup.Value(0).toLongLong() : 0;
     lookup.Reset();
     core::Statement& write =
-        rowid ? Prepared(update, UpdateAuctionsSql()) : Prepared(insert, InsertAuctionsSql());
+        known ? Prepared(update, UpdateAuctionsSql()) : Prepared(insert, InsertAuctionsSql());
     for (qsizetype i = 0; i < values.size(); ++i) {
         write.Bind(static_cast<int>(i) + 1, values.at(i));
     }
-    if (rowid) {
-        write.Bind(static_cast<int>(values.size()) + 1, *rowid);
+    if (known) {
+        write.Bind(static_cast<int>(values.size()) + 1, rowid);
+    }
+    if (!checkpoint) {
+        checkpoint = std::make_unique<core::DeferredCheckpoint>(db);
     }
     write.Run();
     write.Reset();
-    wrote = true;
 }
 
 AuctionPoster::AuctionPoster(core::Database& db, const update::RuleStore& rules, core::Ui& ui,
@@ -465,14 +524,8 @@ AuctionPoster::~AuctionPoster() {
         core::Scrub(m_kept->login->password);
     }
     m_kept->relaxed.reset();
-    if (m_kept->wrote) {
-        // The sales written meanwhile reach the disk now, all at once.
-        try {
-            m_kept->db.Exec(QStringLiteral("PRAGMA wal_checkpoint(PASSIVE)"));
-        } catch (const core::StoreError&) {
-            // The next commit that waits for the disk takes them along.
-        }
-    }
+    // The sales written meanwhile reach the disk now, all at once.
+    m_kept->checkpoint.reset();
 }
 
 PostOutcome AuctionPoster::Post(qint64 id, PostRoute route) {
@@ -603,11 +656,10 @@ PostOutcome AuctionPoster::Post(qint64 id, PostRoute route) {
     ui.PumpEvents();
 
     outcome.posted = true;
-    outcome.itemNumber = NewItemNumber(second.text, rules);
+    outcome.itemNumber = kept.itemNumber.Find(second.text);
     if (!outcome.itemNumber.isEmpty()) {
         try {
-            kept.WriteAuctionsRow(*row, id, outcome.itemNumber, category, user,
-                                  QDateTime::currentDateTime());
+            kept.WriteAuctionsRow(*row, id, outcome.itemNumber, category, user, LocalNow());
         } catch (const core::StoreError& failure) {
             outcome.problem = QStringLiteral(
                                   "The auction went out as item %1, but its Auctions row "

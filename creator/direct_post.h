@@ -90,7 +90,8 @@ struct PostOutcome {
 // row) is had once and kept while the poster lives, so that a queue goes out
 // at the pace of the site; nothing outlives it, and the password is scrubbed
 // when it goes. Its sales are committed without waiting for the disk, and
-// flushed together when it goes (core::CommitsWithoutFlush).
+// flushed together when it goes (core::CommitsWithoutFlush), in one
+// checkpoint of the pages they wrote (core::DeferredCheckpoint).
 //
 // A direct post that goes out enters the new auction in Auctions (found by
 // ItemNumber and UserName, updated when there, else added): the row's title,

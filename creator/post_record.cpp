@@ -51,20 +51,27 @@ constexpr const char* kPostColumns[] = {"eBayAuctionTitle",
                                         "billpointsalestaxstate",
                                         "billpointreturnpolicy"};
 
+// The names of the columns of PostRecordSql, as it names them.
+const QStringList& PostRecordColumns() {
+    static const QStringList columns = [] {
+        QStringList names;
+        for (const char* column : kPostColumns) {
+            names << QLatin1String(column);
+        }
+        for (const char* column : kRegionColumns) {
+            names << QLatin1String(column);
+        }
+        return names;
+    }();
+    return columns;
+}
+
 }  // namespace
 
 const QString& PostRecordSql() {
-    static const QString sql = []() -> QString {
-        QStringList columns;
-        for (const char* column : kPostColumns) {
-            columns << QLatin1String(column);
-        }
-        for (const char* column : kRegionColumns) {
-            columns << QLatin1String(column);
-        }
-        return QStringLiteral("SELECT ") + columns.join(QStringLiteral(", ")) +
-               QStringLiteral(" FROM AuctionCreator WHERE UserName = ? AND ID = ?");
-    }();
+    static const QString sql = QStringLiteral("SELECT ") +
+                               PostRecordColumns().join(QStringLiteral(", ")) +
+                               QStringLiteral(" FROM AuctionCreator WHERE UserName = ? AND ID = ?");
     return sql;
 }
 
@@ -81,9 +88,12 @@ std::optional<CreatorRecord> CreatorRecord::Read(core::Statement& query, const Q
         query.Reset();
         return std::nullopt;
     }
+    // The statement's columns are those of PostRecordSql, named as it names them.
+    const QStringList& columns = PostRecordColumns();
     CreatorRecord row;
-    for (int column = 0; column < query.ColumnCount(); ++column) {
-        row.Set(query.ColumnName(column), query.Value(column));
+    row.m_values.reserve(columns.size());
+    for (int column = 0; column < columns.size(); ++column) {
+        row.Set(columns.at(column), query.Value(column));
     }
     query.Reset();
     return row;
@@ -118,7 +128,7 @@ QString CreatorRecord::Text(const QString& column) const {
         return {};
     }
     if (value.typeId() == QMetaType::Double) {
-        return QString::number(value.toDouble(), 'g', 15);
+        return core::NumberText(value.toDouble());
     }
     return value.toString();
 }
