@@ -675,8 +675,16 @@ QString UrlEncode(const QString& text) {
 }
 
 QString BuildPostBody(const QStringList& names, const QStringList& values, int count) {
-    std::string body;
     const qsizetype last = std::min<qsizetype>(count, values.size() - 1);
+    // Room for every slot at once (three bytes a character but for the few
+    // beyond U+07FF), so that no copy of the body is left behind unzeroed
+    // where it grows.
+    qsizetype room = 0;
+    for (qsizetype slot = 1; slot <= last; ++slot) {
+        room += (names.value(slot).size() + values.at(slot).size()) * 3 + 2;
+    }
+    std::string body;
+    body.reserve(static_cast<size_t>(room));
     for (qsizetype slot = 1; slot <= last; ++slot) {
         const QString& value = values.at(slot);
         if (value.isEmpty()) {
