@@ -369,8 +369,11 @@ NumberSection ParseNumberSection(QStringView picture) {
 }
 
 QString RenderNumber(const NumberSection& section, double magnitude, bool minus) {
-    double scaled =
-        magnitude * std::pow(100.0, section.percents) / std::pow(1000.0, section.thousandsScale);
+    // Most pictures scale by neither, and pow is no cheap way to multiply by one.
+    const double scaled = section.percents == 0 && section.thousandsScale == 0
+                              ? magnitude
+                              : magnitude * std::pow(100.0, section.percents) /
+                                    std::pow(1000.0, section.thousandsScale);
     QString whole;
     QString fraction;
     int exponent = 0;

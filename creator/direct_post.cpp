@@ -481,8 +481,13 @@ void AuctionPoster::Kept::WriteAuctionsRow(const CreatorRecord& row, qint64 crea
         SiteDate(now.date),
         endDate,
     };
-    for (const char* source : kAmountSources) {
-        const QString column = QLatin1String(source);
+    for (size_t i = 0; i < std::size(kAmountSources); ++i) {
+        // Shipping stands for two columns: it is shown once.
+        if (i > 0 && qstrcmp(kAmountSources[i], kAmountSources[i - 1]) == 0) {
+            values << values.constLast();
+            continue;
+        }
+        const QString column = QLatin1String(kAmountSources[i]);
         values << (row.IsNull(column)
                        ? QVariant()
                        : QVariant(core::Format(row.Value(column), QStringLiteral("Currency"))));

@@ -245,15 +245,21 @@ TEST_F(ListingPostE2e, ADirectPostListsTheItemAndTheNextUpdateKeepsItsOneRow) {
         {"ItemCategory", QStringLiteral("Collectibles: Advertising")},
         {"MinimumBid", QStringLiteral("$7.25")},
         {"ShippingCost", QStringLiteral("$3.50")},
+        {"OrderShipping", QStringLiteral("$3.50")},
         {"HighBidderName", QStringLiteral("--")},
         {"StartDate", QDate::currentDate().toString(QStringLiteral("MM/dd/yy"))},
     };
     for (const auto& [column, value] : written) {
         EXPECT_EQ(auction.value(QLatin1String(column)), value) << column;
     }
+    const QString endDate = auction.value(QStringLiteral("EndDate"));
     EXPECT_TRUE(
-        auction.value(QStringLiteral("EndDate"))
-            .startsWith(QDate::currentDate().addDays(5).toString(QStringLiteral("MM/dd/yy"))));
+        endDate.startsWith(QDate::currentDate().addDays(5).toString(QStringLiteral("MM/dd/yy"))));
+    EXPECT_TRUE(QRegularExpression(QStringLiteral("^\\d\\d/\\d\\d/\\d\\d, "
+                                                  "\\d\\d:\\d\\d:\\d\\d PST$"))
+                    .match(endDate)
+                    .hasMatch())
+        << endDate.toStdString();
 
     ASSERT_NE(
         m_site->Admin("bid", "item=" + number.toStdString() + "&bidder=kestrel_coins&amount=9.00")
