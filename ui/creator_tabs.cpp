@@ -24,32 +24,13 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include "ui/control_names.h"
 #include "ui/frmLWAC.h"
 #include "ui/item_panels.h"
 
 namespace lw::ui {
 
 namespace {
-
-template <class T>
-T* Named(T* widget, const QString& name) {
-    widget->setObjectName(name);
-    return widget;
-}
-
-// A member of a control array: the name carries the index.
-template <class T>
-T* Indexed(T* widget, const QString& name, int index) {
-    widget->setObjectName(name + QString::number(index));
-    widget->setProperty("index", index);
-    return widget;
-}
-
-QLabel* Label(QWidget* parent, const QString& text, QWidget* buddy) {
-    auto* label = new QLabel(text, parent);
-    label->setBuddy(buddy);
-    return label;
-}
 
 // A block's heading: words in bold, no frame, no key of its own.
 QLabel* Heading(QWidget* parent, const QString& text) {
@@ -399,7 +380,7 @@ QWidget* frmLWAC::BuildItemTab() {
                        QStringLiteral("Sho&w in the listing"), &m_doc.chkItemTitle);
     auto* titleLayout = new QHBoxLayout(title);
     titleLayout->setContentsMargins(0, 0, 0, 0);
-    titleLayout->addWidget(Label(title, QStringLiteral("&Title:"), m_txtItemTitle));
+    titleLayout->addWidget(BuddyCaption(title, QStringLiteral("&Title:"), m_txtItemTitle));
     titleLayout->addWidget(m_txtItemTitle, 1);
     titleLayout->addWidget(m_lblTitleLength);
     titleLayout->addWidget(show);
@@ -451,17 +432,17 @@ QWidget* frmLWAC::BuildItemTab() {
     grid->addWidget(minimum, 0, 1);
     grid->addWidget(m_lblRequired[2], 0, 3);
     grid->addWidget(m_txtQuantity, 0, 4);
-    grid->addWidget(Label(prices, QStringLiteral("&Reserve"), reserve), 1, 0);
+    grid->addWidget(BuddyCaption(prices, QStringLiteral("&Reserve"), reserve), 1, 0);
     grid->addWidget(reserve, 1, 1);
-    grid->addWidget(Label(prices, QStringLiteral("T&ake-it Price"), sellPrice), 1, 3);
+    grid->addWidget(BuddyCaption(prices, QStringLiteral("T&ake-it Price"), sellPrice), 1, 3);
     grid->addWidget(sellPrice, 1, 4);
-    grid->addWidget(Label(prices, QStringLiteral("Shipping"), m_txtShipping), 2, 0);
+    grid->addWidget(BuddyCaption(prices, QStringLiteral("Shipping"), m_txtShipping), 2, 0);
     grid->addWidget(m_txtShipping, 2, 1);
-    grid->addWidget(Label(prices, QStringLiteral("Shipping method"), method), 2, 3);
+    grid->addWidget(BuddyCaption(prices, QStringLiteral("Shipping method"), method), 2, 3);
     grid->addWidget(method, 2, 4, Qt::AlignLeft);
-    grid->addWidget(Label(prices, QStringLiteral("Insuran&ce"), m_txtInsurance), 3, 0);
+    grid->addWidget(BuddyCaption(prices, QStringLiteral("Insuran&ce"), m_txtInsurance), 3, 0);
     grid->addWidget(m_txtInsurance, 3, 1);
-    grid->addWidget(Label(prices, QStringLiteral("Your item cost"), itemCost), 3, 3);
+    grid->addWidget(BuddyCaption(prices, QStringLiteral("Your item cost"), itemCost), 3, 3);
     grid->addWidget(itemCost, 3, 4);
     grid->setColumnMinimumWidth(2, 24);
     grid->setColumnStretch(5, 1);
@@ -519,7 +500,7 @@ QWidget* frmLWAC::BuildPicturesTab() {
     auto* grid = new QGridLayout(listing);
     grid->setContentsMargins(0, 0, 0, 0);
     grid->addWidget(Heading(listing, QStringLiteral("Pictures in the listing")), 0, 0, 1, 4);
-    grid->addWidget(Label(listing, QStringLiteral("Picture link:"), m_cmbPictureLink), 1, 0);
+    grid->addWidget(BuddyCaption(listing, QStringLiteral("Picture link:"), m_cmbPictureLink), 1, 0);
     grid->addWidget(m_cmbPictureLink, 1, 1);
     grid->addWidget(pictureFavorites, 1, 2);
     grid->addWidget(add, 1, 3);
@@ -544,8 +525,8 @@ QWidget* frmLWAC::BuildPicturesTab() {
     siteGrid->setContentsMargins(0, 0, 0, 0);
     siteGrid->addWidget(Heading(site, QStringLiteral("Pictures on the site's item page")), 0, 0, 1,
                         3);
-    siteGrid->addWidget(Label(site, QStringLiteral("Picture URL:"), m_cmbEbayPicIconActivate), 1,
-                        0);
+    siteGrid->addWidget(
+        BuddyCaption(site, QStringLiteral("Picture URL:"), m_cmbEbayPicIconActivate), 1, 0);
     siteGrid->addWidget(m_cmbEbayPicIconActivate, 1, 1);
     siteGrid->addWidget(iconFavorites, 1, 2);
     siteGrid->addWidget(m_chkEbayGallery, 2, 0);
@@ -581,8 +562,8 @@ QWidget* frmLWAC::BuildStyleTab() {
     ListRows(m_lstTemplateStyle, 7);
     auto* grid = new QGridLayout(left);
     grid->setContentsMargins(0, 0, 0, 0);
-    grid->addWidget(Label(left, QStringLiteral("&Template style:"), m_lstTemplateStyle), 0, 0, 1,
-                    3);
+    grid->addWidget(BuddyCaption(left, QStringLiteral("&Template style:"), m_lstTemplateStyle), 0,
+                    0, 1, 3);
     grid->addWidget(m_lstTemplateStyle, 1, 0, 1, 3);
     const struct {
         const char* name;
@@ -599,7 +580,7 @@ QWidget* frmLWAC::BuildStyleTab() {
         m_txtColor[size_t(i)]->setFrameShape(QFrame::Box);
         m_txtColor[size_t(i)]->setFixedSize(48, box->sizeHint().height());
         m_txtColor[size_t(i)]->setAutoFillBackground(true);
-        grid->addWidget(Label(left, QString::fromLatin1(colours[i].caption), box), 2 + i, 0);
+        grid->addWidget(BuddyCaption(left, QString::fromLatin1(colours[i].caption), box), 2 + i, 0);
         grid->addWidget(box, 2 + i, 1);
         grid->addWidget(m_txtColor[size_t(i)], 2 + i, 2);
         connect(box, &QComboBox::currentIndexChanged, this, &frmLWAC::cmbColor_Click);
@@ -614,12 +595,13 @@ QWidget* frmLWAC::BuildStyleTab() {
     QWidget* backgroundFavorites = FavoriteButtons(left, m_cmbBGImageLink, 1);
     auto* tile = Check(left, QStringLiteral("chkBGImage"),
                        QStringLiteral("Tile it over the &whole page"), &m_doc.chkBGImage);
-    grid->addWidget(Label(left, QStringLiteral("Font fa&ce:"), m_cmbFontType), 5, 0);
+    grid->addWidget(BuddyCaption(left, QStringLiteral("Font fa&ce:"), m_cmbFontType), 5, 0);
     grid->addWidget(m_cmbFontType, 5, 1);
-    grid->addWidget(Label(left, QStringLiteral("Si&ze:"), size), 6, 0);
+    grid->addWidget(BuddyCaption(left, QStringLiteral("Si&ze:"), size), 6, 0);
     grid->addWidget(size, 6, 1);
     grid->addWidget(m_lblFontType, 7, 1, 1, 2);
-    grid->addWidget(Label(left, QStringLiteral("Bac&kground picture:"), m_cmbBGImageLink), 8, 0);
+    grid->addWidget(BuddyCaption(left, QStringLiteral("Bac&kground picture:"), m_cmbBGImageLink), 8,
+                    0);
     grid->addWidget(m_cmbBGImageLink, 8, 1);
     grid->addWidget(backgroundFavorites, 8, 2);
     grid->addWidget(tile, 9, 1, 1, 2);
@@ -811,11 +793,11 @@ QWidget* frmLWAC::BuildLinksTab() {
     auto* logo = RowCombo(tab, QStringLiteral("cmbPayPalLogo"), &m_doc.cmbPayPalLogo);
     auto* address = Text(tab, QStringLiteral("txtPayPalAddress"), &m_doc.txtPayPalAddress);
     auto* counter = RowCombo(tab, QStringLiteral("cmbCounterStyle"), &m_doc.cmbCounterStyle);
-    grid->addWidget(Label(tab, QStringLiteral("PayPal logo:"), logo), 8, 1);
+    grid->addWidget(BuddyCaption(tab, QStringLiteral("PayPal logo:"), logo), 8, 1);
     grid->addWidget(logo, 9, 1);
-    grid->addWidget(Label(tab, QStringLiteral("PayPal address:"), address), 8, 2);
+    grid->addWidget(BuddyCaption(tab, QStringLiteral("PayPal address:"), address), 8, 2);
     grid->addWidget(address, 9, 2);
-    grid->addWidget(Label(tab, QStringLiteral("Counter:"), counter), 10, 1);
+    grid->addWidget(BuddyCaption(tab, QStringLiteral("Counter:"), counter), 10, 1);
     grid->addWidget(counter, 11, 1);
     grid->setColumnStretch(1, 2);
     grid->setColumnStretch(2, 3);
@@ -902,10 +884,11 @@ QWidget* frmLWAC::BuildListingTab() {
     auto* optionsLayout = new QVBoxLayout(options);
     optionsLayout->setContentsMargins(0, 0, 0, 0);
     auto* optionList = MultiList(options, QStringLiteral("lstEbayOptions"), &m_doc.lstEbayOptions);
-    optionsLayout->addWidget(Label(options, QStringLiteral("Listing options:"), optionList));
+    optionsLayout->addWidget(BuddyCaption(options, QStringLiteral("Listing options:"), optionList));
     optionsLayout->addWidget(optionList, 5);
     m_lstEbayGiftIcon = PlainList(options, QStringLiteral("lstEbayGiftIcon"));
-    optionsLayout->addWidget(Label(options, QStringLiteral("Gift icon:"), m_lstEbayGiftIcon));
+    optionsLayout->addWidget(
+        BuddyCaption(options, QStringLiteral("Gift icon:"), m_lstEbayGiftIcon));
     optionsLayout->addWidget(m_lstEbayGiftIcon, 9);
 
     auto* layout = new QHBoxLayout(tab);
@@ -972,12 +955,12 @@ QWidget* frmLWAC::BuildPaymentTab() {
         box->setMaximumWidth(box->fontMetrics().averageCharWidth() * 14);
         box->installEventFilter(this);
         m_ipBoxes[size_t(i)] = box;
-        grid->addWidget(Label(online, QString::fromLatin1(boxes[i].caption), box), 4 + i, 1);
+        grid->addWidget(BuddyCaption(online, QString::fromLatin1(boxes[i].caption), box), 4 + i, 1);
         grid->addWidget(box, 4 + i, 2);
     }
     m_lstipTaxState = PlainList(online, QStringLiteral("lstipTaxState"));
     ListRows(m_lstipTaxState, 4);
-    grid->addWidget(Label(online, QStringLiteral("Tax state:"), m_lstipTaxState), 7, 1,
+    grid->addWidget(BuddyCaption(online, QStringLiteral("Tax state:"), m_lstipTaxState), 7, 1,
                     Qt::AlignTop);
     grid->addWidget(m_lstipTaxState, 7, 2);
     m_lblipReturnPolicy = Named(new QLabel(online), QStringLiteral("lblipReturnPolicy"));

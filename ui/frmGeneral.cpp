@@ -30,6 +30,7 @@
 #include "core/settings.h"
 #include "core/store.h"
 #include "core/text.h"
+#include "ui/control_names.h"
 #include "ui/qt_ui.h"
 #include "views/item_cost.h"
 
@@ -44,12 +45,6 @@ namespace {
 const QString kProgramName = QStringLiteral("Tolvane Lotwright Pro");
 const QString kLicenceUrl = QStringLiteral("https://www.gnu.org/licenses/gpl-3.0.html");
 
-template <class T>
-T* Named(T* widget, const QString& name) {
-    widget->setObjectName(name);
-    return widget;
-}
-
 QPushButton* Button(const QString& name, const QString& caption, QWidget* parent) {
     auto* button = Named(new QPushButton(caption, parent), name);
     button->setAutoDefault(false);
@@ -58,12 +53,6 @@ QPushButton* Button(const QString& name, const QString& caption, QWidget* parent
 
 QListWidget* List(const QString& name, QWidget* parent) {
     return Named(new QListWidget(parent), name);
-}
-
-QLabel* Caption(const QString& text, QWidget* buddy, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setBuddy(buddy);
-    return label;
 }
 
 QLineEdit* MoneyBox(const QString& name, QWidget* parent) {
@@ -280,10 +269,12 @@ QWidget* frmGeneral::BuildCategoryForm() {
     auto* addFavorite =
         Button(QStringLiteral("cmdAddToFavorites"), QStringLiteral("Add to &Favorites"), browse);
     auto* browseGrid = new QGridLayout(browse);
-    browseGrid->addWidget(Caption(QStringLiteral("&Top level:"), m_lstCategoryNames, browse), 0, 0);
-    browseGrid->addWidget(Caption(QStringLiteral("Cate&gories:"), m_lstCategoryItems, browse), 0,
-                          1);
-    browseGrid->addWidget(Caption(QStringLiteral("Fa&vorites:"), m_lstCategorys, browse), 0, 2);
+    browseGrid->addWidget(BuddyCaption(browse, QStringLiteral("&Top level:"), m_lstCategoryNames),
+                          0, 0);
+    browseGrid->addWidget(BuddyCaption(browse, QStringLiteral("Cate&gories:"), m_lstCategoryItems),
+                          0, 1);
+    browseGrid->addWidget(BuddyCaption(browse, QStringLiteral("Fa&vorites:"), m_lstCategorys), 0,
+                          2);
     browseGrid->addWidget(m_lstCategoryNames, 1, 0);
     browseGrid->addWidget(m_lstCategoryItems, 1, 1);
     browseGrid->addWidget(m_lstCategorys, 1, 2);
@@ -314,16 +305,18 @@ QWidget* frmGeneral::BuildCategoryForm() {
     m_lstSearchMatches = List(QStringLiteral("lstSearchMatches"), m_fraSearch);
     auto* searchGrid = new QGridLayout(m_fraSearch);
     searchGrid->addWidget(
-        Caption(QStringLiteral("&Words or number:"), m_lstSearchCategories, m_fraSearch), 0, 0);
+        BuddyCaption(m_fraSearch, QStringLiteral("&Words or number:"), m_lstSearchCategories), 0,
+        0);
     searchGrid->addWidget(m_lstSearchCategories, 0, 1);
     searchGrid->addWidget(find, 0, 2);
     searchGrid->addWidget(m_chkAndSearch, 1, 1, 1, 2);
     searchGrid->addWidget(
-        Caption(QStringLiteral("&Terms searched:"), m_lstSearchTerms, m_fraSearch), 2, 0,
+        BuddyCaption(m_fraSearch, QStringLiteral("&Terms searched:"), m_lstSearchTerms), 2, 0,
         Qt::AlignTop);
     searchGrid->addWidget(m_lstSearchTerms, 2, 1, 1, 2);
-    searchGrid->addWidget(Caption(QStringLiteral("&Matches:"), m_lstSearchMatches, m_fraSearch), 3,
-                          0, Qt::AlignTop);
+    searchGrid->addWidget(
+        BuddyCaption(m_fraSearch, QStringLiteral("&Matches:"), m_lstSearchMatches), 3, 0,
+        Qt::AlignTop);
     searchGrid->addWidget(m_lstSearchMatches, 3, 1, 1, 2);
     searchGrid->setColumnStretch(1, 1);
     searchGrid->setRowStretch(3, 1);
@@ -342,9 +335,9 @@ QWidget* frmGeneral::BuildCategoryForm() {
     m_txtHiddenCategoryName = Named(new QLineEdit(page), QStringLiteral("txtHiddenCategoryName"));
     m_txtHiddenCategoryName->hide();
     auto* chosen = new QHBoxLayout;
-    chosen->addWidget(Caption(QStringLiteral("Chos&en:"), m_txtSelCal, page));
+    chosen->addWidget(BuddyCaption(page, QStringLiteral("Chos&en:"), m_txtSelCal));
     chosen->addWidget(m_txtSelCal, 1);
-    chosen->addWidget(Caption(QStringLiteral("&Number:"), m_txtSelCalNumber, page));
+    chosen->addWidget(BuddyCaption(page, QStringLiteral("&Number:"), m_txtSelCalNumber));
     chosen->addWidget(m_txtSelCalNumber);
 
     // Each page has its own Select and Cancel, as the two pages always had.

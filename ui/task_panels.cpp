@@ -44,6 +44,7 @@
 #include "tasks/summary_panel.h"
 #include "tasks/task_lists.h"
 #include "tasks/task_tree.h"
+#include "ui/control_names.h"
 #include "ui/item_panels.h"
 #include "ui/qt_ui.h"
 
@@ -76,24 +77,10 @@ QLineEdit* TextBox(QWidget* parent, const QString& name) {
     return box;
 }
 
-// A member of a control array: its name carries the index.
-template <class T>
-T* Indexed(T* control, const QString& name, int index) {
-    control->setObjectName(name + QString::number(index));
-    control->setProperty("index", index);
-    return control;
-}
-
-QLabel* Caption(QWidget* parent, const QString& text, QWidget* buddy) {
-    auto* label = new QLabel(text, parent);
-    label->setBuddy(buddy);
-    return label;
-}
-
 // A caption and its box on a row of a two-pair grid.
 template <class T>
 T* Pair(QGridLayout* grid, int row, int pair, const QString& caption, T* box) {
-    grid->addWidget(Caption(box->parentWidget(), caption, box), row, pair * 2);
+    grid->addWidget(BuddyCaption(box->parentWidget(), caption, box), row, pair * 2);
     grid->addWidget(box, row, pair * 2 + 1);
     return box;
 }
@@ -304,7 +291,7 @@ void TaskPanels::BuildPaymentPanel() {
         row->addWidget(month);
         row->addWidget(year);
         row->addStretch(1);
-        g->addWidget(Caption(card, QStringLiteral("Expires:"), month), 1, 0);
+        g->addWidget(BuddyCaption(card, QStringLiteral("Expires:"), month), 1, 0);
         g->addWidget(expires, 1, 1, 1, 3);
         g->setColumnStretch(1, 1);
         g->setColumnStretch(3, 1);
@@ -387,7 +374,7 @@ void TaskPanels::BuildItemReceivedPanel() {
     grid->setColumnStretch(1, 1);
     grid->setColumnStretch(3, 1);
     QPlainTextEdit* notes = TextArea(f, QStringLiteral("txtItemNotes"), false);
-    column->addWidget(Caption(f, QStringLiteral("Notes on the item:"), notes));
+    column->addWidget(BuddyCaption(f, QStringLiteral("Notes on the item:"), notes));
     column->addWidget(notes, 1);
     auto* save = Button(f, QStringLiteral("cmdSaveItemReceived"), QStringLiteral("S&ave"));
     Commands(column)->addWidget(save);
@@ -400,12 +387,12 @@ void TaskPanels::BuildNotesPanel() {
     PanelFrame* f = NewFrame(kNotesPanel);
     auto* column = new QVBoxLayout(f);
     m_txtToDoNotes = TextArea(f, QStringLiteral("txtToDoNotes"), false);
-    column->addWidget(Caption(f, QStringLiteral("Notes on this item:"), m_txtToDoNotes));
+    column->addWidget(BuddyCaption(f, QStringLiteral("Notes on this item:"), m_txtToDoNotes));
     column->addWidget(m_txtToDoNotes, 2);
     auto* save = Button(f, QStringLiteral("cmdSaveNotes"), QStringLiteral("S&ave Notes"));
     Commands(column)->addWidget(save);
     m_txtToDoPriorNotes = TextArea(f, QStringLiteral("txtToDoPriorNotes"), true);
-    m_lblToDoPriorNotes = Caption(f, QStringLiteral("Other Notes"), m_txtToDoPriorNotes);
+    m_lblToDoPriorNotes = BuddyCaption(f, QStringLiteral("Other Notes"), m_txtToDoPriorNotes);
     m_lblToDoPriorNotes->setObjectName(QStringLiteral("lblToDoPriorNotes"));
     column->addWidget(m_lblToDoPriorNotes);
     column->addWidget(m_txtToDoPriorNotes, 3);
@@ -529,7 +516,7 @@ void TaskPanels::BuildAddressPanel() {
         if (caption.isEmpty()) {
             box->setAccessibleName(QStringLiteral("Street, second line"));
         } else {
-            grid->addWidget(Caption(f, caption, box), b.row, b.pair < 0 ? 0 : b.pair * 2);
+            grid->addWidget(BuddyCaption(f, caption, box), b.row, b.pair < 0 ? 0 : b.pair * 2);
         }
         if (b.pair < 0) {
             grid->addWidget(box, b.row, 1, 1, 3);
@@ -589,7 +576,7 @@ void TaskPanels::BuildEmailPanel() {
     row->addWidget(m_chkEmailSent2);
     QLineEdit* date = TextBox(f, QStringLiteral("txtSentDate"));
     row->addSpacing(12);
-    row->addWidget(Caption(f, QStringLiteral("Date sent:"), date));
+    row->addWidget(BuddyCaption(f, QStringLiteral("Date sent:"), date));
     row->addWidget(date);
     row->addStretch(1);
     column->addLayout(row);
@@ -657,7 +644,7 @@ void TaskPanels::BuildFeedbackPanel() {
     kindRow->addStretch(1);
     grid->addWidget(m_fraFeedbackType, 1, 0, 1, 4);
     QLineEdit* comment = TextBox(f, QStringLiteral("txtReceivedFeedbackComment"));
-    grid->addWidget(Caption(f, QStringLiteral("Comment:"), comment), 2, 0);
+    grid->addWidget(BuddyCaption(f, QStringLiteral("Comment:"), comment), 2, 0);
     grid->addWidget(comment, 2, 1, 1, 3);
     grid->setColumnStretch(1, 1);
     grid->setColumnStretch(3, 1);
