@@ -394,20 +394,9 @@ PostTime LocalNow() {
             QTime(local.tm_hour, local.tm_min, local.tm_sec)};
 }
 
-// Three numbers of two digits each with separator between them: "11/24/25".
-QString TwoDigitTriple(int first, int second, int third, char16_t separator) {
-    const int numbers[] = {first, second, third};
-    QString text(8, separator);
-    for (int i = 0; i < 3; ++i) {
-        text[i * 3] = QChar(static_cast<char16_t>(u'0' + numbers[i] / 10 % 10));
-        text[i * 3 + 1] = QChar(static_cast<char16_t>(u'0' + numbers[i] % 10));
-    }
-    return text;
-}
-
 // "mm/dd/yy", the dates of the site's pages.
 QString SiteDate(const QDate& date) {
-    return TwoDigitTriple(date.month(), date.day(), date.year() % 100, u'/');
+    return date.toString(u"MM/dd/yy");
 }
 
 }  // namespace
@@ -459,10 +448,8 @@ void AuctionPoster::Kept::WriteAuctionsRow(const CreatorRecord& row, qint64 crea
                                     CategoryFullName(db, static_cast<qint64>(core::Val(category))));
     }
     const qint64 days = static_cast<qint64>(core::Val(row.Text(QStringLiteral("eBayDuration"))));
-    const QString endDate =
-        SiteDate(now.date.addDays(days)) + QStringLiteral(", ") +
-        TwoDigitTriple(now.time.hour(), now.time.minute(), now.time.second(), u':') +
-        QStringLiteral(" PST");
+    const QString endDate = SiteDate(now.date.addDays(days)) + QStringLiteral(", ") +
+                            now.time.toString(u"hh:mm:ss") + QStringLiteral(" PST");
     QVariantList values = {
         creatorId,
         itemNumber,
