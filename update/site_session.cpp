@@ -133,18 +133,11 @@ void AppendByte(std::string& out, unsigned value) {
 void AppendCodePoint(std::string& out, char32_t code) {
     if (code <= 0xFF) {
         AppendByte(out, code);
-    } else if (code <= 0x7FF) {
-        AppendByte(out, 0xC0u | (code >> 6));
-        AppendByte(out, 0x80u | (code & 0x3Fu));
-    } else if (code <= 0xFFFF) {
-        AppendByte(out, 0xE0u | (code >> 12));
-        AppendByte(out, 0x80u | ((code >> 6) & 0x3Fu));
-        AppendByte(out, 0x80u | (code & 0x3Fu));
-    } else {
-        AppendByte(out, 0xF0u | (code >> 18));
-        AppendByte(out, 0x80u | ((code >> 12) & 0x3Fu));
-        AppendByte(out, 0x80u | ((code >> 6) & 0x3Fu));
-        AppendByte(out, 0x80u | (code & 0x3Fu));
+        return;
+    }
+    const QByteArray utf8 = QString::fromUcs4(&code, 1).toUtf8();
+    for (const char byte : utf8) {
+        AppendByte(out, static_cast<unsigned char>(byte));
     }
 }
 
