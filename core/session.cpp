@@ -21,7 +21,7 @@ namespace {
 
 // 'LWRT': marks a file as this program's database.
 constexpr qint64 kApplicationId = 0x4C575254;
-constexpr int kSchemaVersion = 5;
+constexpr int kSchemaVersion = 6;
 
 Session& Instance() {
     static Session session;
@@ -204,6 +204,41 @@ void Migrate(Database& db, qint64 version) {
             "DROP INDEX IF EXISTS BidsKey;"
             "CREATE UNIQUE INDEX BidsKey ON Bids (ItemNumber, UserName, AuctionSiteFlag);"
             "PRAGMA user_version = 5"));
+        tx.Commit();
+    }
+    if (version < 6) {
+        // The generated money columns read a "$" amount without six replaces.
+        // The new rule gives every text the value the earlier one gave, so
+        // the stored values and the index entries stand as they are: only
+        // the text of the tables changes, as SQLite allows for a change that
+        // leaves the file's content alone, with the schema cookie moved on so
+        // that every connection reads the new text.
+        Transaction tx(db);
+        std::vector<std::pair<QString, QString>> columns;  // table, column
+        {
+            Statement walk = db.Prepare(QStringLiteral(
+                "SELECT t.name, c.name FROM sqlite_schema AS t, pragma_table_xinfo(t.name) AS c "
+                "WHERE t.type = 'table' AND c.hidden = 0 AND instr(t.sql, c.name || 'Num') > 0"));
+            while (walk.Step()) {
+                columns.emplace_back(walk.Text(0), walk.Text(1));
+            }
+        }
+        const qint64 cookie = db.ScalarInt(QStringLiteral("PRAGMA schema_version"));
+        db.Exec(QStringLiteral("PRAGMA writable_schema = ON"));
+        try {
+            Statement rewrite =
+                db.Prepare(QStringLiteral("UPDATE sqlite_schema SET sql = replace(sql, ?, ?) WHERE "
+                                          "type = 'table' AND name = ?"));
+            for (const auto& [table, column] : columns) {
+                rewrite.BindAll(EarlierNumberRuleSql(column), NumberRuleSql(column), table).Run();
+                rewrite.Reset();
+            }
+            db.Exec(QStringLiteral("PRAGMA schema_version = %1").arg(cookie + 1));
+        } catch (...) {
+            db.Exec(QStringLiteral("PRAGMA writable_schema = OFF"));
+            throw;
+        }
+        db.Exec(QStringLiteral("PRAGMA writable_schema = OFF; PRAGMA user_version = 6"));
         tx.Commit();
     }
 }

@@ -458,10 +458,38 @@ double NumberRule(const QVariant& value) {
     }
 }
 
+namespace {
+
+// The six characters the number rule passes over, each taken out in turn.
+QString WithoutMoneySigns(const QString& columnSql) {
+    return QStringLiteral("replace(replace(replace(replace(replace(replace(") + columnSql +
+           QStringLiteral(",'$',''),',',''),' ',''),'\u00A3',''),'\u20AC',''),'\u00A5','')");
+}
+
+}  // namespace
+
 QString NumberRuleSql(const QString& columnSql) {
-    const QString s =
-        QStringLiteral("replace(replace(replace(replace(replace(replace(") + columnSql +
-        QStringLiteral(",'$',''),',',''),' ',''),'\u00A3',''),'\u20AC',''),'\u00A5','')");
+    const QString& x = columnSql;
+    const QString s = WithoutMoneySigns(x);
+    // Every write of a row computes its generated columns, so the common
+    // cases are read cheaply, each to the value the full rule gives:
+    // - Null is 0;
+    // - "$" and a digit, with no sign but commas after it: the rest without
+    //   its commas is the text the full rule would read;
+    // - a "(" in front of the number, signs aside, makes it negative (the
+    //   first character the full rule keeps is the first that ltrim keeps).
+    // The last two branches are the full rule, with the six replaces once.
+    return QStringLiteral("CASE WHEN ") + x + QStringLiteral(" IS NULL THEN 0 WHEN ") + x +
+           QStringLiteral(" GLOB '$[0-9]*' AND ") + x +
+           QStringLiteral(" NOT GLOB '?*[$ \u00A3\u20AC\u00A5]*' THEN CAST(replace(substr(") + x +
+           QStringLiteral(",2),',','') AS REAL) WHEN ltrim(") + x +
+           QStringLiteral(",'$, \u00A3\u20AC\u00A5') GLOB '(*' THEN -CAST(substr(") + s +
+           QStringLiteral(",2) AS REAL) ELSE IFNULL(CAST(") + s +
+           QStringLiteral(" AS REAL),0) END");
+}
+
+QString EarlierNumberRuleSql(const QString& columnSql) {
+    const QString s = WithoutMoneySigns(columnSql);
     return QStringLiteral("CASE WHEN substr(") + s +
            QStringLiteral(",1,1)='(' THEN -CAST(substr(") + s +
            QStringLiteral(",2) AS REAL) ELSE IFNULL(CAST(") + s +

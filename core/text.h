@@ -75,6 +75,9 @@ std::optional<QDate> CDate(QStringView text);
 // The number rule in plain SQL over a column expression, for generated columns
 // and views: NumberRule is its C++ twin and the two must agree.
 QString NumberRuleSql(const QString& columnSql);
+// The number rule as the generated columns of databases before schema 6 spell
+// it: the same values, at about three times the cost for a "$" amount.
+QString EarlierNumberRuleSql(const QString& columnSql);
 // The date rule Left$(x,8) in plain SQL: the ISO day text ("2000-06-07") of a
 // text that starts "mm/dd/yy", else NULL. LeftDate is its C++ twin.
 QString EndDaySql(const QString& columnSql);

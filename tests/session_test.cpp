@@ -170,10 +170,12 @@ TEST_F(SessionTest, TheDatabaseAndTheDataFoldersAreTheUsersAlone) {
 namespace {
 
 // The indexes of a database as name and definition, in name order.
-QStringList IndexDefinitions(Database& db) {
+// The definitions of the schema's objects of a type ("index", "table").
+QStringList Definitions(Database& db, const QString& type) {
     Statement indexes = db.Prepare(QStringLiteral(
-        "SELECT name || ': ' || sql FROM sqlite_schema WHERE type = 'index' AND sql IS NOT NULL "
+        "SELECT name || ': ' || sql FROM sqlite_schema WHERE type = ? AND sql IS NOT NULL "
         "ORDER BY name"));
+    indexes.Bind(1, type);
     QStringList out;
     while (indexes.Step()) {
         out << indexes.Text(0).simplified();
@@ -187,12 +189,31 @@ QStringList IndexDefinitions(Database& db) {
 // "False" and refused texts in number columns; opening it mends them, so a
 // lost bid is lost to every view. It had no mark of the notice that the site
 // password is kept in it either; opening adds one, not yet given. Its indexes
-// end as a new database's are.
+// and the rules of its generated columns end as a new database's are, with
+// the money values it stored by the earlier rule standing.
 TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
     QStringList freshIndexes;
+    QStringList freshTables;
     {
         Database db = OpenStore();
-        freshIndexes = IndexDefinitions(db);
+        freshIndexes = Definitions(db, QStringLiteral("index"));
+        freshTables = Definitions(db, QStringLiteral("table"));
+        // The earlier number rule in every money column.
+        const qint64 cookie = db.ScalarInt(QStringLiteral("PRAGMA schema_version"));
+        db.Exec(QStringLiteral("PRAGMA writable_schema = ON"));
+        Statement back = db.Prepare(QStringLiteral(
+            "UPDATE sqlite_schema SET sql = replace(sql, ?, ?) WHERE type = 'table'"));
+        for (const char* column :
+             {"HighBid", "MinimumBid", "ReserveBid", "WinningBid", "MaximumBid", "ItemCost",
+              "ShippingCost", "InsuranceCost", "OrderShipping", "OrderTax", "OrderAmountofSale",
+              "Debit", "Credit", "SoldPrice"}) {
+            const QString name = QString::fromLatin1(column);
+            back.BindAll(NumberRuleSql(name), EarlierNumberRuleSql(name)).Run();
+            back.Reset();
+        }
+        db.Exec(QStringLiteral("PRAGMA schema_version = %1; PRAGMA writable_schema = OFF")
+                    .arg(cookie + 1));
+        ASSERT_NE(Definitions(db, QStringLiteral("table")), freshTables);
         // The first schema's indexes of the two tables every update writes.
         db.Exec(QStringLiteral(
             "DROP INDEX AuctionsKey; DROP INDEX BidsKey; DROP INDEX AuctionsByInventory;"
@@ -209,7 +230,8 @@ TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
             "('2', 'False', 0, '06/07/00, 12:04:00 PST', 2), "
             "('3', 'false ', 'ERROR', '06/07/00, 12:04:00 PST', NULL), "
             "('4', 'outbid', 0, '06/07/00, 12:04:00 PST', 1);"
-            "INSERT INTO Auctions (ItemNumber, ToDoComplete) VALUES ('5', 'TRUE');"
+            "INSERT INTO Auctions (ItemNumber, ToDoComplete, HighBid, ReserveBid) "
+            "VALUES ('5', 'TRUE', '$1,250.00', '(\u00A3 7)');"
             "ALTER TABLE Global DROP COLUMN PasswordInStoreTold;"
             "DROP INDEX AuctionsOpenTasks; DROP INDEX BidsOpenTasks; DROP INDEX DutchBidsByItem;"
             "DROP VIEW \"All Auctions with Pending Tasks (Dutch)\";"
@@ -230,7 +252,28 @@ TEST_F(SessionTest, AnEarlierDatabaseIsMendedWhenOpened) {
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Completed Bids\"")), 1);
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT ToDoComplete FROM Auctions")), 1);
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT PasswordInStoreTold FROM Global")), 0);
-    EXPECT_EQ(IndexDefinitions(db), freshIndexes);
+    EXPECT_EQ(Definitions(db, QStringLiteral("index")), freshIndexes);
+    // Global alone differs, by the column added to it since.
+    const QStringList tables = Definitions(db, QStringLiteral("table"));
+    ASSERT_EQ(tables.size(), freshTables.size());
+    for (qsizetype i = 0; i < tables.size(); ++i) {
+        if (!tables[i].startsWith(QStringLiteral("Global:"))) {
+            EXPECT_EQ(tables[i].toStdString(), freshTables[i].toStdString());
+        }
+    }
+    Statement check = db.Prepare(QStringLiteral("PRAGMA integrity_check"));
+    ASSERT_TRUE(check.Step());
+    EXPECT_EQ(check.Text(0), QStringLiteral("ok"));
+    db.Exec(QStringLiteral("INSERT INTO Auctions (ItemNumber, HighBid) VALUES ('6', '$3.50')"));
+    Statement money = db.Prepare(
+        QStringLiteral("SELECT HighBidNum, ReserveBidNum, SaleCounted FROM Auctions ORDER BY "
+                       "ItemNumber"));
+    ASSERT_TRUE(money.Step());
+    EXPECT_EQ(money.Value(0).toDouble(), 1250.0);
+    EXPECT_EQ(money.Value(1).toDouble(), -7.0);
+    EXPECT_EQ(money.Value(2).toLongLong(), 1);
+    ASSERT_TRUE(money.Step());
+    EXPECT_EQ(money.Value(0).toDouble(), 3.5);
     EXPECT_EQ(
         db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM \"Auctions Awaiting Payment (Dutch)\"")),
         0)

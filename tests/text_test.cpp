@@ -377,7 +377,6 @@ public:
     // Stores each text (a null QString as NULL) in table t and returns the
     // generated column g of each row, in order, as SQLite computed it.
     std::vector<QVariant> Generated(const std::vector<QString>& texts) {
-        std::vector<QVariant> out;
         sqlite3_stmt* insert = nullptr;
         sqlite3_prepare_v2(m_db, "INSERT INTO t(id, x) VALUES(?1, ?2)", -1, &insert, nullptr);
         for (size_t i = 0; i < texts.size(); ++i) {
@@ -392,8 +391,15 @@ public:
             sqlite3_reset(insert);
         }
         sqlite3_finalize(insert);
+        return Column("g");
+    }
+
+    // A column of table t, row by row.
+    std::vector<QVariant> Column(const char* name) {
+        std::vector<QVariant> out;
         sqlite3_stmt* select = nullptr;
-        sqlite3_prepare_v2(m_db, "SELECT g FROM t ORDER BY id", -1, &select, nullptr);
+        sqlite3_prepare_v2(m_db, (std::string("SELECT ") + name + " FROM t ORDER BY id").c_str(),
+                           -1, &select, nullptr);
         while (sqlite3_step(select) == SQLITE_ROW) {
             switch (sqlite3_column_type(select, 0)) {
                 case SQLITE_NULL:
@@ -465,7 +471,15 @@ std::vector<QString> HandPickedNumbers() {
             QStringLiteral("5\u4E2D"),
             QStringLiteral("Infinity"),
             QStringLiteral("NaN"),
-            QStringLiteral("1.5.3")};
+            QStringLiteral("1.5.3"),
+            QStringLiteral("$1 234"),
+            QStringLiteral("$12$"),
+            QStringLiteral("$3\u00A35"),
+            QStringLiteral("$4\u20AC1"),
+            QStringLiteral("$5\u00A52"),
+            QStringLiteral("$1,2,3"),
+            QStringLiteral("$7(8)"),
+            QStringLiteral("$9e2")};
 }
 
 TEST(RuleAgreement, NumberRuleMatchesItsSqlOverManyTexts) {
@@ -526,9 +540,18 @@ TEST(RuleAgreement, NumberRuleMatchesItsSqlOverManyTexts) {
     Sqlite db;
     db.Exec(QStringLiteral("CREATE TABLE t(id INTEGER PRIMARY KEY, x TEXT COLLATE NOCASE, "
                            "g REAL GENERATED ALWAYS AS (") +
-            NumberRuleSql(QStringLiteral("x")) + QStringLiteral(") VIRTUAL)"));
+            NumberRuleSql(QStringLiteral("x")) +
+            QStringLiteral(") VIRTUAL, h REAL GENERATED ALWAYS AS (") +
+            EarlierNumberRuleSql(QStringLiteral("x")) + QStringLiteral(") VIRTUAL)"));
     const std::vector<QVariant> sql = db.Generated(texts);
     ASSERT_EQ(sql.size(), texts.size());
+    // Databases keep the values the earlier spelling stored: the two give
+    // the same value to the bit for every text.
+    const std::vector<QVariant> earlier = db.Column("h");
+    ASSERT_EQ(earlier.size(), texts.size());
+    for (size_t i = 0; i < texts.size(); ++i) {
+        EXPECT_EQ(sql[i], earlier[i]) << "text: [" << texts[i].toStdString() << "]";
+    }
     for (size_t i = 0; i < texts.size(); ++i) {
         const double cpp = texts[i].isNull() ? NumberRule(QVariant()) : NumberRule(texts[i]);
         ASSERT_FALSE(sql[i].isNull()) << texts[i].toStdString();
