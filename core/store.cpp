@@ -313,6 +313,40 @@ void Transaction::Commit() {
     m_open = false;
 }
 
+BatchedCommits::BatchedCommits(Database& db, std::chrono::milliseconds every, Clock clock)
+    : m_db(db),
+      m_every(every),
+      m_clock(clock ? std::move(clock) : Clock([] { return std::chrono::steady_clock::now(); })) {}
+
+BatchedCommits::~BatchedCommits() {
+    Commit();
+}
+
+void BatchedCommits::Begin() {
+    if (!m_open) {
+        m_open.emplace(m_db);
+        m_begun = m_clock();
+    }
+}
+
+int BatchedCommits::CommitIfDue() {
+    return m_open && m_clock() - m_begun >= m_every ? Commit() : 0;
+}
+
+int BatchedCommits::Commit() {
+    if (!m_open) {
+        return 0;
+    }
+    int code = 0;
+    try {
+        m_open->Commit();
+    } catch (const StoreError& e) {
+        code = e.Code() != 0 ? e.Code() : SQLITE_ERROR;
+    }
+    m_open.reset();  // rolls back what a failed commit left
+    return code;
+}
+
 // --------------------------------------------------------------- Statement
 
 Statement::Statement(sqlite3_stmt* stmt, sqlite3* db)

@@ -9,6 +9,8 @@
 #include <QByteArray>
 #include <QString>
 #include <QVariant>
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -149,6 +151,36 @@ private:
     Database& m_db;
     bool m_wal = false;
     int m_kept = 0;  // the mark to put back; 0: none
+};
+
+// The writes of a long run of small steps (an update's pages), committed a
+// batch at a time: a commit rewrites every page of the file that its writes
+// touched, and steps that come a millisecond apart would rewrite the same
+// index pages again and again. Begin opens a transaction when none is open;
+// CommitIfDue commits it once `every` has passed since it began, Commit at
+// once. Each commit leaves the file whole, and a crash loses at most the
+// steps of the last batch. The destructor commits what is still open.
+class BatchedCommits {
+public:
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+    // clock: the time, for tests; none: the steady clock.
+    BatchedCommits(Database& db, std::chrono::milliseconds every, Clock clock = {});
+    ~BatchedCommits();
+    BatchedCommits(const BatchedCommits&) = delete;
+    BatchedCommits& operator=(const BatchedCommits&) = delete;
+
+    void Begin();
+    // 0 when committed, when nothing was open and when not yet due; else the
+    // store's error code (the batch is rolled back).
+    int CommitIfDue();
+    int Commit();
+
+private:
+    Database& m_db;
+    const std::chrono::milliseconds m_every;
+    Clock m_clock;
+    std::optional<Transaction> m_open;
+    std::chrono::steady_clock::time_point m_begun;
 };
 
 class Statement {

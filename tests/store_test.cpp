@@ -198,6 +198,74 @@ TEST(StoreTransactions, ADeferredCheckpointLeavesTheLogToItsEnd) {
     }
 }
 
+// Steps of a run a few milliseconds apart, committed once the batch is due,
+// as another connection sees them; a commit the store refuses rolls its
+// batch back and says why.
+TEST(StoreTransactions, BatchedCommitsCommitOnceDueAndWhenAsked) {
+    lw::test::TempRoot root;
+    const QString path = root.File(QStringLiteral("batch.db"));
+    Database db = Database::Open(path, Database::Mode::Create);
+    db.Exec(
+        QStringLiteral("PRAGMA journal_mode = WAL; "
+                       "CREATE TABLE Items (ItemNumber TEXT, ItemTitle TEXT)"));
+    Database reader = Database::Open(path);
+    const auto seen = [&reader] {
+        return reader.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Items"));
+    };
+
+    std::chrono::steady_clock::time_point now{};
+    struct Step {
+        int ms;       // time since the step before
+        char what;    // 'w': a step's write, 'd': commit if due, 'c': commit now
+        qint64 seen;  // rows the other connection sees afterwards
+    };
+    const Step steps[] = {
+        {0, 'w', 0},  {0, 'd', 0},  {20, 'w', 0},
+        {20, 'd', 0}, {9, 'd', 0},  {1, 'd', 2},  // 50 ms after the batch began
+        {0, 'd', 2},  {5, 'w', 2},  {10, 'w', 2},
+        {0, 'c', 4},  {0, 'c', 4},  {60, 'd', 4},  // nothing open: nothing due
+        {0, 'w', 4},  {50, 'd', 5},
+    };
+    int written = 0;
+    {
+        lw::core::BatchedCommits commits(db, std::chrono::milliseconds(50), [&now] { return now; });
+        for (const Step& step : steps) {
+            now += std::chrono::milliseconds(step.ms);
+            switch (step.what) {
+                case 'w':
+                    commits.Begin();
+                    Insert(db, ++written, QVariant());
+                    break;
+                case 'd':
+                    EXPECT_EQ(commits.CommitIfDue(), 0);
+                    break;
+                default:
+                    EXPECT_EQ(commits.Commit(), 0);
+                    break;
+            }
+            EXPECT_EQ(seen(), step.seen) << "after step " << (&step - steps);
+        }
+        commits.Begin();
+        Insert(db, ++written, QVariant());
+        EXPECT_EQ(seen(), 5);
+    }
+    EXPECT_EQ(seen(), 6) << "what is open is committed at the end";
+
+    // A commit the store refuses: the batch is gone, the code told.
+    db.Exec(
+        QStringLiteral("PRAGMA foreign_keys = ON; CREATE TABLE Parents (Id INTEGER PRIMARY KEY); "
+                       "CREATE TABLE Children (Parent INTEGER REFERENCES Parents (Id) "
+                       "DEFERRABLE INITIALLY DEFERRED)"));
+    lw::core::BatchedCommits commits(db, std::chrono::milliseconds(50));
+    commits.Begin();
+    Insert(db, ++written, QVariant());
+    db.Exec(QStringLiteral("INSERT INTO Children (Parent) VALUES (7)"));
+    EXPECT_NE(commits.Commit(), 0);
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Items")), 6);
+    EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Children")), 0);
+    db.Exec(QStringLiteral("BEGIN; COMMIT"));  // no transaction was left open
+}
+
 TEST(StoreStatements, SingleStatementAndReadOnlyChecks) {
     Database db = MemoryWithItems();
     EXPECT_THROW(db.PrepareSingle(QStringLiteral("SELECT 1; DELETE FROM Items")), StoreError);

@@ -62,36 +62,10 @@ constexpr qint64 kBytesAhead = qint64{64} * 1024 * 1024;
 // offset.
 constexpr int kMostPages = 10000;
 
-// Commits the page's writes when the page ends, however it ends.
-class PageCommit {
-public:
-    explicit PageCommit(core::Database& db) : m_transaction(db) {}
-    ~PageCommit() {
-        if (!m_done) {
-            try {
-                m_transaction.Commit();
-            } catch (const core::StoreError&) {
-                // The transaction rolls back; whatever ended the page is told.
-            }
-        }
-    }
-    // 0 when committed, else the store's error code.
-    int Commit() {
-        m_done = true;
-        try {
-            m_transaction.Commit();
-        } catch (const core::StoreError& e) {
-            return e.Code() != 0 ? e.Code() : SQLITE_ERROR;
-        }
-        return 0;
-    }
-    PageCommit(const PageCommit&) = delete;
-    PageCommit& operator=(const PageCommit&) = delete;
-
-private:
-    core::Transaction m_transaction;
-    bool m_done = false;
-};
+// A run's pages are committed this far apart at most: a site that answers at
+// once gives pages a millisecond or two apart, each of which would otherwise
+// rewrite the same index pages of the file.
+constexpr std::chrono::milliseconds kCommitEvery{50};
 
 }  // namespace
 
@@ -498,6 +472,13 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     // first commit after the run (LastUpdate) flushes again, and with it every
     // page before it.
     const core::CommitsWithoutFlush sync(m_db);
+    // Every way out of the run commits what was written before it.
+    core::BatchedCommits commits(m_db, kCommitEvery);
+    struct CommitsEnd {
+        UpdateRun& run;
+        ~CommitsEnd() { run.m_commits = nullptr; }
+    } commitsEnd{*this};
+    m_commits = &commits;
     RecordWriter writer(m_db, CurrentSession().CurrentUser);
 
     ScanHooks ancillaryScan;
@@ -580,6 +561,13 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                 }
                 outcome = RunPage(line, protocol, scanner, writer, scan, firstPage, retried);
                 firstPage = false;
+            }
+            // The protocol's pages are in the file before the next protocol
+            // starts, or the run tells how it ended.
+            if (const int code = commits.Commit();
+                code != 0 && outcome != PageOutcome::StoreFailed) {
+                StoreFailed(code);
+                return Result::StoreFailed;
             }
             switch (outcome) {
                 case PageOutcome::Retry:
@@ -704,7 +692,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
     int storeCode = 0;  // the database could not be written
     QString queryError;
     {
-        PageCommit commit(m_db);
+        m_commits->Begin();
         try {
             while (scanner.ScanRecord(m_state, m_lists, scan) == PageScanner::RecordEnd::Complete) {
                 RecordWriter::Outcome written = RecordWriter::Outcome::Written;
@@ -734,7 +722,11 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
                 failed = true;
             }
         }
-        const int committed = commit.Commit();
+        // The page's writes join the batch when paging goes on; however the
+        // protocol ends, they are committed now.
+        const bool pagingOn =
+            storeCode == 0 && !failed && !cancelled && protocol.Iterates() && recordCount > 0;
+        const int committed = pagingOn ? m_commits->CommitIfDue() : m_commits->Commit();
         if (committed != 0 && storeCode == 0) {
             storeCode = committed;
         }

@@ -191,6 +191,8 @@ private:
     // What a connection read from the page the last fetch gave, and its address.
     std::shared_ptr<const PreparedPage> m_prepared;
     QString m_preparedUrl;
+    // The commits of the run's pages, during a run.
+    core::BatchedCommits* m_commits = nullptr;
 };
 
 }  // namespace lw::update
