@@ -463,26 +463,74 @@ std::vector<std::int64_t> MarketStore::Numbers(Stmt& stmt) {
     return numbers;
 }
 
+std::optional<MarketStore::PageMark> MarketStore::MarkFor(const MarkKey& key) {
+    if (m_marksWritten != m_db.TotalChanges()) {
+        m_marks.clear();
+        m_marksWritten = m_db.TotalChanges();
+    }
+    const auto it = m_marks.find(key);
+    return it == m_marks.end() ? std::nullopt : std::optional<PageMark>(it->second);
+}
+
+void MarketStore::Remember(const MarkKey& key, const PageMark& mark) {
+    // A few members paging a few lists at a time: a bound, not a cache policy.
+    constexpr size_t kMostMarks = 1024;
+    if (m_marksWritten != m_db.TotalChanges() || m_marks.size() >= kMostMarks) {
+        m_marks.clear();
+        m_marksWritten = m_db.TotalChanges();
+    }
+    m_marks[key] = mark;
+}
+
+std::vector<std::int64_t> MarketStore::ItemList(ListKind kind, std::int64_t userId,
+                                                std::int64_t since, std::int64_t offset,
+                                                std::int64_t limit, const std::string& byPosition,
+                                                const std::string& fromMark) {
+    const std::optional<PageMark> mark =
+        offset > 0 ? MarkFor({kind, userId, since, 0, offset}) : std::nullopt;
+    Stmt& stmt = mark ? m_db.Prepare(fromMark).BindAll(userId, since, mark->time, mark->id, limit)
+                      : m_db.Prepare(byPosition).BindAll(userId, since, limit, offset);
+    std::vector<std::int64_t> numbers;
+    PageMark last;
+    while (stmt.Step()) {
+        numbers.push_back(stmt.Int(0));
+        last.time = stmt.Int(1);
+        last.id = stmt.Int(0);
+    }
+    if (!numbers.empty()) {
+        Remember({kind, userId, since, 0, offset + static_cast<std::int64_t>(numbers.size())},
+                 last);
+    }
+    return numbers;
+}
+
 std::vector<std::int64_t> MarketStore::SellingItems(std::int64_t userId, std::int64_t since,
                                                     std::int64_t offset, std::int64_t limit) {
-    return Numbers(m_db.Prepare("SELECT number FROM items WHERE seller = ? AND end_time >= ? "
-                                "ORDER BY end_time, number LIMIT ? OFFSET ?")
-                       .BindAll(userId, since, limit, offset));
+    return ItemList(ListKind::Selling, userId, since, offset, limit,
+                    "SELECT number, end_time FROM items WHERE seller = ? AND end_time >= ? "
+                    "ORDER BY end_time, number LIMIT ? OFFSET ?",
+                    "SELECT number, end_time FROM items WHERE seller = ? AND end_time >= ? "
+                    "AND (end_time, number) > (?, ?) ORDER BY end_time, number LIMIT ?");
 }
 
 std::vector<std::int64_t> MarketStore::BiddingItems(std::int64_t userId, std::int64_t since,
                                                     std::int64_t offset, std::int64_t limit) {
-    return Numbers(m_db.Prepare("SELECT item FROM bidder_lots WHERE bidder = ? AND end_time >= ? "
-                                "ORDER BY end_time, item LIMIT ? OFFSET ?")
-                       .BindAll(userId, since, limit, offset));
+    return ItemList(ListKind::Bidding, userId, since, offset, limit,
+                    "SELECT item, end_time FROM bidder_lots WHERE bidder = ? AND end_time >= ? "
+                    "ORDER BY end_time, item LIMIT ? OFFSET ?",
+                    "SELECT item, end_time FROM bidder_lots WHERE bidder = ? AND end_time >= ? "
+                    "AND (end_time, item) > (?, ?) ORDER BY end_time, item LIMIT ?");
 }
 
 std::vector<std::int64_t> MarketStore::WatchedItems(std::int64_t userId, std::int64_t since,
                                                     std::int64_t offset, std::int64_t limit) {
-    return Numbers(m_db.Prepare("SELECT i.number FROM watch w JOIN items i ON i.number = w.item "
-                                "WHERE w.user = ? AND i.end_time >= ? "
-                                "ORDER BY i.end_time, i.number LIMIT ? OFFSET ?")
-                       .BindAll(userId, since, limit, offset));
+    return ItemList(ListKind::Watched, userId, since, offset, limit,
+                    "SELECT i.number, i.end_time FROM watch w JOIN items i ON i.number = w.item "
+                    "WHERE w.user = ? AND i.end_time >= ? "
+                    "ORDER BY i.end_time, i.number LIMIT ? OFFSET ?",
+                    "SELECT i.number, i.end_time FROM watch w JOIN items i ON i.number = w.item "
+                    "WHERE w.user = ? AND i.end_time >= ? AND (i.end_time, i.number) > (?, ?) "
+                    "ORDER BY i.end_time, i.number LIMIT ?");
 }
 
 std::vector<std::int64_t> MarketStore::RunningItemsOf(std::int64_t userId, std::int64_t now) {
@@ -510,11 +558,19 @@ std::vector<LedgerRow> MarketStore::Ledger(std::int64_t userId, std::int64_t sin
                                            std::int64_t now, std::int64_t offset,
                                            std::int64_t limit) {
     std::vector<LedgerRow> rows;
-    Stmt& stmt = m_db.Prepare(
-        "SELECT id, time, type, item, debit, credit, sold_price, note FROM ledger WHERE id IN "
-        "(SELECT id FROM ledger WHERE user = ? AND time >= ? AND time <= ? "
-        "ORDER BY time, id LIMIT ? OFFSET ?) ORDER BY time, id");
-    stmt.BindAll(userId, since, now, limit, offset);
+    const std::optional<PageMark> mark =
+        offset > 0 ? MarkFor({ListKind::Ledger, userId, since, now, offset}) : std::nullopt;
+    Stmt& stmt = mark ? m_db.Prepare(
+                                "SELECT id, time, type, item, debit, credit, sold_price, note FROM "
+                                "ledger WHERE user = ? AND time >= ? AND time <= ? "
+                                "AND (time, id) > (?, ?) ORDER BY time, id LIMIT ?")
+                            .BindAll(userId, since, now, mark->time, mark->id, limit)
+                      : m_db.Prepare(
+                                "SELECT id, time, type, item, debit, credit, sold_price, note FROM "
+                                "ledger WHERE id IN (SELECT id FROM ledger WHERE user = ? AND "
+                                "time >= ? AND time <= ? ORDER BY time, id LIMIT ? OFFSET ?) "
+                                "ORDER BY time, id")
+                            .BindAll(userId, since, now, limit, offset);
     while (stmt.Step()) {
         LedgerRow row;
         row.id = stmt.Int(0);
@@ -534,16 +590,24 @@ std::vector<LedgerRow> MarketStore::Ledger(std::int64_t userId, std::int64_t sin
     if (rows.empty()) {
         return rows;
     }
-    Stmt& opening = m_db.Prepare(
-        "SELECT COALESCE(SUM(credit - debit), 0) FROM ledger "
-        "WHERE user = ?1 AND (time < ?2 OR (time = ?2 AND id < ?3))");
-    opening.BindAll(userId, rows.front().time, rows.front().id);
-    opening.Step();
-    std::int64_t balance = opening.Int(0);
+    std::int64_t balance = 0;
+    if (mark) {
+        balance = mark->balance;
+    } else {
+        Stmt& opening = m_db.Prepare(
+            "SELECT COALESCE(SUM(credit - debit), 0) FROM ledger "
+            "WHERE user = ?1 AND (time < ?2 OR (time = ?2 AND id < ?3))");
+        opening.BindAll(userId, rows.front().time, rows.front().id);
+        opening.Step();
+        balance = opening.Int(0);
+    }
     for (LedgerRow& row : rows) {
         balance += row.credit - row.debit;
         row.balance = balance;
     }
+    Remember(
+        {ListKind::Ledger, userId, since, now, offset + static_cast<std::int64_t>(rows.size())},
+        {rows.back().time, rows.back().id, balance});
     return rows;
 }
 

@@ -7,8 +7,10 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -182,7 +184,31 @@ private:
     Item ReadItem(Stmt& stmt);
     std::vector<std::int64_t> Numbers(Stmt& stmt);
 
+    // A member's lists are paged by position (skip 0, 50, 100, ...), and
+    // walking past every row before a page costs the more the deeper the
+    // page, which a real site's pages do not. Where each page served left
+    // off is remembered, so that the page after it starts there; any write
+    // to the market forgets it all.
+    enum class ListKind { Selling, Bidding, Watched, Ledger };
+    struct PageMark {
+        std::int64_t time = 0;     // the order of the last row served: its time,
+        std::int64_t id = 0;       // then its number
+        std::int64_t balance = 0;  // a ledger's balance after it
+    };
+    // The list, the member, its bounds in time and the position of the row
+    // after the mark.
+    using MarkKey = std::tuple<ListKind, std::int64_t, std::int64_t, std::int64_t, std::int64_t>;
+    std::optional<PageMark> MarkFor(const MarkKey& key);
+    void Remember(const MarkKey& key, const PageMark& mark);
+    // A list of item numbers by the query from a mark or by position, each
+    // row (number, end time); its last row is remembered.
+    std::vector<std::int64_t> ItemList(ListKind kind, std::int64_t userId, std::int64_t since,
+                                       std::int64_t offset, std::int64_t limit,
+                                       const std::string& byPosition, const std::string& fromMark);
+
     Db m_db;
+    std::map<MarkKey, PageMark> m_marks;
+    std::int64_t m_marksWritten = -1;  // the connection's writes when they were made
 };
 
 }  // namespace lw::site

@@ -136,6 +136,10 @@ int Db::Changes() const {
     return sqlite3_changes(m_db);
 }
 
+std::int64_t Db::TotalChanges() const {
+    return sqlite3_total_changes64(m_db);
+}
+
 DbTransaction::DbTransaction(Db& db) : m_db(db) {
     m_db.Exec("BEGIN");
 }

@@ -76,6 +76,8 @@ public:
     Stmt& Prepare(const std::string& sql);
     std::int64_t LastInsertId() const;
     int Changes() const;
+    // Rows written through this connection since it opened.
+    std::int64_t TotalChanges() const;
 
 private:
     sqlite3* m_db = nullptr;

@@ -283,6 +283,73 @@ TEST(SitePaging, PagesAreDisjointAndEndWithAnEmptyPage) {
     EXPECT_GT(wide.size(), seen.size()) << "the seed holds a sale older than 30 days";
 }
 
+// A member's lists are paged in turn from where the page before left off:
+// each page is the one asked for out of turn (with no page before it
+// served), balances of the account history included; a write to the market
+// in between is seen by the next page.
+TEST(SitePaging, PagesAskedInTurnAreThePagesByPosition) {
+    Site site(SeedArgs(5) << QStringLiteral("--page-size") << QStringLiteral("4")
+                          << QStringLiteral("--clock-factor") << QStringLiteral("0"));
+    ASSERT_SITE(site);
+    const std::string token = DemoToken(site);
+    constexpr int kLast = 40;
+    for (const char* list : {"MyEbaySelling", "MyEbayBidding", "MyEbayAccount"}) {
+        std::vector<std::string> byPosition(kLast / 4 + 1);
+        for (int skip = kLast; skip >= 0; skip -= 4) {
+            byPosition[static_cast<size_t>(skip / 4)] =
+                site.List(list, "demo_seller", token, 60, skip);
+        }
+        ASSERT_NE(byPosition[1], byPosition[2]) << list << ": the list needs several pages";
+        for (int skip = 0; skip <= kLast; skip += 4) {
+            EXPECT_EQ(site.List(list, "demo_seller", token, 60, skip),
+                      byPosition[static_cast<size_t>(skip / 4)])
+                << list << " skip " << skip;
+        }
+    }
+
+    // Where every page left off is known; then the last item of the list
+    // ends now and moves ahead of the items still running. Each page asked
+    // again, from the last back (so that none follows the page before it),
+    // is the page by position after the move, not from where a page left
+    // off before it.
+    const auto page = [&](int skip) {
+        std::vector<std::string> items;
+        for (const auto& row :
+             SellingRows(site.List("MyEbaySelling", "demo_seller", token, 60, skip))) {
+            items.push_back(row.at("item"));
+        }
+        return items;
+    };
+    const auto inTurn = [&] {
+        std::vector<std::string> items;
+        for (int skip = 0; skip < 400; skip += 4) {
+            const std::vector<std::string> rows = page(skip);
+            items.insert(items.end(), rows.begin(), rows.end());
+            if (rows.size() < 4) {
+                break;
+            }
+        }
+        return items;
+    };
+    const std::vector<std::string> before = inTurn();
+    ASSERT_GT(before.size(), 8u);
+    const std::string moved = before.back();
+    ASSERT_NE(site.Admin("end", "item=" + moved).find("\"ended\":true"), std::string::npos);
+    std::vector<std::string> backwards;
+    for (int skip = static_cast<int>(before.size()) / 4 * 4; skip >= 0; skip -= 4) {
+        const std::vector<std::string> rows = page(skip);
+        backwards.insert(backwards.begin(), rows.begin(), rows.end());
+    }
+    const std::vector<std::string> after = inTurn();
+    EXPECT_EQ(backwards, after);
+    EXPECT_EQ(std::set<std::string>(after.begin(), after.end()),
+              std::set<std::string>(before.begin(), before.end()));
+    const auto at = std::find(after.begin(), after.end(), moved);
+    ASSERT_NE(at, after.end());
+    EXPECT_LE(at - after.begin() + 4, static_cast<std::ptrdiff_t>(after.size()) - 1)
+        << "the moved item crosses a page";
+}
+
 TEST(SiteSeed, TheSameSeedGivesTheSamePagesAndAnotherSeedDoesNot) {
     const QStringList fixed = {QStringLiteral("--start"), QStringLiteral("2000-06-08 12:04:00"),
                                QStringLiteral("--clock-factor"), QStringLiteral("0")};
