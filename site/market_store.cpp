@@ -488,7 +488,9 @@ std::vector<std::int64_t> MarketStore::ItemList(ListKind kind, std::int64_t user
                                                 const std::string& fromMark) {
     const std::optional<PageMark> mark =
         offset > 0 ? MarkFor({kind, userId, since, 0, offset}) : std::nullopt;
-    Stmt& stmt = mark ? m_db.Prepare(fromMark).BindAll(userId, since, mark->time, mark->id, limit)
+    // The mark stands at or after `since`: the bound in time is left to it,
+    // or SQLite would walk the index from `since` up to the mark.
+    Stmt& stmt = mark ? m_db.Prepare(fromMark).BindAll(userId, mark->time, mark->id, limit)
                       : m_db.Prepare(byPosition).BindAll(userId, since, limit, offset);
     std::vector<std::int64_t> numbers;
     PageMark last;
@@ -509,7 +511,7 @@ std::vector<std::int64_t> MarketStore::SellingItems(std::int64_t userId, std::in
     return ItemList(ListKind::Selling, userId, since, offset, limit,
                     "SELECT number, end_time FROM items WHERE seller = ? AND end_time >= ? "
                     "ORDER BY end_time, number LIMIT ? OFFSET ?",
-                    "SELECT number, end_time FROM items WHERE seller = ? AND end_time >= ? "
+                    "SELECT number, end_time FROM items WHERE seller = ? "
                     "AND (end_time, number) > (?, ?) ORDER BY end_time, number LIMIT ?");
 }
 
@@ -518,7 +520,7 @@ std::vector<std::int64_t> MarketStore::BiddingItems(std::int64_t userId, std::in
     return ItemList(ListKind::Bidding, userId, since, offset, limit,
                     "SELECT item, end_time FROM bidder_lots WHERE bidder = ? AND end_time >= ? "
                     "ORDER BY end_time, item LIMIT ? OFFSET ?",
-                    "SELECT item, end_time FROM bidder_lots WHERE bidder = ? AND end_time >= ? "
+                    "SELECT item, end_time FROM bidder_lots WHERE bidder = ? "
                     "AND (end_time, item) > (?, ?) ORDER BY end_time, item LIMIT ?");
 }
 
@@ -529,7 +531,7 @@ std::vector<std::int64_t> MarketStore::WatchedItems(std::int64_t userId, std::in
                     "WHERE w.user = ? AND i.end_time >= ? "
                     "ORDER BY i.end_time, i.number LIMIT ? OFFSET ?",
                     "SELECT i.number, i.end_time FROM watch w JOIN items i ON i.number = w.item "
-                    "WHERE w.user = ? AND i.end_time >= ? AND (i.end_time, i.number) > (?, ?) "
+                    "WHERE w.user = ? AND (i.end_time, i.number) > (?, ?) "
                     "ORDER BY i.end_time, i.number LIMIT ?");
 }
 
@@ -560,11 +562,12 @@ std::vector<LedgerRow> MarketStore::Ledger(std::int64_t userId, std::int64_t sin
     std::vector<LedgerRow> rows;
     const std::optional<PageMark> mark =
         offset > 0 ? MarkFor({ListKind::Ledger, userId, since, now, offset}) : std::nullopt;
+    // From a mark, as in ItemList: the mark is the lower bound.
     Stmt& stmt = mark ? m_db.Prepare(
                                 "SELECT id, time, type, item, debit, credit, sold_price, note FROM "
-                                "ledger WHERE user = ? AND time >= ? AND time <= ? "
+                                "ledger WHERE user = ? AND time <= ? "
                                 "AND (time, id) > (?, ?) ORDER BY time, id LIMIT ?")
-                            .BindAll(userId, since, now, mark->time, mark->id, limit)
+                            .BindAll(userId, now, mark->time, mark->id, limit)
                       : m_db.Prepare(
                                 "SELECT id, time, type, item, debit, credit, sold_price, note FROM "
                                 "ledger WHERE id IN (SELECT id FROM ledger WHERE user = ? AND "
