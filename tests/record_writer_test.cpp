@@ -12,6 +12,7 @@
 
 #include "core/session.h"
 #include "core/store.h"
+#include "core/text.h"
 #include "tests/support/test_support.h"
 #include "update/protocol.h"
 #include "update/record_writer.h"
@@ -651,6 +652,31 @@ TEST(RecordWriterDates, AncillaryDatesCutWithoutTesting) {
     EXPECT_EQ(AncillaryStartDate(QStringLiteral(" Jun-07-00 12:04:00 PST")),
               QStringLiteral("06/07/00"));
     EXPECT_EQ(MainStartDate(QStringLiteral("Jun-07-00 12:04:00")), QStringLiteral("06/07/00"));
+}
+
+// A day the pages write as "mm/dd/yy" is given back as it stands: that must
+// be what the formatter makes of every such text, impossible days included.
+TEST(RecordWriterDates, ADayWrittenAsTheSiteWritesItIsWhatTheFormatterMakesOfIt) {
+    int kept = 0;
+    for (int month = 0; month <= 13; ++month) {
+        for (int day = 0; day <= 32; ++day) {
+            for (int year = 0; year <= 99; ++year) {
+                const QString text = QStringLiteral("%1/%2/%3")
+                                         .arg(month, 2, 10, QLatin1Char('0'))
+                                         .arg(day, 2, 10, QLatin1Char('0'))
+                                         .arg(year, 2, 10, QLatin1Char('0'));
+                const QString formatted = lw::core::Format(text, QStringLiteral("mm/dd/yy"));
+                ASSERT_EQ(MainStartDate(text), formatted) << text.toStdString();
+                ASSERT_EQ(AncillaryStartDate(text + QStringLiteral(" 12:04:00 PST")), formatted)
+                    << text.toStdString();
+                ASSERT_EQ(MainEndDate(text + QStringLiteral(" 12:04:00 PST")),
+                          formatted + QStringLiteral(", 12:04:00 PST"))
+                    << text.toStdString();
+                kept += formatted == text;
+            }
+        }
+    }
+    EXPECT_GT(kept, 30000);  // most are days that stand as written
 }
 
 // ------------------------------------------------------------ ancillary records

@@ -16,7 +16,10 @@
 
 #include <sqlite3.h>
 
+#include <QDate>
 #include <QVariant>
+#include <algorithm>
+#include <iterator>
 
 #include "core/store.h"
 #include "core/text.h"
@@ -497,6 +500,30 @@ QString BuildAncillaryQuery(const QString& query, const ScanLists& lists) {
 
 // ------------------------------------------------------------------ dates
 
+namespace {
+
+// A day already written as "mm/dd/yy", as the site's pages write every day,
+// is what Format(text, "mm/dd/yy") makes of it: it is given back as it
+// stands, without being read as a date and written again. Anything else
+// (another form, an impossible day) goes through Format.
+QString UsShortDay(const QString& text) {
+    const auto digit = [&text](qsizetype i) {
+        const char16_t c = text.at(i).unicode();
+        return c >= u'0' && c <= u'9' ? c - u'0' : -1;
+    };
+    if (text.size() == 8 && text.at(2) == u'/' && text.at(5) == u'/') {
+        const int parts[] = {digit(0), digit(1), digit(3), digit(4), digit(6), digit(7)};
+        if (std::all_of(std::begin(parts), std::end(parts), [](int d) { return d >= 0; }) &&
+            QDate::isValid(core::ExpandYear(parts[4] * 10 + parts[5]), parts[0] * 10 + parts[1],
+                           parts[2] * 10 + parts[3])) {
+            return text;
+        }
+    }
+    return core::Format(text, QStringLiteral("mm/dd/yy"));
+}
+
+}  // namespace
+
 QString MainEndDate(const QString& value) {
     QString text = TrimBlanks(value);
     if (text.endsWith(QStringLiteral("PST")) || text.endsWith(QStringLiteral("PDT"))) {
@@ -505,14 +532,13 @@ QString MainEndDate(const QString& value) {
     const qsizetype blank = text.indexOf(u' ');
     if (blank >= 0) {
         const QString time = TrimBlanks(text.mid(blank + 1));
-        return core::Format(text.left(blank), QStringLiteral("mm/dd/yy")) + QStringLiteral(", ") +
-               time + kPst;
+        return UsShortDay(text.left(blank)) + QStringLiteral(", ") + time + kPst;
     }
     return core::Format(text, QStringLiteral("mm/dd/yy, hh:mm:ss")) + kPst;
 }
 
 QString MainStartDate(const QString& value) {
-    return core::Format(TrimBlanks(value), QStringLiteral("mm/dd/yy"));
+    return UsShortDay(TrimBlanks(value));
 }
 
 QString AncillaryEndDate(const QString& value) {
@@ -526,7 +552,7 @@ QString AncillaryStartDate(const QString& value) {
     if (blank >= 1) {
         text = TrimBlanks(text.left(blank));
     }
-    return core::Format(text, QStringLiteral("mm/dd/yy"));
+    return UsShortDay(text);
 }
 
 // ------------------------------------------------------------------ writer
