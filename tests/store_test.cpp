@@ -31,6 +31,15 @@ void Insert(Database& db, const QVariant& number, const QVariant& title) {
         .Run();
 }
 
+// A new store file at path, in WAL mode, with a table of items.
+Database LoggedWithItems(const QString& path) {
+    Database db = Database::Open(path, Database::Mode::Create);
+    db.Exec(
+        QStringLiteral("PRAGMA journal_mode = WAL; "
+                       "CREATE TABLE Items (ItemNumber TEXT, ItemTitle TEXT)"));
+    return db;
+}
+
 int CountWhereNumber(Database& db, const QString& number) {
     auto s = db.Prepare(QStringLiteral("SELECT COUNT(*) FROM Items WHERE ItemNumber = ?"));
     s.Bind(1, number);
@@ -166,10 +175,8 @@ TEST(StoreTransactions, RollbackUnlessCommitted) {
 TEST(StoreTransactions, ADeferredCheckpointLeavesTheLogToItsEnd) {
     lw::test::TempRoot root;
     const QString path = root.File(QStringLiteral("log.db"));
-    Database db = Database::Open(path, Database::Mode::Create);
-    db.Exec(
-        QStringLiteral("PRAGMA journal_mode = WAL; PRAGMA synchronous = OFF; "
-                       "CREATE TABLE Items (ItemNumber TEXT, ItemTitle TEXT)"));
+    Database db = LoggedWithItems(path);
+    db.Exec(QStringLiteral("PRAGMA synchronous = OFF"));
     const qint64 mark = db.ScalarInt(QStringLiteral("PRAGMA wal_autocheckpoint"));
     const qint64 frame = db.ScalarInt(QStringLiteral("PRAGMA page_size")) + 24;
     const qint64 commits = mark + 100;
@@ -204,10 +211,7 @@ TEST(StoreTransactions, ADeferredCheckpointLeavesTheLogToItsEnd) {
 TEST(StoreTransactions, BatchedCommitsCommitOnceDueAndWhenAsked) {
     lw::test::TempRoot root;
     const QString path = root.File(QStringLiteral("batch.db"));
-    Database db = Database::Open(path, Database::Mode::Create);
-    db.Exec(
-        QStringLiteral("PRAGMA journal_mode = WAL; "
-                       "CREATE TABLE Items (ItemNumber TEXT, ItemTitle TEXT)"));
+    Database db = LoggedWithItems(path);
     Database reader = Database::Open(path);
     const auto seen = [&reader] {
         return reader.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Items"));
