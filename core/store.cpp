@@ -7,7 +7,6 @@
 
 #include <sqlite3.h>
 #include <QFile>
-#include <QRegularExpression>
 
 #include "core/sql_functions.h"
 
@@ -65,9 +64,50 @@ bool HasNumericAffinity(const QString& declaredType) {
 }
 
 bool IsPlainNumber(const QString& text) {
-    static const QRegularExpression number(
-        QStringLiteral("^\\s*[+-]?(\\d+\\.?\\d*|\\.\\d+)([eE][+-]?\\d+)?\\s*$"));
-    return number.match(text).hasMatch();
+    // Blanks, a sign, digits with one point and at least one digit, an
+    // exponent with digits of its own, blanks: read by hand, as every value
+    // an update writes to a number column passes here.
+    const auto isBlank = [](char16_t c) {
+        return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r' || c == u'\v' || c == u'\f';
+    };
+    const auto isDigit = [](char16_t c) { return c >= u'0' && c <= u'9'; };
+    const qsizetype n = text.size();
+    qsizetype i = 0;
+    const auto at = [&text, n](qsizetype k) { return k < n ? text.at(k).unicode() : u'\0'; };
+    while (i < n && isBlank(at(i))) {
+        ++i;
+    }
+    if (at(i) == u'+' || at(i) == u'-') {
+        ++i;
+    }
+    qsizetype digits = 0;
+    for (; isDigit(at(i)); ++i) {
+        ++digits;
+    }
+    if (at(i) == u'.') {
+        for (++i; isDigit(at(i)); ++i) {
+            ++digits;
+        }
+    }
+    if (digits == 0) {
+        return false;
+    }
+    if (at(i) == u'e' || at(i) == u'E') {
+        ++i;
+        if (at(i) == u'+' || at(i) == u'-') {
+            ++i;
+        }
+        if (!isDigit(at(i))) {
+            return false;
+        }
+        while (isDigit(at(i))) {
+            ++i;
+        }
+    }
+    while (i < n && isBlank(at(i))) {
+        ++i;
+    }
+    return i == n;
 }
 
 std::optional<QString> NumberColumnText(const QString& text) {
@@ -407,7 +447,18 @@ Statement& Statement::Bind(int index, const QString& value) {
     while (end > 0 && value.at(end - 1) == u' ') {
         --end;
     }
-    buffer = QStringView(value).left(end).toUtf8();
+    // Most values are ASCII: copied into the parameter's own buffer, which
+    // keeps its room from one row to the next.
+    const QStringView text = QStringView(value).left(end);
+    buffer.resize(end);
+    char* out = buffer.data();
+    qsizetype i = 0;
+    for (; i < end && text[i].unicode() < 0x80; ++i) {
+        out[i] = static_cast<char>(text[i].unicode());
+    }
+    if (i < end) {
+        buffer = text.toUtf8();
+    }
     const int rc = sqlite3_bind_text(m_stmt, index, buffer.constData(),
                                      static_cast<int>(buffer.size()), SQLITE_STATIC);
     if (rc != SQLITE_OK) {
