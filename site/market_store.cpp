@@ -463,23 +463,28 @@ std::vector<std::int64_t> MarketStore::Numbers(Stmt& stmt) {
     return numbers;
 }
 
-std::optional<MarketStore::PageMark> MarketStore::MarkFor(const MarkKey& key) {
+std::map<MarketStore::MarkKey, MarketStore::PageMark>& MarketStore::Marks() {
     if (m_marksWritten != m_db.TotalChanges()) {
         m_marks.clear();
         m_marksWritten = m_db.TotalChanges();
     }
-    const auto it = m_marks.find(key);
-    return it == m_marks.end() ? std::nullopt : std::optional<PageMark>(it->second);
+    return m_marks;
+}
+
+std::optional<MarketStore::PageMark> MarketStore::MarkFor(const MarkKey& key) {
+    const auto& marks = Marks();
+    const auto it = marks.find(key);
+    return it == marks.end() ? std::nullopt : std::optional<PageMark>(it->second);
 }
 
 void MarketStore::Remember(const MarkKey& key, const PageMark& mark) {
     // A few members paging a few lists at a time: a bound, not a cache policy.
     constexpr size_t kMostMarks = 1024;
-    if (m_marksWritten != m_db.TotalChanges() || m_marks.size() >= kMostMarks) {
-        m_marks.clear();
-        m_marksWritten = m_db.TotalChanges();
+    auto& marks = Marks();
+    if (marks.size() >= kMostMarks) {
+        marks.clear();
     }
-    m_marks[key] = mark;
+    marks[key] = mark;
 }
 
 std::vector<std::int64_t> MarketStore::ItemList(ListKind kind, std::int64_t userId,

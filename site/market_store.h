@@ -198,6 +198,8 @@ private:
     // The list, the member, its bounds in time and the position of the row
     // after the mark.
     using MarkKey = std::tuple<ListKind, std::int64_t, std::int64_t, std::int64_t, std::int64_t>;
+    // The marks, forgotten first when the market was written since they were made.
+    std::map<MarkKey, PageMark>& Marks();
     std::optional<PageMark> MarkFor(const MarkKey& key);
     void Remember(const MarkKey& key, const PageMark& mark);
     // A list of item numbers by the query from a mark or by position, each

@@ -16,10 +16,7 @@
 
 #include <sqlite3.h>
 
-#include <QDate>
 #include <QVariant>
-#include <algorithm>
-#include <iterator>
 
 #include "core/store.h"
 #include "core/text.h"
@@ -507,19 +504,9 @@ namespace {
 // stands, without being read as a date and written again. Anything else
 // (another form, an impossible day) goes through Format.
 QString UsShortDay(const QString& text) {
-    const auto digit = [&text](qsizetype i) {
-        const char16_t c = text.at(i).unicode();
-        return c >= u'0' && c <= u'9' ? c - u'0' : -1;
-    };
-    if (text.size() == 8 && text.at(2) == u'/' && text.at(5) == u'/') {
-        const int parts[] = {digit(0), digit(1), digit(3), digit(4), digit(6), digit(7)};
-        if (std::all_of(std::begin(parts), std::end(parts), [](int d) { return d >= 0; }) &&
-            QDate::isValid(core::ExpandYear(parts[4] * 10 + parts[5]), parts[0] * 10 + parts[1],
-                           parts[2] * 10 + parts[3])) {
-            return text;
-        }
-    }
-    return core::Format(text, QStringLiteral("mm/dd/yy"));
+    return text.size() == 8 && core::LeftDate(text)
+               ? text
+               : core::Format(text, QStringLiteral("mm/dd/yy"));
 }
 
 }  // namespace

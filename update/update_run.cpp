@@ -474,11 +474,6 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     const core::CommitsWithoutFlush sync(m_db);
     // Every way out of the run commits what was written before it.
     core::BatchedCommits commits(m_db, kCommitEvery);
-    struct CommitsEnd {
-        UpdateRun& run;
-        ~CommitsEnd() { run.m_commits = nullptr; }
-    } commitsEnd{*this};
-    m_commits = &commits;
     RecordWriter writer(m_db, CurrentSession().CurrentUser);
 
     ScanHooks ancillaryScan;
@@ -559,7 +554,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                     outcome = PageOutcome::Failed;
                     break;
                 }
-                outcome = RunPage(line, protocol, scanner, writer, scan, firstPage, retried);
+                outcome =
+                    RunPage(line, protocol, scanner, writer, commits, scan, firstPage, retried);
                 firstPage = false;
             }
             // The protocol's pages are in the file before the next protocol
@@ -598,7 +594,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
 
 UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRecord& protocol,
                                           PageScanner& scanner, RecordWriter& writer,
-                                          const ScanHooks& scan, bool firstPage, bool& retried) {
+                                          core::BatchedCommits& commits, const ScanHooks& scan,
+                                          bool firstPage, bool& retried) {
     QString address;
     try {
         address = m_hooks.buildUrl ? m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {},
@@ -692,7 +689,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
     int storeCode = 0;  // the database could not be written
     QString queryError;
     {
-        m_commits->Begin();
+        commits.Begin();
         try {
             while (scanner.ScanRecord(m_state, m_lists, scan) == PageScanner::RecordEnd::Complete) {
                 RecordWriter::Outcome written = RecordWriter::Outcome::Written;
@@ -726,7 +723,7 @@ UpdateRun::PageOutcome UpdateRun::RunPage(const QString& line, const ProtocolRec
         // protocol ends, they are committed now.
         const bool pagingOn =
             storeCode == 0 && !failed && !cancelled && protocol.Iterates() && recordCount > 0;
-        const int committed = pagingOn ? m_commits->CommitIfDue() : m_commits->Commit();
+        const int committed = pagingOn ? commits.CommitIfDue() : commits.Commit();
         if (committed != 0 && storeCode == 0) {
             storeCode = committed;
         }

@@ -126,7 +126,8 @@ private:
     Result Activate(const std::optional<QStringList>& given);
     Result RunProtocols(const QStringList& runList);
     PageOutcome RunPage(const QString& line, const ProtocolRecord& protocol, PageScanner& scanner,
-                        RecordWriter& writer, const ScanHooks& scan, bool firstPage, bool& retried);
+                        RecordWriter& writer, core::BatchedCommits& commits, const ScanHooks& scan,
+                        bool firstPage, bool& retried);
     // A page: over the run's connections when it has them, else through the
     // fetch hook.
     FetchResult Fetch(const QString& url, QByteArray& page);
@@ -191,8 +192,6 @@ private:
     // What a connection read from the page the last fetch gave, and its address.
     std::shared_ptr<const PreparedPage> m_prepared;
     QString m_preparedUrl;
-    // The commits of the run's pages, during a run.
-    core::BatchedCommits* m_commits = nullptr;
 };
 
 }  // namespace lw::update
