@@ -196,21 +196,24 @@ TEST(PagePrefetcher, OverTwoConnectionsAPageThatComesLateIsStillTakenInItsPlace)
     EXPECT_EQ(asked, expected);
 }
 
-TEST(PagePrefetcher, DroppingStopsTheTransfersOfEveryConnection) {
+TEST(PagePrefetcher, DroppingLetsTheTransfersUnderWayEndAndKeepsNoneOfTheirPages) {
     FakeSite site;
     site.Hold();
     PagePrefetcher ahead(site.Fetch(), 4, 2);
     ahead.Ask(Addresses(4));
     ASSERT_TRUE(site.WaitForAsked(2));
     ahead.Drop();
-    EXPECT_TRUE(site.WaitForStopped(2));
-    EXPECT_EQ(site.Stopped(), 2);
-    // Nothing dropped is fetched afterwards; a new address still is.
+    EXPECT_EQ(ahead.Waiting(), 0);
+    // The two under way end over their own connections; nothing dropped is
+    // fetched afterwards, and a new address is.
     site.Release();
     ahead.Ask({QStringLiteral("after")});
     QByteArray page;
     EXPECT_EQ(ahead.Take(QStringLiteral("after"), page), FetchResult::Ok);
+    EXPECT_EQ(page, QByteArray("page of after"));
+    EXPECT_EQ(site.Stopped(), 0);
     EXPECT_EQ(site.Asked().size(), 3);
+    EXPECT_EQ(ahead.Waiting(), 0);
 }
 
 TEST(PagePrefetcher, PagesHeldAheadStayWithinTheirBytes) {

@@ -698,7 +698,9 @@ TEST_F(UpdateE2e, PagingStopsAfterTheLastPage) {
     EXPECT_EQ(Count(QStringLiteral("Auctions")), selling.size());
 
     // The pages asked for: each offset once, up to the first one past the
-    // records, which is the empty page that ends the paging.
+    // records, which is the empty page that ends the paging; the list is
+    // read a page ahead, so the page after that one may have been asked for
+    // too, and no other.
     std::vector<int> skips;
     static const QRegularExpression kSkip(QStringLiteral("MyEbaySelling.*&skip=(\\d+) "));
     for (const QString& line : log) {
@@ -717,6 +719,9 @@ TEST_F(UpdateE2e, PagingStopsAfterTheLastPage) {
     // The site logs each answer once it is sent, and two list pages may be
     // on their way over two connections: the log's order is not the asking's.
     std::sort(skips.begin(), skips.end());
+    if (skips.size() == expected.size() + 1) {
+        expected.push_back(expected.back() + kPage);
+    }
     EXPECT_EQ(skips, expected) << log.join(u'\n').toStdString();
 }
 

@@ -640,8 +640,9 @@ TEST_F(RunTest, OverTheRunsConnectionsEveryPageIsFetchedOnceAndTheRowsAreTheSame
                   QStringLiteral("Current Time eBay")});
     EXPECT_EQ(result, UpdateRun::Result::Complete);
     // Every page came over the connections, each once (over two, in either
-    // order); the empty page asked for no page after it, and the site time
-    // shares its address with the page before it.
+    // order); a list with no pages of its own is asked for a page further
+    // than the one read, so the page after the empty one came and was
+    // dropped; the site time shares its address with the page before it.
     EXPECT_TRUE(m_fetched.isEmpty()) << m_fetched.join(u' ').toStdString();
     QStringList ahead = FetchedAhead();
     ahead.sort();
@@ -651,6 +652,7 @@ TEST_F(RunTest, OverTheRunsConnectionsEveryPageIsFetchedOnceAndTheRowsAreTheSame
                                   QStringLiteral("http://site/selling?pass=good&skip=0"),
                                   QStringLiteral("http://site/selling?pass=good&skip=2"),
                                   QStringLiteral("http://site/selling?pass=good&skip=4"),
+                                  QStringLiteral("http://site/selling?pass=good&skip=6"),
                                   QStringLiteral("http://site/time")}));
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
     EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='101'")),
@@ -689,14 +691,16 @@ TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
     const QString list = QStringLiteral("http://site/selling?pass=good&skip=");
     const QString item = QStringLiteral("http://site/item?no=");
     const QStringList ahead = FetchedAhead();
-    ASSERT_EQ(ahead.size(), 9) << ahead.join(u' ').toStdString();
-    // The list pages alone: each as soon as the one before it was read.
-    EXPECT_EQ(ahead.mid(0, 3), (QStringList{list + u'0', list + u'2', list + u'4'}));
-    // The page after the first list page goes before that page's second item
-    // page; the item page on it, and the page after it, follow.
-    EXPECT_EQ(ahead.mid(3, 4), (QStringList{list + u'0', item + QStringLiteral("101"), list + u'2',
+    ASSERT_EQ(ahead.size(), 10) << ahead.join(u' ').toStdString();
+    // The list pages alone, two ahead of the one read: the page after the
+    // empty one is asked for as well.
+    EXPECT_EQ(ahead.mid(0, 4), (QStringList{list + u'0', list + u'2', list + u'4', list + u'6'}));
+    // With item pages, one ahead: the page after the first list page goes
+    // before that page's second item page; the item page on it, and the page
+    // after it, follow.
+    EXPECT_EQ(ahead.mid(4, 4), (QStringList{list + u'0', item + QStringLiteral("101"), list + u'2',
                                             item + QStringLiteral("102")}));
-    QStringList last = ahead.mid(7);
+    QStringList last = ahead.mid(8);
     last.sort();
     EXPECT_EQ(last, (QStringList{item + QStringLiteral("103"), list + u'4'}));
     EXPECT_TRUE(m_fetched.isEmpty());

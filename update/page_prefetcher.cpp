@@ -98,13 +98,13 @@ void PagePrefetcher::AskFirst(const QString& url) {
 
 void PagePrefetcher::Drop() {
     const std::lock_guard lock(m_mutex);
-    DropLocked(m_entries.size());
+    DropLocked(m_entries.size(), false);
 }
 
-void PagePrefetcher::DropLocked(size_t end) {
+void PagePrefetcher::DropLocked(size_t end, bool stopTransfers) {
     for (size_t i = 0; i < end; ++i) {
         const Entry& entry = m_entries[i];
-        if (entry.started && !entry.done) {
+        if (stopTransfers && entry.started && !entry.done) {
             entry.fetcher->stop = true;
         }
         m_heldBytes -= entry.page.size();

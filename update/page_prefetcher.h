@@ -81,7 +81,9 @@ public:
     void AskEarly(const QString& url);
     // Puts an address before everything asked: the taker needs it now.
     void AskFirst(const QString& url);
-    // Drops every address asked for and not yet taken.
+    // Drops every address asked for and not yet taken. A transfer under way
+    // runs to its end and its page is thrown away: stopping it would cost
+    // its connection, and a new one costs more than the rest of a page.
     void Drop();
 
     // The page of url when it was asked for: the first such address still
@@ -137,8 +139,9 @@ private:
     // Whether the pages that came are enough to wake the taker for.
     bool TakerHasEnoughLocked() const;
     Entry* Find(quint64 id);
-    // Drops entries [0, end) of the queue, stopping the transfers under way.
-    void DropLocked(size_t end);
+    // Drops entries [0, end) of the queue, and stops their transfers under
+    // way when told to.
+    void DropLocked(size_t end, bool stopTransfers = true);
     // Tells the pages asked for early that have come; the lock is let go
     // while each is told.
     void TellArrivals(std::unique_lock<std::mutex>& lock);

@@ -109,6 +109,10 @@ int RuleCount(const QString& value, int most) {
     return number > most ? most : static_cast<int>(number);
 }
 
+bool ItemRule::MayRunAncillary() const {
+    return ancillaryIf != RuleError();
+}
+
 bool ProtocolRecord::Iterates() const {
     return iterate == kTrue;
 }

@@ -36,6 +36,10 @@ struct ItemRule {
     QString skip2;  // a run protocol's only; "ERROR" in an ancillary record
     QString skipRecord;
     QString skipJump;
+
+    // Whether a record's scan may run an ancillary protocol at this item: its
+    // AncillaryIf is set.
+    bool MayRunAncillary() const;
 };
 
 // One extra write: the field, and the source ("3": item 3 of the main record,

@@ -54,6 +54,10 @@ constexpr int kPagesAhead = 32;
 // List pages asked for ahead of the one the run is on, at most. Each brings
 // its item pages; two keep the connections busy at every page boundary.
 constexpr int kListsAhead = 2;
+// List pages of a plain list (one whose records bring no pages of their own)
+// asked for before the last one scanned has been read: the site always has
+// the next one in hand, at the price of one page asked for past the end.
+constexpr size_t kPlainListLead = 2;
 // Bytes of pages fetched and not yet taken, at most, whatever size a site's
 // pages have.
 constexpr qint64 kBytesAhead = qint64{64} * 1024 * 1024;
@@ -213,9 +217,8 @@ void UpdateRun::AskAhead(const ProtocolRecord& protocol, const PageScanner& scan
 void UpdateRun::ScanAhead(const ProtocolRecord& protocol, PageScanner scanner,
                           const QString& address, qint64 offset) {
     const std::vector<ItemRule>& items = protocol.items;
-    const bool ancillaryPages = std::any_of(items.begin(), items.end(), [](const ItemRule& item) {
-        return !item.ancillaryProtocol.isEmpty();
-    });
+    const bool ancillaryPages = std::any_of(
+        items.begin(), items.end(), [](const ItemRule& item) { return item.MayRunAncillary(); });
     if (!ancillaryPages && !protocol.Iterates()) {
         return;
     }
@@ -236,61 +239,99 @@ void UpdateRun::ScanAhead(const ProtocolRecord& protocol, PageScanner scanner,
             preparers.push_back(*preparer);
         };
         // The same records, fields and values as the run's own scan, so the
-        // same addresses in the same order.
-        while (scanner.ScanRecord(m_chain.state, m_chain.lists, collect) ==
-               PageScanner::RecordEnd::Complete) {
+        // same addresses in the same order. A list without pages of its own
+        // needs one record to say that the next page is worth asking for; the
+        // run reads the rest itself.
+        while ((ancillaryPages || records == 0) &&
+               scanner.ScanRecord(m_chain.state, m_chain.lists, collect) ==
+                   PageScanner::RecordEnd::Complete) {
             m_chain.lists.ClearRecord();
             ++records;
         }
     } catch (const std::exception&) {
+        EndChain();
         return;  // each page is fetched when it is needed
     }
     m_ahead->Ask(urls, preparers);
-    m_chain.lastUrl = address;
-    m_chain.lastOffset = offset;
-    m_chain.nextDue = protocol.Iterates() && records > 0 && m_hooks.buildUrl;
+    if (!protocol.Iterates() || records == 0 || !m_hooks.buildUrl) {
+        EndChain();
+        return;
+    }
+    m_chain.plainList = !ancillaryPages;
+    if (!m_chain.nextDue) {
+        // The first page scanned ahead: the chain starts after it.
+        m_chain.nextDue = true;
+        m_chain.lastUrl = address;
+        m_chain.nextOffset = offset + protocol.IterateSkipValue();
+    }
     AskNextList();
 }
 
-void UpdateRun::AskNextList() {
-    const int ahead =
-        static_cast<int>(m_chain.scanned.size()) + (m_chain.awaited.isEmpty() ? 0 : 1);
-    if (!m_chain.nextDue || ahead >= kListsAhead || m_chain.pages >= kMostPages) {
-        return;
-    }
+void UpdateRun::EndChain() {
     m_chain.nextDue = false;
-    const ProtocolRecord& protocol = *m_chain.protocol;
-    const qint64 offset = m_chain.lastOffset + protocol.IterateSkipValue();
-    QString next;
-    try {
-        next = m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {}, {}, offset);
-    } catch (const std::exception&) {
-        return;
+    m_chain.asked.clear();
+    m_chain.cameEarly.clear();
+}
+
+void UpdateRun::AskNextList() {
+    const size_t lead = m_chain.plainList ? kPlainListLead : 1;
+    while (m_chain.nextDue && m_chain.asked.size() < lead &&
+           m_chain.scanned.size() + m_chain.asked.size() < kListsAhead + lead - 1 &&
+           m_chain.pages < kMostPages) {
+        const ProtocolRecord& protocol = *m_chain.protocol;
+        const qint64 offset = m_chain.nextOffset;
+        QString next;
+        try {
+            next = m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {}, {}, offset);
+        } catch (const std::exception&) {
+            m_chain.nextDue = false;
+            return;
+        }
+        if (next == m_chain.lastUrl) {
+            m_chain.nextDue = false;
+            return;  // the run ends its paging here
+        }
+        m_chain.asked.emplace_back(next, offset);
+        m_chain.lastUrl = next;
+        m_chain.nextOffset = offset + protocol.IterateSkipValue();
+        ++m_chain.pages;
+        m_ahead->AskEarly(next);
     }
-    if (next == m_chain.lastUrl) {
-        return;  // the run ends its paging here
-    }
-    m_chain.awaited = next;
-    m_chain.awaitedOffset = offset;
-    ++m_chain.pages;
-    m_ahead->AskEarly(next);
 }
 
 void UpdateRun::AheadArrived(const QString& url, const QByteArray& bytes, FetchResult result) {
-    if (m_chain.protocol == nullptr || url != m_chain.awaited) {
+    auto& asked = m_chain.asked;
+    if (m_chain.protocol == nullptr ||
+        std::none_of(asked.begin(), asked.end(),
+                     [&](const auto& page) { return page.first == url; })) {
         return;
     }
-    m_chain.awaited.clear();
-    if (result != FetchResult::Ok) {
-        return;  // the run tells the failure when it takes the page
+    m_chain.cameEarly.insert(url, {bytes, result});
+    // The pages are scanned in the order of the list, each as soon as those
+    // before it have been.
+    while (!asked.empty()) {
+        const auto came = m_chain.cameEarly.constFind(asked.front().first);
+        if (came == m_chain.cameEarly.constEnd()) {
+            return;
+        }
+        const QString front = asked.front().first;
+        const qint64 offset = asked.front().second;
+        const PageText page(came->first);
+        const FetchResult frontResult = came->second;
+        m_chain.cameEarly.erase(came);
+        asked.pop_front();
+        if (frontResult != FetchResult::Ok) {
+            EndChain();
+            return;  // the run tells the failure when it takes the page
+        }
+        PageScanner scanner(*m_chain.protocol);
+        if (!scanner.SetUp(page)) {
+            EndChain();
+            return;  // the run refreshes the password or passes the protocol over
+        }
+        m_chain.scanned.insert(front, page);
+        ScanAhead(*m_chain.protocol, scanner, front, offset);
     }
-    const PageText page(bytes);
-    PageScanner scanner(*m_chain.protocol);
-    if (!scanner.SetUp(page)) {
-        return;  // the run refreshes the password or passes the protocol over
-    }
-    m_chain.scanned.insert(url, page);
-    ScanAhead(*m_chain.protocol, scanner, url, m_chain.awaitedOffset);
 }
 
 void UpdateRun::Pump() {

@@ -14,10 +14,12 @@
 #include <QString>
 #include <QStringList>
 #include <array>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <set>
+#include <utility>
 
 #include "core/store.h"
 #include "update/page_prefetcher.h"
@@ -115,12 +117,16 @@ private:
         ScanLists lists;
         // Scanned ahead, with their text; their set-up by the run is to come.
         QHash<QString, PageText> scanned;
-        QString awaited;  // asked for early, not yet come
-        qint64 awaitedOffset = 0;
-        QString lastUrl;  // the last page scanned ahead
-        qint64 lastOffset = 0;
-        bool nextDue = false;  // the page after it is to be asked for once there is room
-        int pages = 0;         // asked for ahead in this protocol
+        // Asked for early and not yet scanned, in the order of the list, with
+        // their offsets; those that came before the page ahead of them wait in
+        // cameEarly.
+        std::deque<std::pair<QString, qint64>> asked;
+        QHash<QString, std::pair<QByteArray, FetchResult>> cameEarly;
+        QString lastUrl;  // the last page asked for or scanned ahead
+        qint64 nextOffset = 0;
+        bool plainList = false;  // its records bring no pages of their own
+        bool nextDue = false;    // the list goes on: pages after it are to be asked for
+        int pages = 0;           // asked for ahead in this protocol
     };
 
     Result Activate(const std::optional<QStringList>& given);
@@ -143,6 +149,8 @@ private:
     void ScanAhead(const ProtocolRecord& protocol, PageScanner scanner, const QString& address,
                    qint64 offset);
     void AskNextList();
+    // The list ends, or cannot be read ahead: nothing more is asked for.
+    void EndChain();
     void AheadArrived(const QString& url, const QByteArray& bytes, FetchResult result);
     const ProtocolRecord& AncillaryProtocol(const QString& section);
     QString AncillaryAddress(const ProtocolRecord& protocol, const ScanLists& lists,
