@@ -157,11 +157,14 @@ PageScanner::Marker PageScanner::MakeMarker(const QString& marker, bool expandHr
     return made;
 }
 
-PageScanner::PageScanner(ProtocolRecord protocol) : m_protocol(std::move(protocol)) {
-    m_gStart = MakeMarker(m_protocol.gStart, false);
-    m_gEnd = MakeMarker(m_protocol.gEnd, false);
-    m_items.reserve(m_protocol.items.size());
-    for (const ItemRule& rule : m_protocol.items) {
+PageScanner::PageScanner(ProtocolRecord protocol) {
+    auto compiled = std::make_shared<Compiled>();
+    compiled->protocol = std::move(protocol);
+    const ProtocolRecord& rules = compiled->protocol;
+    compiled->gStart = MakeMarker(rules.gStart, false);
+    compiled->gEnd = MakeMarker(rules.gEnd, false);
+    compiled->items.reserve(rules.items.size());
+    for (const ItemRule& rule : rules.items) {
         CompiledItem item;
         item.start = MakeMarker(rule.start, true);
         item.aStart = MakeMarker(rule.aStart, true);
@@ -183,8 +186,9 @@ PageScanner::PageScanner(ProtocolRecord protocol) : m_protocol(std::move(protoco
         if (!IsAscii(rule.includeTag)) {
             item.includeTagLatin1 = core::ToWindows1252(rule.includeTag).value_or(QByteArray());
         }
-        m_items.push_back(std::move(item));
+        compiled->items.push_back(std::move(item));
     }
+    m_compiled = std::move(compiled);
 }
 
 const QByteArray& PageScanner::Needle(const Marker& marker) const {
@@ -264,8 +268,8 @@ bool PageScanner::SetUp(const PageText& page) {
     m_end = page.Size();
     m_seenAt = -1;
     m_seen.clear();
-    const qsizetype start = FindFrom(Needle(m_gStart), 0);
-    const qsizetype stop = start < 0 ? -1 : FindFrom(Needle(m_gEnd), start);
+    const qsizetype start = FindFrom(Needle(m_compiled->gStart), 0);
+    const qsizetype stop = start < 0 ? -1 : FindFrom(Needle(m_compiled->gEnd), start);
     if (start < 0 || stop < 0) {
         m_end = 0;
         Select(0, 0);
@@ -283,8 +287,8 @@ void PageScanner::SetUpAncillary(const PageText& page) {
     m_end = page.Size();
     m_seenAt = -1;
     m_seen.clear();
-    const qsizetype start = std::max(FindFrom(Needle(m_gStart), 0), qsizetype(0));
-    const qsizetype stop = FindFrom(Needle(m_gEnd), start);
+    const qsizetype start = std::max(FindFrom(Needle(m_compiled->gStart), 0), qsizetype(0));
+    const qsizetype stop = FindFrom(Needle(m_compiled->gEnd), start);
     m_begin = start;
     m_end = stop < start ? start : stop;
     Select(m_begin, 0);
@@ -338,10 +342,10 @@ PageScanner::RecordEnd PageScanner::ScanRecord(ScanState& state, ScanLists& list
     const char* data = m_page->Bytes().constData();
     const bool details = hooks.view != nullptr && hooks.view->DetailsShown();
 
-    for (size_t i = 0; i < m_items.size(); ++i) {
+    for (size_t i = 0; i < m_compiled->items.size(); ++i) {
         Pump(hooks);
-        const ItemRule& rule = m_protocol.items[i];
-        const CompiledItem& item = m_items[i];
+        const ItemRule& rule = m_compiled->protocol.items[i];
+        const CompiledItem& item = m_compiled->items[i];
 
         // 1. The start marker.
         const Marker* marker = &item.start;
@@ -453,10 +457,10 @@ bool PageScanner::ScanAncillaryRecord(ScanLists& lists, const ScanHooks& hooks) 
     bool fallbackActive = false;
     const char* data = m_page->Bytes().constData();
 
-    for (size_t i = 0; i < m_items.size(); ++i) {
+    for (size_t i = 0; i < m_compiled->items.size(); ++i) {
         Pump(hooks);
-        const ItemRule& rule = m_protocol.items[i];
-        const CompiledItem& item = m_items[i];
+        const ItemRule& rule = m_compiled->protocol.items[i];
+        const CompiledItem& item = m_compiled->items[i];
 
         const Marker* marker = &item.start;
         if (prevValue == rule.alternateIf) {

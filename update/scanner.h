@@ -118,7 +118,7 @@ class PageScanner {
 public:
     explicit PageScanner(ProtocolRecord protocol);
 
-    const ProtocolRecord& Protocol() const { return m_protocol; }
+    const ProtocolRecord& Protocol() const { return m_compiled->protocol; }
 
     // The page set-up of a run protocol: the record part runs from GStart
     // (included) to Gend (excluded), and the cursor goes to its top. False
@@ -187,10 +187,15 @@ private:
     QString SelectedValue() const;
     void Pump(const ScanHooks& hooks) const;
 
-    ProtocolRecord m_protocol;
-    std::vector<CompiledItem> m_items;
-    Marker m_gStart;
-    Marker m_gEnd;
+    // The protocol and its markers, made once and shared by every copy of
+    // the scanner: a copy for each page costs no more than a pointer.
+    struct Compiled {
+        ProtocolRecord protocol;
+        std::vector<CompiledItem> items;
+        Marker gStart;
+        Marker gEnd;
+    };
+    std::shared_ptr<const Compiled> m_compiled;
 
     const PageText* m_page = nullptr;
     qsizetype m_begin = 0;  // the record part of the page: [m_begin, m_end)
