@@ -209,6 +209,7 @@ void UpdateRun::AskAhead(const ProtocolRecord& protocol, const PageScanner& scan
     // A page not scanned ahead (the first of the protocol, or the run went
     // another way): what was asked for after it is of no use.
     ResetAhead(&protocol);
+    m_chain.scanner = scanner;
     m_chain.state = m_state;
     m_chain.lists = m_lists;
     ScanAhead(protocol, scanner, address, m_pageOffset);
@@ -301,7 +302,7 @@ void UpdateRun::AskNextList() {
 
 void UpdateRun::AheadArrived(const QString& url, const QByteArray& bytes, FetchResult result) {
     auto& asked = m_chain.asked;
-    if (m_chain.protocol == nullptr ||
+    if (m_chain.protocol == nullptr || !m_chain.scanner ||
         std::none_of(asked.begin(), asked.end(),
                      [&](const auto& page) { return page.first == url; })) {
         return;
@@ -324,7 +325,7 @@ void UpdateRun::AheadArrived(const QString& url, const QByteArray& bytes, FetchR
             EndChain();
             return;  // the run tells the failure when it takes the page
         }
-        PageScanner scanner(*m_chain.protocol);
+        PageScanner scanner = *m_chain.scanner;
         if (!scanner.SetUp(page)) {
             EndChain();
             return;  // the run refreshes the password or passes the protocol over

@@ -115,6 +115,8 @@ private:
         // The scan as it will stand after the last page scanned ahead.
         ScanState state;
         ScanLists lists;
+        // The run's scanner of the protocol, copied for each page that comes.
+        std::optional<PageScanner> scanner;
         // Scanned ahead, with their text; their set-up by the run is to come.
         QHash<QString, PageText> scanned;
         // Asked for early and not yet scanned, in the order of the list, with
