@@ -6,7 +6,7 @@
 // for first goes before everything; the lane's transfers run on a fetching
 // thread before any page, with their news told on the caller's thread; a
 // taker that gives up gets Cancelled and the transfer under way is told to
-// stop.
+// stop; pages asked for later are kept apart until promoted.
 #include <gtest/gtest.h>
 
 #include <QByteArray>
@@ -214,6 +214,39 @@ TEST(PagePrefetcher, DroppingLetsTheTransfersUnderWayEndAndKeepsNoneOfTheirPages
     EXPECT_EQ(site.Stopped(), 0);
     EXPECT_EQ(site.Asked().size(), 3);
     EXPECT_EQ(ahead.Waiting(), 0);
+}
+
+// Pages of what comes after the present part: fetched in their turn, kept
+// when the present part's pages are taken past them or dropped, and taken
+// only once promoted.
+TEST(PagePrefetcher, PagesAskedForLaterOutliveThePresentPartAndAreTakenOncePromoted) {
+    FakeSite site;
+    PagePrefetcher ahead(site.Fetch(), 16, 2);
+    ahead.Ask({QStringLiteral("now1"), QStringLiteral("now2")});
+    ahead.Ask({QStringLiteral("next1"), QStringLiteral("next2")}, {}, true);
+    ahead.AskEarly(QStringLiteral("next-list"), true);
+    ahead.Ask({QStringLiteral("now3"), QStringLiteral("now4")});
+    QByteArray page;
+    // Not yet the run's to take.
+    EXPECT_FALSE(ahead.Take(QStringLiteral("next1"), page).has_value());
+    // now1 and now2 are passed over and dropped; the later pages stay.
+    EXPECT_EQ(ahead.Take(QStringLiteral("now3"), page), FetchResult::Ok);
+    EXPECT_EQ(ahead.Waiting(), 4);
+    ahead.DropPresent();
+    EXPECT_EQ(ahead.Waiting(), 3);
+    EXPECT_FALSE(ahead.Take(QStringLiteral("now4"), page).has_value());
+    ahead.Promote();
+    for (const char* url : {"next1", "next2", "next-list"}) {
+        EXPECT_EQ(ahead.Take(QLatin1String(url), page), FetchResult::Ok) << url;
+        EXPECT_EQ(page, "page of " + QByteArray(url));
+    }
+    EXPECT_EQ(ahead.Waiting(), 0);
+    // Each later page was fetched once, although the present part was taken
+    // past them and dropped around them.
+    QStringList asked = site.Asked();
+    for (const char* url : {"next1", "next2", "next-list"}) {
+        EXPECT_EQ(asked.count(QLatin1String(url)), 1) << url;
+    }
 }
 
 TEST(PagePrefetcher, PagesHeldAheadStayWithinTheirBytes) {

@@ -760,9 +760,9 @@ TEST_F(UpdateE2e, ACancelKeepsEveryRecordWrittenBeforeIt) {
     EXPECT_NE(LastUpdate(), "null");
 }
 
-// Ctrl-C is sent once the run asks for its first item page; the sales list
-// before it is whole, and with 1,500 item pages to go the run is far from
-// its end.
+// Ctrl-C is sent once the run says it starts the sale details (their pages
+// are fetched ahead while the sales list is written); the sales list before
+// them is whole, and with 1,500 item pages to go the run is far from its end.
 TEST_F(UpdateE2e, CtrlCOnTheCommandLineCancelsAtTheNextRecord) {
     StartSite(Seed(6) << QStringLiteral("--sales") << QStringLiteral("1500"));
     QProcess process;
@@ -772,8 +772,7 @@ TEST_F(UpdateE2e, CtrlCOnTheCommandLineCancelsAtTheNextRecord) {
     process.closeWriteChannel();
     ASSERT_TRUE(process.waitForStarted());
     QByteArray err;
-    while (process.state() == QProcess::Running &&
-           !m_site->LogLines().join(u'\n').contains(QLatin1String("ViewItem"))) {
+    while (process.state() == QProcess::Running && !err.contains("Fetching Sale Details")) {
         process.waitForReadyRead(10);
         err += process.readAllStandardError();
     }

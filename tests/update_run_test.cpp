@@ -226,7 +226,13 @@ protected:
                     if (url == m_holdAhead) {
                         m_holding = true;
                     }
-                    while (url == m_holdAhead && !m_holdReleased && !stop) {
+                    if (url == m_releaseOnFetch) {
+                        m_holdReleased = true;
+                    }
+                    // Held for ten seconds at most: a run that never lets go
+                    // fails its test instead of hanging it.
+                    for (int i = 0; i < 10000 && url == m_holdAhead && !m_holdReleased && !stop;
+                         ++i) {
                         std::this_thread::sleep_for(std::chrono::milliseconds(1));
                     }
                     if (stop) {
@@ -303,6 +309,7 @@ protected:
     QString m_holdAhead;
     std::atomic<bool> m_holdReleased{false};
     std::atomic<bool> m_holding{false};  // the held page is under way
+    QString m_releaseOnFetch;            // the held page is let go when this one starts
     int m_connections = 2;
     std::mutex m_aheadMutex;
     QStringList m_fetchedAhead;
@@ -685,9 +692,10 @@ TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
     // run has asked for everything it knows by then.
     m_holdAhead = QStringLiteral("http://site/item?no=101");
     m_view.releaseOn = QStringLiteral("Fetching Item Page");
-    const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Paged Details eBay")});
-    EXPECT_EQ(result, UpdateRun::Result::Complete);
+    // One protocol per run: the protocol after the one under way is read
+    // ahead as well, which would mix the two lists of the same addresses.
+    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Complete);
+    EXPECT_EQ(Activate({QStringLiteral("Paged Details eBay")}), UpdateRun::Result::Complete);
     const QString list = QStringLiteral("http://site/selling?pass=good&skip=");
     const QString item = QStringLiteral("http://site/item?no=");
     const QStringList ahead = FetchedAhead();
@@ -711,6 +719,33 @@ TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 }
 
+// While a list is written, the connections already fetch the next
+// protocol's pages: here the last page of My Sales is held until an item
+// page that only the next protocol asks for is on its way.
+TEST_F(RunTest, TheNextProtocolsPagesAreFetchedWhileTheOneBeforeIsWritten) {
+    m_fetchAhead = true;
+    for (const char* number : {"102", "103"}) {
+        m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
+            QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
+    }
+    m_holdAhead = QStringLiteral("http://site/selling?pass=good&skip=4");
+    m_releaseOnFetch = QStringLiteral("http://site/item?no=101");
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Paged Details eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Complete);
+    EXPECT_TRUE(m_holdReleased) << FetchedAhead().join(u' ').toStdString();
+    const QStringList ahead = FetchedAhead();
+    const qsizetype firstItem = ahead.indexOf(m_releaseOnFetch);
+    EXPECT_GE(firstItem, 0);
+    EXPECT_EQ(ahead.count(m_releaseOnFetch), 1);
+    EXPECT_TRUE(m_fetched.isEmpty());
+    // Written in the order of the protocols all the same.
+    EXPECT_EQ(Text(QStringLiteral("SELECT group_concat(ItemNumber || '=' || ItemCategory, ' ') "
+                                  "FROM (SELECT * FROM Auctions ORDER BY rowid)")),
+              QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+}
+
 // The run's own guards, with every page over the connections: the one
 // password refresh starts the protocol afresh with the new address, a site
 // that answers every offset alike fails the protocol, and paging whose
@@ -719,9 +754,19 @@ TEST_F(RunTest, TheRunsGuardsHoldOverTheRunsConnections) {
     m_fetchAhead = true;
     m_password = QStringLiteral("stale");
     m_pages[QStringLiteral("http://site/selling?pass=stale&skip=0")] = "<html>Sign in</html>";
-    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Complete);
+    for (const char* number : {"102", "103"}) {
+        m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
+            QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
+    }
+    // The protocol after the first is read ahead with the stale password
+    // too; after the refresh both go with the new one.
+    EXPECT_EQ(
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Paged Details eBay")}),
+        UpdateRun::Result::Complete);
     EXPECT_EQ(m_refreshes, 1);
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
+    EXPECT_EQ(Text(QStringLiteral("SELECT group_concat(ItemNumber || '=' || ItemCategory, ' ') "
+                                  "FROM (SELECT * FROM Auctions ORDER BY rowid)")),
+              QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 
     m_db->Exec(QStringLiteral("DELETE FROM Auctions"));

@@ -481,9 +481,11 @@ private Q_SLOTS:
             return true;
         };
         QString error;
+        // The silent page is asked for once the sales are written: while the
+        // site time, the protocol before it, is read.
         QVERIFY(update::WriteRunList(
-            {QStringLiteral("Current Auctions eBay"), QStringLiteral("Silent Sales eBay"),
-             QStringLiteral("Current Time eBay")},
+            {QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay"),
+             QStringLiteral("Silent Sales eBay")},
             &error));
         const auto result = ui::ShowUpdateWindow(*m_db, nullptr, std::move(hooks), &m_rules);
         const bool answered = m_site->NeverAnswered();

@@ -57,7 +57,8 @@ void PagePrefetcher::SetArrival(Arrival arrival) {
     m_arrival = std::move(arrival);
 }
 
-void PagePrefetcher::Ask(const QStringList& urls, const std::vector<PagePreparer>& prepare) {
+void PagePrefetcher::Ask(const QStringList& urls, const std::vector<PagePreparer>& prepare,
+                         bool later) {
     if (urls.isEmpty()) {
         return;
     }
@@ -67,6 +68,7 @@ void PagePrefetcher::Ask(const QStringList& urls, const std::vector<PagePreparer
             Entry& entry = m_entries.emplace_back();
             entry.id = ++m_nextId;
             entry.url = urls.at(i);
+            entry.later = later;
             if (static_cast<size_t>(i) < prepare.size()) {
                 entry.prepare = prepare[static_cast<size_t>(i)];
             }
@@ -75,13 +77,14 @@ void PagePrefetcher::Ask(const QStringList& urls, const std::vector<PagePreparer
     m_work.notify_all();
 }
 
-void PagePrefetcher::AskEarly(const QString& url) {
+void PagePrefetcher::AskEarly(const QString& url, bool later) {
     {
         const std::lock_guard lock(m_mutex);
         Entry& entry = m_entries.emplace_back();
         entry.id = ++m_nextId;
         entry.url = url;
         entry.early = true;
+        entry.later = later;
     }
     m_work.notify_one();
 }
@@ -101,15 +104,30 @@ void PagePrefetcher::Drop() {
     DropLocked(m_entries.size(), false);
 }
 
-void PagePrefetcher::DropLocked(size_t end, bool stopTransfers) {
-    for (size_t i = 0; i < end; ++i) {
-        const Entry& entry = m_entries[i];
-        if (stopTransfers && entry.started && !entry.done) {
-            entry.fetcher->stop = true;
-        }
-        m_heldBytes -= entry.page.size();
+void PagePrefetcher::DropPresent() {
+    const std::lock_guard lock(m_mutex);
+    DropLocked(m_entries.size(), false, true);
+}
+
+void PagePrefetcher::Promote() {
+    const std::lock_guard lock(m_mutex);
+    for (Entry& entry : m_entries) {
+        entry.later = false;
     }
-    m_entries.erase(m_entries.begin(), m_entries.begin() + static_cast<std::ptrdiff_t>(end));
+}
+
+void PagePrefetcher::DropLocked(size_t end, bool stopTransfers, bool presentOnly) {
+    const auto first = m_entries.begin();
+    const auto last = first + static_cast<std::ptrdiff_t>(end);
+    const auto kept = std::stable_partition(
+        first, last, [&](const Entry& entry) { return presentOnly && entry.later; });
+    for (auto it = kept; it != last; ++it) {
+        if (stopTransfers && it->started && !it->done) {
+            it->fetcher->stop = true;
+        }
+        m_heldBytes -= it->page.size();
+    }
+    m_entries.erase(kept, last);
 }
 
 int PagePrefetcher::Waiting() const {
@@ -277,15 +295,17 @@ void PagePrefetcher::TellArrivals(std::unique_lock<std::mutex>& lock) {
 std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& page,
                                                 std::shared_ptr<const PreparedPage>* prepared) {
     std::unique_lock lock(m_mutex);
-    const auto found = std::find_if(m_entries.begin(), m_entries.end(),
-                                    [&url](const Entry& entry) { return entry.url == url; });
+    const auto found = std::find_if(m_entries.begin(), m_entries.end(), [&url](const Entry& entry) {
+        return !entry.later && entry.url == url;
+    });
     if (found == m_entries.end()) {
         return std::nullopt;
     }
     const quint64 id = found->id;
     if (found != m_entries.begin()) {
-        // The update did not take these as asked: they are not wanted.
-        DropLocked(static_cast<size_t>(found - m_entries.begin()));
+        // The update did not take these as asked: they are not wanted. Those
+        // asked for later are kept.
+        DropLocked(static_cast<size_t>(found - m_entries.begin()), true, true);
         m_work.notify_all();
     }
     for (;;) {

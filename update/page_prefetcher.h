@@ -4,7 +4,11 @@
 // needs them, and perform every other transfer of the update's thread (the
 // lane), so that the program never holds more connections than it was given.
 // The update takes the pages in the order it asked for them; a page it
-// wants before its turn is fetched before everything else. A list page asked
+// wants before its turn is fetched before everything else. Pages may also be
+// asked for "later": those of the part of the update that comes after the
+// present one. They are fetched in their turn like the others, but taking a
+// page of the present part never drops them, and they are taken only once
+// promoted to the present. A list page asked
 // for early is fetched before the item pages asked for before it, and told
 // to the update as soon as it has come, so that the item pages on it can be
 // asked for at once.
@@ -74,24 +78,31 @@ public:
 
     // Adds addresses, in the order in which they will be taken; prepare[i],
     // where given, is run on the page of urls[i] once it has come.
-    void Ask(const QStringList& urls, const std::vector<PagePreparer>& prepare = {});
+    void Ask(const QStringList& urls, const std::vector<PagePreparer>& prepare = {},
+             bool later = false);
     // Adds an address to be taken after those asked before it, but fetched
     // before any of them that has not started (but the next one to be
     // taken), and told on arrival.
-    void AskEarly(const QString& url);
+    void AskEarly(const QString& url, bool later = false);
     // Puts an address before everything asked: the taker needs it now.
     void AskFirst(const QString& url);
     // Drops every address asked for and not yet taken. A transfer under way
     // runs to its end and its page is thrown away: stopping it would cost
     // its connection, and a new one costs more than the rest of a page.
     void Drop();
+    // Drops the addresses of the present part only; those asked for later
+    // stay, in their order.
+    void DropPresent();
+    // The addresses asked for later become the present part's: the update
+    // has moved on to them.
+    void Promote();
 
     // The page of url when it was asked for: the first such address still
     // waiting, with the addresses asked for before it dropped (the update
     // went another way). Until it has come, pages asked for early that came
     // are told, and the taker waits through the waiter; when the user
     // cancels, everything asked for is dropped and the answer is Cancelled.
-    // Nothing (no value) when url was not asked for.
+    // Nothing (no value) when url was not asked for in the present part.
     // prepared, when given, receives what the page's preparer made of it
     // (null: none was asked for, or the page did not come).
     std::optional<FetchResult> Take(const QString& url, QByteArray& page,
@@ -113,6 +124,7 @@ private:
         quint64 id = 0;
         QString url;
         bool early = false;
+        bool later = false;         // asked for the part after the present one
         bool told = false;          // an early page's arrival was told
         Worker* fetcher = nullptr;  // set when started
         bool started = false;
@@ -139,9 +151,9 @@ private:
     // Whether the pages that came are enough to wake the taker for.
     bool TakerHasEnoughLocked() const;
     Entry* Find(quint64 id);
-    // Drops entries [0, end) of the queue, and stops their transfers under
-    // way when told to.
-    void DropLocked(size_t end, bool stopTransfers = true);
+    // Drops entries [0, end) of the queue (those of the present part only,
+    // when told so), and stops their transfers under way when told to.
+    void DropLocked(size_t end, bool stopTransfers = true, bool presentOnly = false);
     // Tells the pages asked for early that have come; the lock is let go
     // while each is told.
     void TellArrivals(std::unique_lock<std::mutex>& lock);

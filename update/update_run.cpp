@@ -16,8 +16,13 @@
 // list page is set up, its item pages (from a scan that only collects
 // addresses) and the next list page, which is fetched before those item
 // pages; once that next page has come, its own item pages and the page after
-// it. Records are still scanned and written one page after the other, in
-// order, on the run's thread: what comes ahead only waits to be taken.
+// it. The protocol after the one under way is read ahead the same way from
+// the moment that one starts, so that its pages come while this one's
+// records are written; they are kept apart until the run gets to it, and
+// dropped when the run starts a protocol afresh (a password refresh) or goes
+// another way. Records are still scanned and written one page after the
+// other, in order, on the run's thread: what comes ahead only waits to be
+// taken.
 #include "update/update_run.h"
 
 #include <sqlite3.h>
@@ -47,13 +52,15 @@ using core::CurrentUi;
 namespace {
 
 const QString kCurrentBids = QStringLiteral("Current Bids eBay");
-// Item pages fetched or on their way and not yet taken, at most: enough to
-// keep every connection busy while records are written, few enough to waste
-// little on a cancel.
-constexpr int kPagesAhead = 32;
+// Pages fetched or on their way and not yet taken, at most: enough to keep
+// every connection busy with the next protocol's item pages while a long
+// plain list is written (a few hundred pages, well under a megabyte), few
+// enough to waste little on a cancel.
+constexpr int kPagesAhead = 256;
 // List pages asked for ahead of the one the run is on, at most. Each brings
-// its item pages; two keep the connections busy at every page boundary.
-constexpr int kListsAhead = 2;
+// its item pages; these keep the connections busy at every page boundary
+// and through the list before the protocol starts.
+constexpr int kListsAhead = 6;
 // List pages of a plain list (one whose records bring no pages of their own)
 // asked for before the last one scanned has been read: the site always has
 // the next one in hand, at the price of one page asked for past the end.
@@ -179,6 +186,67 @@ void UpdateRun::ResetAhead(const ProtocolRecord* protocol) {
     }
     m_chain = AheadChain();
     m_chain.protocol = protocol;
+    m_following = AheadChain();
+    m_followingProtocol.reset();
+    m_followingIndex = -1;
+}
+
+std::unique_ptr<const ProtocolRecord> UpdateRun::StartProtocol(const QStringList& runList,
+                                                               qsizetype index, bool again) {
+    if (!again && m_followingProtocol && m_followingIndex == index) {
+        // Read ahead while the last one was written: what is left of the
+        // last one's pages goes, the rest carries on.
+        std::unique_ptr<const ProtocolRecord> protocol = std::move(m_followingProtocol);
+        m_followingIndex = -1;
+        m_chain = std::move(m_following);
+        m_chain.later = false;
+        m_following = AheadChain();
+        if (m_ahead) {
+            m_ahead->DropPresent();
+            m_ahead->Promote();
+        }
+        return protocol;
+    }
+    auto protocol =
+        std::make_unique<const ProtocolRecord>(LoadRunProtocol(m_rules, runList.at(index)));
+    ResetAhead(protocol.get());
+    return protocol;
+}
+
+void UpdateRun::ReadFollowing(const ProtocolRecord& current, const QStringList& runList,
+                              qsizetype index) {
+    if (!m_ahead || !m_hooks.buildUrl || index >= runList.size()) {
+        return;
+    }
+    try {
+        auto protocol =
+            std::make_unique<const ProtocolRecord>(LoadRunProtocol(m_rules, runList.at(index)));
+        if (!protocol->CountFault().isEmpty()) {
+            return;  // told when its turn comes
+        }
+        // Its first page as the run will ask for it; should the run ask for
+        // another, the pages asked for here are dropped then. The run reads
+        // no page again that has the address of the single page before it.
+        const QString first =
+            m_hooks.buildUrl(protocol->url, protocol->SiteNumberValue(), {}, {}, 0);
+        if (!current.Iterates() && first == m_hooks.buildUrl(current.url, current.SiteNumberValue(),
+                                                             {}, {}, m_pageOffset)) {
+            return;
+        }
+        AheadChain chain;
+        chain.protocol = protocol.get();
+        chain.later = true;
+        chain.scanner.emplace(*protocol);
+        chain.state = m_state;
+        chain.asked.emplace_back(first, 0);
+        chain.pages = 1;
+        m_following = std::move(chain);
+        m_followingProtocol = std::move(protocol);
+        m_followingIndex = index;
+        m_ahead->AskEarly(first, true);
+    } catch (const std::exception&) {
+        // Its pages are fetched in its turn.
+    }
 }
 
 const ProtocolRecord& UpdateRun::AncillaryProtocol(const QString& section) {
@@ -203,20 +271,24 @@ void UpdateRun::AskAhead(const ProtocolRecord& protocol, const PageScanner& scan
     }
     if (m_chain.scanned.remove(address)) {
         // Its pages were asked for when it came; there is room for one more.
-        AskNextList();
+        AskNextList(m_chain);
         return;
     }
     // A page not scanned ahead (the first of the protocol, or the run went
-    // another way): what was asked for after it is of no use.
-    ResetAhead(&protocol);
+    // another way): what was asked for after it is of no use. What was asked
+    // for the next protocol still is.
+    m_ahead->DropPresent();
+    m_chain = AheadChain();
+    m_chain.protocol = &protocol;
     m_chain.scanner = scanner;
     m_chain.state = m_state;
     m_chain.lists = m_lists;
-    ScanAhead(protocol, scanner, address, m_pageOffset);
+    ScanAhead(m_chain, scanner, address, m_pageOffset);
 }
 
-void UpdateRun::ScanAhead(const ProtocolRecord& protocol, PageScanner scanner,
-                          const QString& address, qint64 offset) {
+void UpdateRun::ScanAhead(AheadChain& chain, PageScanner scanner, const QString& address,
+                          qint64 offset) {
+    const ProtocolRecord& protocol = *chain.protocol;
     const std::vector<ItemRule>& items = protocol.items;
     const bool ancillaryPages = std::any_of(
         items.begin(), items.end(), [](const ItemRule& item) { return item.MayRunAncillary(); });
@@ -244,95 +316,103 @@ void UpdateRun::ScanAhead(const ProtocolRecord& protocol, PageScanner scanner,
         // needs one record to say that the next page is worth asking for; the
         // run reads the rest itself.
         while ((ancillaryPages || records == 0) &&
-               scanner.ScanRecord(m_chain.state, m_chain.lists, collect) ==
+               scanner.ScanRecord(chain.state, chain.lists, collect) ==
                    PageScanner::RecordEnd::Complete) {
-            m_chain.lists.ClearRecord();
+            chain.lists.ClearRecord();
             ++records;
         }
     } catch (const std::exception&) {
-        EndChain();
+        EndChain(chain);
         return;  // each page is fetched when it is needed
     }
-    m_ahead->Ask(urls, preparers);
+    m_ahead->Ask(urls, preparers, chain.later);
     if (!protocol.Iterates() || records == 0 || !m_hooks.buildUrl) {
-        EndChain();
+        EndChain(chain);
         return;
     }
-    m_chain.plainList = !ancillaryPages;
-    if (!m_chain.nextDue) {
+    chain.plainList = !ancillaryPages;
+    if (!chain.nextDue) {
         // The first page scanned ahead: the chain starts after it.
-        m_chain.nextDue = true;
-        m_chain.lastUrl = address;
-        m_chain.nextOffset = offset + protocol.IterateSkipValue();
+        chain.nextDue = true;
+        chain.lastUrl = address;
+        chain.nextOffset = offset + protocol.IterateSkipValue();
     }
-    AskNextList();
+    AskNextList(chain);
 }
 
-void UpdateRun::EndChain() {
-    m_chain.nextDue = false;
-    m_chain.asked.clear();
-    m_chain.cameEarly.clear();
+void UpdateRun::EndChain(AheadChain& chain) {
+    chain.nextDue = false;
+    chain.asked.clear();
+    chain.cameEarly.clear();
 }
 
-void UpdateRun::AskNextList() {
-    const size_t lead = m_chain.plainList ? kPlainListLead : 1;
-    while (m_chain.nextDue && m_chain.asked.size() < lead &&
-           m_chain.scanned.size() + m_chain.asked.size() < kListsAhead + lead - 1 &&
-           m_chain.pages < kMostPages) {
-        const ProtocolRecord& protocol = *m_chain.protocol;
-        const qint64 offset = m_chain.nextOffset;
+void UpdateRun::AskNextList(AheadChain& chain) {
+    const size_t lead = chain.plainList ? kPlainListLead : 1;
+    while (chain.nextDue && chain.asked.size() < lead &&
+           chain.scanned.size() + chain.asked.size() < kListsAhead + lead - 1 &&
+           chain.pages < kMostPages) {
+        const ProtocolRecord& protocol = *chain.protocol;
+        const qint64 offset = chain.nextOffset;
         QString next;
         try {
             next = m_hooks.buildUrl(protocol.url, protocol.SiteNumberValue(), {}, {}, offset);
         } catch (const std::exception&) {
-            m_chain.nextDue = false;
+            chain.nextDue = false;
             return;
         }
-        if (next == m_chain.lastUrl) {
-            m_chain.nextDue = false;
+        if (next == chain.lastUrl) {
+            chain.nextDue = false;
             return;  // the run ends its paging here
         }
-        m_chain.asked.emplace_back(next, offset);
-        m_chain.lastUrl = next;
-        m_chain.nextOffset = offset + protocol.IterateSkipValue();
-        ++m_chain.pages;
-        m_ahead->AskEarly(next);
+        chain.asked.emplace_back(next, offset);
+        chain.lastUrl = next;
+        chain.nextOffset = offset + protocol.IterateSkipValue();
+        ++chain.pages;
+        m_ahead->AskEarly(next, chain.later);
     }
 }
 
 void UpdateRun::AheadArrived(const QString& url, const QByteArray& bytes, FetchResult result) {
-    auto& asked = m_chain.asked;
-    if (m_chain.protocol == nullptr || !m_chain.scanner ||
+    if (!ChainArrived(m_chain, url, bytes, result)) {
+        ChainArrived(m_following, url, bytes, result);
+    }
+}
+
+bool UpdateRun::ChainArrived(AheadChain& chain, const QString& url, const QByteArray& bytes,
+                             FetchResult result) {
+    auto& asked = chain.asked;
+    if (chain.protocol == nullptr || !chain.scanner ||
         std::none_of(asked.begin(), asked.end(),
                      [&](const auto& page) { return page.first == url; })) {
-        return;
+        return false;
     }
-    m_chain.cameEarly.insert(url, {bytes, result});
+    chain.cameEarly.insert(url, {bytes, result});
     // The pages are scanned in the order of the list, each as soon as those
     // before it have been.
     while (!asked.empty()) {
-        const auto came = m_chain.cameEarly.constFind(asked.front().first);
-        if (came == m_chain.cameEarly.constEnd()) {
-            return;
+        const auto came = chain.cameEarly.constFind(asked.front().first);
+        if (came == chain.cameEarly.constEnd()) {
+            return true;
         }
         const QString front = asked.front().first;
         const qint64 offset = asked.front().second;
         const PageText page(came->first);
         const FetchResult frontResult = came->second;
-        m_chain.cameEarly.erase(came);
+        chain.cameEarly.erase(came);
         asked.pop_front();
         if (frontResult != FetchResult::Ok) {
-            EndChain();
-            return;  // the run tells the failure when it takes the page
+            EndChain(chain);
+            return true;  // the run tells the failure when it takes the page
         }
-        PageScanner scanner = *m_chain.scanner;
+        PageScanner scanner = *chain.scanner;
         if (!scanner.SetUp(page)) {
-            EndChain();
-            return;  // the run refreshes the password or passes the protocol over
+            EndChain(chain);
+            return true;  // the run refreshes the password or passes the protocol over
         }
-        m_chain.scanned.insert(front, page);
-        ScanAhead(*m_chain.protocol, scanner, front, offset);
+        chain.scanned.insert(front, page);
+        ScanAhead(chain, scanner, front, offset);
     }
+    return true;
 }
 
 void UpdateRun::Pump() {
@@ -526,7 +606,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     struct ConnectionsEnd {
         UpdateRun& run;
         ~ConnectionsEnd() {
-            run.m_ahead.reset();
+            run.m_ahead.reset();  // transfers under way are stopped
+            run.ResetAhead(nullptr);
             run.KeepUpdatePage();
         }
     } connectionsEnd{*this};
@@ -567,12 +648,17 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     };
 
     bool retried = false;  // the one password refresh of the whole update
-    for (const QString& line : runList) {
+    for (qsizetype index = 0; index < runList.size(); ++index) {
+        const QString& line = runList.at(index);
         Pump();
         bool again = true;
+        bool retry = false;
         while (again) {
             again = false;
-            const ProtocolRecord protocol = LoadRunProtocol(m_rules, line);
+            const std::unique_ptr<const ProtocolRecord> started =
+                StartProtocol(runList, index, retry);
+            const ProtocolRecord& protocol = *started;
+            retry = true;
             const QString fault = protocol.CountFault();
             if (!fault.isEmpty()) {
                 m_failed << line;
@@ -586,7 +672,7 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                 m_pageOffset = 0;
             }
             m_pagesSeen.clear();
-            ResetAhead(&protocol);
+            ReadFollowing(protocol, runList, index + 1);
             PageScanner scanner(protocol);
             bool firstPage = true;
             int pages = 0;

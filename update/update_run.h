@@ -108,10 +108,11 @@ public:
 private:
     enum class PageOutcome { Done, NextPage, Retry, Failed, Aborted, Cancelled, StoreFailed };
 
-    // The list pages of the protocol under way that were asked for ahead of
-    // the run, and where the scan of them stands.
+    // The list pages of a protocol that were asked for ahead of the run, and
+    // where the scan of them stands.
     struct AheadChain {
         const ProtocolRecord* protocol = nullptr;  // null: none asked for
+        bool later = false;                        // the protocol after the one under way
         // The scan as it will stand after the last page scanned ahead.
         ScanState state;
         ScanLists lists;
@@ -140,19 +141,29 @@ private:
     // fetch hook.
     FetchResult Fetch(const QString& url, QByteArray& page);
     void OpenConnections();
-    // Forgets what was asked for ahead: a protocol starts.
+    // Forgets what was asked for ahead, also for the protocol after it: a
+    // protocol starts afresh.
     void ResetAhead(const ProtocolRecord* protocol);
+    // The protocol of line, which starts: the one read ahead when it is that
+    // one (its pages asked for become the run's own), else loaded afresh.
+    std::unique_ptr<const ProtocolRecord> StartProtocol(const QStringList& runList, qsizetype index,
+                                                        bool again);
+    // Asks for the first pages of the protocol after the one under way, so
+    // that the connections fetch them while this one's records are written.
+    void ReadFollowing(const ProtocolRecord& current, const QStringList& runList, qsizetype index);
     // The pages that follow a list page the run has set up at address.
     void AskAhead(const ProtocolRecord& protocol, const PageScanner& scanner,
                   const QString& address);
     // Asks for the item pages of a list page set up in scanner, from a scan
     // that only collects addresses, and marks the next list page due when
     // the page holds records.
-    void ScanAhead(const ProtocolRecord& protocol, PageScanner scanner, const QString& address,
-                   qint64 offset);
-    void AskNextList();
+    void ScanAhead(AheadChain& chain, PageScanner scanner, const QString& address, qint64 offset);
+    void AskNextList(AheadChain& chain);
     // The list ends, or cannot be read ahead: nothing more is asked for.
-    void EndChain();
+    static void EndChain(AheadChain& chain);
+    // A list page asked for early came to chain; false when chain did not ask.
+    bool ChainArrived(AheadChain& chain, const QString& url, const QByteArray& bytes,
+                      FetchResult result);
     void AheadArrived(const QString& url, const QByteArray& bytes, FetchResult result);
     const ProtocolRecord& AncillaryProtocol(const QString& section);
     QString AncillaryAddress(const ProtocolRecord& protocol, const ScanLists& lists,
@@ -194,6 +205,11 @@ private:
     std::set<std::array<size_t, 3>> m_pagesSeen;
     std::unique_ptr<PagePrefetcher> m_ahead;  // the run's connections, during a run
     AheadChain m_chain;
+    // The next protocol of the run list, read ahead while the one under way
+    // is written: its record, its place in the list and its pages.
+    std::unique_ptr<const ProtocolRecord> m_followingProtocol;
+    qsizetype m_followingIndex = -1;
+    AheadChain m_following;
     // The rules cannot change once the run is under way: each ancillary
     // protocol is read from them once.
     QHash<QString, ProtocolRecord> m_ancillaryProtocols;
