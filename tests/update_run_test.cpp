@@ -414,6 +414,24 @@ TEST_F(RunTest, AConnectionFailureAbortsTheRestAndTheEndStepsStillRun) {
     ExpectEndOfRun();
 }
 
+// Read ahead while My Sales is written, the site time fails: the failure
+// is told when the run gets to it, after every sale is in.
+TEST_F(RunTest, AFailedPageOfTheNextProtocolIsToldInItsTurn) {
+    m_fetchAhead = true;
+    m_results[QStringLiteral("http://site/time")] = FetchResult::Failed;
+    const auto result =
+        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+    EXPECT_EQ(result, UpdateRun::Result::Aborted);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
+    EXPECT_EQ(FetchedAhead().count(QStringLiteral("http://site/time")), 1);
+    EXPECT_EQ(m_ui.Messages(),
+              QStringList{QStringLiteral(
+                  "Retrieval of Site Time from eBay failed.  There is a connection problem or "
+                  "eBay is experiencing technical difficulties.  Update aborted.")});
+    EXPECT_EQ(m_view.connects.last(), QStringLiteral("Current Time eBay connection error."));
+    ExpectEndOfRun();
+}
+
 TEST_F(RunTest, AMissingMarkerRefreshesThePasswordOnceAndRetries) {
     m_password = QStringLiteral("stale");
     m_pages[QStringLiteral("http://site/selling?pass=stale&skip=0")] = "<html>Sign in</html>";
