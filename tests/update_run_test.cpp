@@ -764,6 +764,18 @@ TEST_F(RunTest, TheNextProtocolsPagesAreFetchedWhileTheOneBeforeIsWritten) {
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 }
 
+// The page asked for past the end of a list may still be on its way when
+// the update ends: its transfer is stopped, not waited for.
+TEST_F(RunTest, AtTheEndOfTheRunAPageStillOnItsWayIsStopped) {
+    m_fetchAhead = true;
+    m_holdAhead = QStringLiteral("http://site/selling?pass=good&skip=6");
+    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Complete);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
+    // Held for ten seconds unless stopped: a run that waited for it would
+    // have let it end on its own.
+    EXPECT_EQ(m_aheadStopped.load(), m_holding.load());
+}
+
 // The run's own guards, with every page over the connections: the one
 // password refresh starts the protocol afresh with the new address, a site
 // that answers every offset alike fails the protocol, and paging whose

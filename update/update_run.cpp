@@ -672,8 +672,11 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
                 m_pageOffset = 0;
             }
             m_pagesSeen.clear();
+            // Made once: a protocol read ahead has its scanner already.
+            PageScanner scanner = m_chain.protocol == &protocol && m_chain.scanner
+                                      ? *m_chain.scanner
+                                      : PageScanner(protocol);
             ReadFollowing(protocol, runList, index + 1);
-            PageScanner scanner(protocol);
             bool firstPage = true;
             int pages = 0;
             PageOutcome outcome = PageOutcome::NextPage;
@@ -716,7 +719,8 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
             }
         }
     }
-    ResetAhead(nullptr);
+    // What was asked for ahead goes with the connections (connectionsEnd),
+    // which stop the transfers still under way rather than wait for them.
     return Result::Complete;
 }
 
