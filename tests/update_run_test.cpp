@@ -276,6 +276,20 @@ protected:
         return result;
     }
 
+    // Item pages for 102 and 103 ("Books 102", "Books 103"); 101's is Toys.
+    void AddBookPages() {
+        for (const char* number : {"102", "103"}) {
+            m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
+                QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
+        }
+    }
+    // "number=category" of each sale, in the order written.
+    QString WrittenCategories() {
+        return Text(
+            QStringLiteral("SELECT group_concat(ItemNumber || '=' || ItemCategory, ' ') FROM "
+                           "(SELECT * FROM Auctions ORDER BY rowid)"));
+    }
+
     qint64 Count(const QString& sql) { return m_db->ScalarInt(sql); }
     QString Text(const QString& sql) {
         lw::core::Statement s = m_db->Prepare(sql);
@@ -656,10 +670,7 @@ TEST_F(RunTest, OverTheRunsConnectionsEveryPageIsFetchedOnceAndTheRowsAreTheSame
         QByteArray("<!-- CLOCK -->The time is: ") + SiteClock().toUtf8() +
         "<!-- /CLOCK --><!-- ITEMS --><td class=n>101<td class=n>102<td class=n>103<!-- /ITEMS "
         "-->";
-    for (const char* number : {"102", "103"}) {
-        m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
-            QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
-    }
+    AddBookPages();
     const auto result =
         Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Auction Details eBay"),
                   QStringLiteral("Current Time eBay")});
@@ -702,10 +713,7 @@ TEST_F(RunTest, OverTheRunsConnectionsEveryPageIsFetchedOnceAndTheRowsAreTheSame
 TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
     m_fetchAhead = true;
     m_connections = 1;
-    for (const char* number : {"102", "103"}) {
-        m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
-            QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
-    }
+    AddBookPages();
     // The first item page waits until its record is being read, so that the
     // run has asked for everything it knows by then.
     m_holdAhead = QStringLiteral("http://site/item?no=101");
@@ -731,9 +739,7 @@ TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
     EXPECT_EQ(last, (QStringList{item + QStringLiteral("103"), list + u'4'}));
     EXPECT_TRUE(m_fetched.isEmpty());
     // Written in the order of the pages, each with its own item page.
-    EXPECT_EQ(Text(QStringLiteral("SELECT group_concat(ItemNumber || '=' || ItemCategory, ' ') "
-                                  "FROM (SELECT * FROM Auctions ORDER BY rowid)")),
-              QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
+    EXPECT_EQ(WrittenCategories(), QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 }
 
@@ -742,10 +748,7 @@ TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
 // page that only the next protocol asks for is on its way.
 TEST_F(RunTest, TheNextProtocolsPagesAreFetchedWhileTheOneBeforeIsWritten) {
     m_fetchAhead = true;
-    for (const char* number : {"102", "103"}) {
-        m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
-            QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
-    }
+    AddBookPages();
     m_holdAhead = QStringLiteral("http://site/selling?pass=good&skip=4");
     m_releaseOnFetch = QStringLiteral("http://site/item?no=101");
     const auto result =
@@ -758,9 +761,7 @@ TEST_F(RunTest, TheNextProtocolsPagesAreFetchedWhileTheOneBeforeIsWritten) {
     EXPECT_EQ(ahead.count(m_releaseOnFetch), 1);
     EXPECT_TRUE(m_fetched.isEmpty());
     // Written in the order of the protocols all the same.
-    EXPECT_EQ(Text(QStringLiteral("SELECT group_concat(ItemNumber || '=' || ItemCategory, ' ') "
-                                  "FROM (SELECT * FROM Auctions ORDER BY rowid)")),
-              QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
+    EXPECT_EQ(WrittenCategories(), QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 }
 
@@ -784,19 +785,14 @@ TEST_F(RunTest, TheRunsGuardsHoldOverTheRunsConnections) {
     m_fetchAhead = true;
     m_password = QStringLiteral("stale");
     m_pages[QStringLiteral("http://site/selling?pass=stale&skip=0")] = "<html>Sign in</html>";
-    for (const char* number : {"102", "103"}) {
-        m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
-            QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
-    }
+    AddBookPages();
     // The protocol after the first is read ahead with the stale password
     // too; after the refresh both go with the new one.
     EXPECT_EQ(
         Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Paged Details eBay")}),
         UpdateRun::Result::Complete);
     EXPECT_EQ(m_refreshes, 1);
-    EXPECT_EQ(Text(QStringLiteral("SELECT group_concat(ItemNumber || '=' || ItemCategory, ' ') "
-                                  "FROM (SELECT * FROM Auctions ORDER BY rowid)")),
-              QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
+    EXPECT_EQ(WrittenCategories(), QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 
     m_db->Exec(QStringLiteral("DELETE FROM Auctions"));
