@@ -677,10 +677,12 @@ TEST_F(RunTest, OverTheRunsConnectionsEveryPageIsFetchedOnceAndTheRowsAreTheSame
     EXPECT_EQ(result, UpdateRun::Result::Complete);
     // Every page came over the connections, each once (over two, in either
     // order); a list with no pages of its own is asked for a page further
-    // than the one read, so the page after the empty one came and was
-    // dropped; the site time shares its address with the page before it.
+    // than the one read, so the page after the empty one may have come too,
+    // unless the next protocol dropped it first; the site time shares its
+    // address with the page before it.
     EXPECT_TRUE(m_fetched.isEmpty()) << m_fetched.join(u' ').toStdString();
     QStringList ahead = FetchedAhead();
+    EXPECT_LE(ahead.removeAll(QStringLiteral("http://site/selling?pass=good&skip=6")), 1);
     ahead.sort();
     EXPECT_EQ(ahead, (QStringList{QStringLiteral("http://site/item?no=101"),
                                   QStringLiteral("http://site/item?no=102"),
@@ -688,7 +690,6 @@ TEST_F(RunTest, OverTheRunsConnectionsEveryPageIsFetchedOnceAndTheRowsAreTheSame
                                   QStringLiteral("http://site/selling?pass=good&skip=0"),
                                   QStringLiteral("http://site/selling?pass=good&skip=2"),
                                   QStringLiteral("http://site/selling?pass=good&skip=4"),
-                                  QStringLiteral("http://site/selling?pass=good&skip=6"),
                                   QStringLiteral("http://site/time")}));
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
     EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='101'")),
@@ -721,20 +722,25 @@ TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
     // One protocol per run: the protocol after the one under way is read
     // ahead as well, which would mix the two lists of the same addresses.
     EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Complete);
-    EXPECT_EQ(Activate({QStringLiteral("Paged Details eBay")}), UpdateRun::Result::Complete);
     const QString list = QStringLiteral("http://site/selling?pass=good&skip=");
     const QString item = QStringLiteral("http://site/item?no=");
-    const QStringList ahead = FetchedAhead();
-    ASSERT_EQ(ahead.size(), 10) << ahead.join(u' ').toStdString();
-    // The list pages alone, two ahead of the one read: the page after the
-    // empty one is asked for as well.
-    EXPECT_EQ(ahead.mid(0, 4), (QStringList{list + u'0', list + u'2', list + u'4', list + u'6'}));
+    // The list pages alone, ahead of the one read. The page after the empty
+    // one is asked for as well, but the run ends on the empty page and stops
+    // it, so it may or may not have gone out.
+    const QStringList lists = FetchedAhead();
+    ASSERT_GE(lists.size(), 3) << lists.join(u' ').toStdString();
+    EXPECT_EQ(lists.mid(0, 3), (QStringList{list + u'0', list + u'2', list + u'4'}));
+    EXPECT_EQ(lists.mid(3), lists.size() == 3 ? QStringList{} : QStringList{list + u'6'});
+
+    EXPECT_EQ(Activate({QStringLiteral("Paged Details eBay")}), UpdateRun::Result::Complete);
+    const QStringList ahead = FetchedAhead().mid(lists.size());
+    ASSERT_EQ(ahead.size(), 6) << ahead.join(u' ').toStdString();
     // With item pages, one ahead: the page after the first list page goes
     // before that page's second item page; the item page on it, and the page
     // after it, follow.
-    EXPECT_EQ(ahead.mid(4, 4), (QStringList{list + u'0', item + QStringLiteral("101"), list + u'2',
+    EXPECT_EQ(ahead.mid(0, 4), (QStringList{list + u'0', item + QStringLiteral("101"), list + u'2',
                                             item + QStringLiteral("102")}));
-    QStringList last = ahead.mid(8);
+    QStringList last = ahead.mid(4);
     last.sort();
     EXPECT_EQ(last, (QStringList{item + QStringLiteral("103"), list + u'4'}));
     EXPECT_TRUE(m_fetched.isEmpty());
