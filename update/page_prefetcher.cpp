@@ -5,6 +5,9 @@
 // for the page it needs while its own events go on.
 #include "update/page_prefetcher.h"
 
+#include <pthread.h>
+#include <sched.h>
+
 #include <algorithm>
 
 namespace lw::update {
@@ -20,6 +23,22 @@ constexpr size_t kWakeBatch = 8;
 // the connections fetching on meanwhile. At most half the depth, so that
 // the connections never run out of pages to start while the taker sleeps.
 constexpr size_t kWakeBurst = 16;
+
+// The fetching threads work ahead of the taker, so a page that comes need
+// not take a processor from the taker (the window's thread, in the program)
+// or from the site on the same machine at once: its thread waits for its
+// turn instead of interrupting. Without this, each answer of a near site
+// interrupts the thread that writes the pages, thousands of times in an
+// update. A distant site's answers find the processors idle and are
+// handled at once as before.
+void YieldOnWakeUp() {
+#ifdef SCHED_BATCH
+    const sched_param normal{};
+    // Refused only where the system has no such policy: the thread then
+    // fetches as it would anyway.
+    pthread_setschedparam(pthread_self(), SCHED_BATCH, &normal);
+#endif
+}
 
 bool SleepUntilWoken(core::Wakeup& wakeup) {
     wakeup.Wait();
@@ -190,6 +209,7 @@ size_t PagePrefetcher::StartableLocked() const {
 }
 
 void PagePrefetcher::Work(Worker& worker) {
+    YieldOnWakeUp();
     std::unique_lock lock(m_mutex);
     for (;;) {
         Job* job = nullptr;
