@@ -114,27 +114,33 @@ ChildRun RunCli(const QStringList& args, bool watchPeak = true) {
     }
     std::atomic<bool> ended{false};
     std::atomic<qint64> peakKb{0};
-    std::thread watch([pid, watchPeak, &ended, &peakKb] {
-        const QString path = QStringLiteral("/proc/%1/status").arg(pid);
-        while (watchPeak && !ended) {
-            QFile status(path);
-            if (status.open(QIODevice::ReadOnly)) {
-                for (const QByteArray& line : status.readAll().split('\n')) {
-                    if (line.startsWith("VmHWM:")) {
-                        const qint64 kb = line.mid(6).trimmed().split(' ').value(0).toLongLong();
-                        peakKb = std::max(peakKb.load(), kb);
+    std::thread watch;
+    if (watchPeak) {
+        watch = std::thread([pid, &ended, &peakKb] {
+            const QString path = QStringLiteral("/proc/%1/status").arg(pid);
+            while (!ended) {
+                QFile status(path);
+                if (status.open(QIODevice::ReadOnly)) {
+                    for (const QByteArray& line : status.readAll().split('\n')) {
+                        if (line.startsWith("VmHWM:")) {
+                            const qint64 kb =
+                                line.mid(6).trimmed().split(' ').value(0).toLongLong();
+                            peakKb = std::max(peakKb.load(), kb);
+                        }
                     }
                 }
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
             }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-    });
+        });
+    }
     int status = 0;
     rusage usage{};
     while (wait4(pid, &status, 0, &usage) < 0) {
     }
     ended = true;
-    watch.join();
+    if (watch.joinable()) {
+        watch.join();
+    }
     run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     run.cpuSeconds = static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
                      static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;

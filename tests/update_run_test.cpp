@@ -229,14 +229,13 @@ protected:
                     if (url == m_releaseOnFetch) {
                         m_holdReleased = true;
                     }
+                    const auto held = [&] {
+                        return (url == m_holdAhead && !m_holdReleased) ||
+                               (url == m_heldUntilHolding && !m_holding);
+                    };
                     // Held for ten seconds at most: a run that never lets go
                     // fails its test instead of hanging it.
-                    for (int i = 0; i < 10000 && url == m_holdAhead && !m_holdReleased && !stop;
-                         ++i) {
-                        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                    }
-                    for (int i = 0; i < 10000 && url == m_heldUntilHolding && !m_holding && !stop;
-                         ++i) {
+                    for (int i = 0; i < 10000 && held() && !stop; ++i) {
                         std::this_thread::sleep_for(std::chrono::milliseconds(1));
                     }
                     if (stop) {
