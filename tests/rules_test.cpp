@@ -8,8 +8,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <atomic>
 #include <chrono>
 #include <map>
 #include <ostream>
@@ -147,69 +145,74 @@ QString ValidInfo(const QString& server) {
                "[AuctionPost Defaults]\nDefault1=x\n");
 }
 
+// What the tests read to tell which rules are in place.
+QString SitesKey(const RuleStore& rules, const char* key) {
+    return rules.LookupKey(QStringLiteral("Sites"), QString::fromLatin1(key), kSiteStore);
+}
+QString MailServer(const RuleStore& rules) {
+    return rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), kInfoStore);
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------- lookups
 
-TEST(rulesLookup, KeysAreCaseSensitiveAndValuesKeepEverythingBehindTheFirstEquals) {
-    const RuleStore rules = StoreWith(
-        Crlf("[Current Bids eBay]\nUrl=http://127.0.0.1:8750/bids?a=1&b=2\nItem1 Start=<td "
-             "class=\"x\">\nEmpty=\nPadded=  two blanks  \nItem1=HighBid\nItem10=Other\n"
-             "NoEquals\n\n"));
-    const QString section = QStringLiteral("Current Bids eBay");
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Url"), 0),
-              QStringLiteral("http://127.0.0.1:8750/bids?a=1&b=2"));
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Item1 Start"), 0),
-              QStringLiteral("<td class=\"x\">"));
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Empty"), 0), QString());
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Padded"), 0),
-              QStringLiteral("  two blanks  "));
-    // A key never matches inside another key, nor in another case.
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Item1"), 0), QStringLiteral("HighBid"));
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Item10"), 0), QStringLiteral("Other"));
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("tem1"), 0), kError);
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("url"), 0), kError);
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("Missing"), 0), kError);
-    // A line without "=" is never found.
-    EXPECT_EQ(rules.LookupKey(section, QStringLiteral("NoEquals"), 0), kError);
-}
-
-TEST(rulesLookup, SectionsAreFoundWithoutRegardToCase) {
-    const RuleStore rules = StoreWith(Crlf("[SITES]\nSite0=eBay\n\n"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
-              QStringLiteral("eBay"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("sItEs"), QStringLiteral("Site0"), 0),
-              QStringLiteral("eBay"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("Site"), QStringLiteral("Site0"), 0), kError);
-}
-
-TEST(rulesLookup, TheFirstLineOfARepeatedKeyWins) {
-    const RuleStore rules = StoreWith(Crlf("[Update]\nProtocols=2\nProtocols=9\n\n"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("Update"), QStringLiteral("Protocols"), 0),
-              QStringLiteral("2"));
-}
-
-TEST(rulesLookup, ASectionNameInsideAnEarlierValueIsHitFirst) {
-    const RuleStore rules = StoreWith(Crlf(
-        "[Links]\nNext=[Sites]\nSite0=from the links\n\n[Sites]\nSite0=eBay\nSite1=Other\n\n"));
-    // The header is found inside the value of Next, and keys are searched from there.
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
-              QStringLiteral("from the links"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0), kError);
-}
-
-TEST(rulesLookup, ASectionRunsToTheFirstBlankLine) {
-    const RuleStore rules = StoreWith(Crlf("[A]\nk=1\n[B]\nk=2\nonlyB=3\n\n[C]\nk=4\n"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("A"), QStringLiteral("k"), 0), QStringLiteral("1"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("B"), QStringLiteral("k"), 0), QStringLiteral("2"));
-    // Without a blank line between them, B's lines belong to A as well.
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("A"), QStringLiteral("onlyB"), 0),
-              QStringLiteral("3"));
-    // The last section has no blank line behind it: missing until one is appended.
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("C"), QStringLiteral("k"), 0), kError);
-    const RuleStore appended =
-        StoreWith(Crlf("[A]\nk=1\n[B]\nk=2\nonlyB=3\n\n[C]\nk=4\n") + QStringLiteral("\r\n\r\n"));
-    EXPECT_EQ(appended.LookupKey(QStringLiteral("C"), QStringLiteral("k"), 0), QStringLiteral("4"));
+// What lookups in hand-written texts answer; nullptr stands for ERROR.
+TEST(rulesLookup, KeysAreFoundAsTheHandWrittenCasesWant) {
+    const char* bids =
+        "[Current Bids eBay]\nUrl=http://127.0.0.1:8750/bids?a=1&b=2\n"
+        "Item1 Start=<td class=\"x\">\nEmpty=\nPadded=  two blanks  \nItem1=HighBid\n"
+        "Item10=Other\nNoEquals\n\n";
+    const char* upper = "[SITES]\nSite0=eBay\n\n";
+    const char* repeated = "[Update]\nProtocols=2\nProtocols=9\n\n";
+    // "[Sites]" stands in the value of Next: keys are searched from there.
+    const char* inValue =
+        "[Links]\nNext=[Sites]\nSite0=from the links\n\n[Sites]\nSite0=eBay\nSite1=Other\n\n";
+    const char* unclosed = "[A]\nk=1\n[B]\nk=2\nonlyB=3\n\n[C]\nk=4\n";
+    const char* closed = "[A]\nk=1\n[B]\nk=2\nonlyB=3\n\n[C]\nk=4\n\n\n";
+    const struct {
+        const char* text;
+        const char* section;
+        const char* key;
+        const char* expected;
+    } cases[] = {
+        // A value is everything behind the first "=", blanks and quotes kept.
+        {bids, "Current Bids eBay", "Url", "http://127.0.0.1:8750/bids?a=1&b=2"},
+        {bids, "Current Bids eBay", "Item1 Start", "<td class=\"x\">"},
+        {bids, "Current Bids eBay", "Empty", ""},
+        {bids, "Current Bids eBay", "Padded", "  two blanks  "},
+        // A key never matches inside another key, nor in another case; a line
+        // without "=" is never found.
+        {bids, "Current Bids eBay", "Item1", "HighBid"},
+        {bids, "Current Bids eBay", "Item10", "Other"},
+        {bids, "Current Bids eBay", "tem1", nullptr},
+        {bids, "Current Bids eBay", "url", nullptr},
+        {bids, "Current Bids eBay", "Missing", nullptr},
+        {bids, "Current Bids eBay", "NoEquals", nullptr},
+        // Sections are found without regard to case, but whole.
+        {upper, "Sites", "Site0", "eBay"},
+        {upper, "sItEs", "Site0", "eBay"},
+        {upper, "Site", "Site0", nullptr},
+        {repeated, "Update", "Protocols", "2"},
+        {inValue, "Sites", "Site0", "from the links"},
+        {inValue, "Sites", "Site1", nullptr},
+        // A section runs to the first blank line: without one between them,
+        // B's lines belong to A as well, and the last section is missing until
+        // a blank line follows it.
+        {unclosed, "A", "k", "1"},
+        {unclosed, "B", "k", "2"},
+        {unclosed, "A", "onlyB", "3"},
+        {unclosed, "C", "k", nullptr},
+        {closed, "C", "k", "4"},
+        // A header at the very first position gives keys (though no list).
+        {"[Payment]\nMoney Order=18\n\n", "Payment", "Money Order", "18"},
+    };
+    for (const auto& c : cases) {
+        const RuleStore rules = StoreWith(Crlf(c.text));
+        EXPECT_EQ(rules.LookupKey(QString::fromUtf8(c.section), QString::fromUtf8(c.key), 0),
+                  c.expected ? QString::fromUtf8(c.expected) : kError)
+            << Visible(Crlf(c.text)) << " [" << c.section << "] " << c.key;
+    }
 }
 
 TEST(rulesLookup, StoresAreSeparateAndANewTextDropsOldAnswers) {
@@ -217,19 +220,20 @@ TEST(rulesLookup, StoresAreSeparateAndANewTextDropsOldAnswers) {
     rules.SetText(kSiteStore, Crlf("[S]\nk=site\n\n"));
     rules.SetText(kInfoStore, Crlf("[S]\nk=info\n\n"));
     rules.SetText(kSellerStore, Crlf("[S]\nk=seller\n\n"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 0), QStringLiteral("site"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 1), QStringLiteral("info"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 2),
-              QStringLiteral("seller"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 3), kError);
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), -1), kError);
+    auto k = [&rules](int store) {
+        return rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), store);
+    };
+    EXPECT_EQ(k(0), QStringLiteral("site"));
+    EXPECT_EQ(k(1), QStringLiteral("info"));
+    EXPECT_EQ(k(2), QStringLiteral("seller"));
+    EXPECT_EQ(k(3), kError);
+    EXPECT_EQ(k(-1), kError);
 
     rules.SetText(kSiteStore, Crlf("[Other]\nk=1\n\n[S]\nk=changed\n\n"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 0),
-              QStringLiteral("changed"));
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 1), QStringLiteral("info"));
+    EXPECT_EQ(k(0), QStringLiteral("changed"));
+    EXPECT_EQ(k(1), QStringLiteral("info"));
     rules.Clear(kInfoStore);
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("S"), QStringLiteral("k"), 1), kError);
+    EXPECT_EQ(k(1), kError);
     EXPECT_TRUE(rules.Text(kInfoStore).isEmpty());
 }
 
@@ -237,67 +241,65 @@ TEST(rulesLookup, TheProcessStoreAnswersTheFreeFunctions) {
     Rules().ClearAll();
     Rules().SetText(kInfoStore,
                     Crlf("[x]\nfirst=1\n\n[Billpoint Tax States]\nCalifornia=CA\nNew York=NY\n\n"));
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Billpoint Tax States"), QStringLiteral("New York"), 1),
-              QStringLiteral("NY"));
-    EXPECT_EQ(LookupRuleName(QStringLiteral("Billpoint Tax States"), QStringLiteral("CA"), 1),
-              QStringLiteral("California"));
-    ASSERT_EQ(FillListFromRules(1, QStringLiteral("Billpoint Tax States")).size(), 2u);
+    const QString states = QStringLiteral("Billpoint Tax States");
+    EXPECT_EQ(LookupRuleKey(states, QStringLiteral("New York"), 1), QStringLiteral("NY"));
+    EXPECT_EQ(LookupRuleName(states, QStringLiteral("CA"), 1), QStringLiteral("California"));
+    ASSERT_EQ(FillListFromRules(1, states).size(), 2u);
     Rules().ClearAll();
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Billpoint Tax States"), QStringLiteral("New York"), 1),
-              kError);
+    EXPECT_EQ(LookupRuleKey(states, QStringLiteral("New York"), 1), kError);
 }
 
+// The name is the key of the first line whose whole value matches, in its own
+// case; the "=" in front of the value need not be the line's first.
 TEST(rulesLookupName, FindsTheKeyOfTheFirstLineWithTheWholeValue) {
     const RuleStore rules =
         StoreWith(Crlf("[Shipping Regions Reversecode]\nNorth America=northamerica\nEurope=europe\n"
                        "Again=europe\nA=B=europe2\n\n"),
                   kInfoStore);
-    const QString section = QStringLiteral("shipping regions reversecode");
-    EXPECT_EQ(rules.LookupName(section, QStringLiteral("northamerica"), 1),
-              QStringLiteral("North America"));
-    EXPECT_EQ(rules.LookupName(section, QStringLiteral("europe"), 1), QStringLiteral("Europe"));
-    // The value must run to the line end, and is matched in its own case.
-    EXPECT_EQ(rules.LookupName(section, QStringLiteral("america"), 1), kError);
-    EXPECT_EQ(rules.LookupName(section, QStringLiteral("north"), 1), kError);
-    EXPECT_EQ(rules.LookupName(section, QStringLiteral("Europe"), 1), kError);
-    // The "=" in front of the value need not be the line's first.
-    EXPECT_EQ(rules.LookupName(section, QStringLiteral("europe2"), 1), QStringLiteral("A=B"));
-    EXPECT_EQ(rules.LookupName(section, QStringLiteral("B=europe2"), 1), QStringLiteral("A"));
+    auto name = [&rules](const char* value) {
+        return rules.LookupName(QStringLiteral("shipping regions reversecode"),
+                                QString::fromUtf8(value), kInfoStore);
+    };
+    EXPECT_EQ(name("northamerica"), QStringLiteral("North America"));
+    EXPECT_EQ(name("europe"), QStringLiteral("Europe"));
+    EXPECT_EQ(name("america"), kError);
+    EXPECT_EQ(name("north"), kError);
+    EXPECT_EQ(name("Europe"), kError);
+    EXPECT_EQ(name("europe2"), QStringLiteral("A=B"));
+    EXPECT_EQ(name("B=europe2"), QStringLiteral("A"));
     EXPECT_EQ(rules.LookupName(QStringLiteral("Nowhere"), QStringLiteral("europe"), 1), kError);
 }
 
+// A list takes every line of its section: the key, and the leading number of
+// the value (0 for none). A header at the very first position of the text
+// counts as absent here.
 TEST(rulesFillList, KeysWithTheLeadingNumberOfTheirValues) {
-    const RuleStore rules = StoreWith(
-        Crlf("[First]\nx=1\n\n[Auction Options]\nBold=11\nHighlight=58 (extra)\nPlain=none\n"
-             "Half=12.5\nNegative=-3\nNoEquals\nSpaces= 7 days\n\n[After]\nz=9\n\n"));
-    const std::vector<RuleListRow> rows = rules.FillList(0, QStringLiteral("auction options"));
-    const std::vector<std::pair<QString, int>> expected = {
-        {QStringLiteral("Bold"), 11},     {QStringLiteral("Highlight"), 58},
-        {QStringLiteral("Plain"), 0},     {QStringLiteral("Half"), 12},
-        {QStringLiteral("Negative"), -3}, {QStringLiteral("NoEquals"), 0},
-        {QStringLiteral("Spaces"), 7}};
-    ASSERT_EQ(rows.size(), expected.size());
-    for (size_t i = 0; i < rows.size(); ++i) {
-        EXPECT_EQ(rows[i].text, expected[i].first) << i;
-        EXPECT_EQ(rows[i].data, expected[i].second) << i;
+    const char* options =
+        "[First]\nx=1\n\n[Auction Options]\nBold=11\nHighlight=58 (extra)\nPlain=none\n"
+        "Half=12.5\nNegative=-3\nNoEquals\nSpaces= 7 days\n\n[After]\nz=9\n\n";
+    const char* payment = "[Payment]\nMoney Order=18\n\n[Shipping]\nSee=31\n\n";
+    const struct {
+        const char* text;
+        int store;
+        const char* section;
+        const char* rows;  // text:data, in order
+    } cases[] = {
+        {options, 0, "auction options",
+         "Bold:11 Highlight:58 Plain:0 Half:12 Negative:-3 NoEquals:0 Spaces:7"},
+        {options, 0, "Missing", ""},
+        {options, 1, "Auction Options", ""},
+        {payment, 0, "Payment", ""},
+        {payment, 0, "Shipping", "See:31"},
+        {"[x]\na=1\n\n[Empty]\n\n", 0, "Empty", ""},  // a header right before its blank line
+    };
+    for (const auto& c : cases) {
+        QStringList rows;
+        for (const RuleListRow& row :
+             StoreWith(Crlf(c.text)).FillList(c.store, QString::fromUtf8(c.section))) {
+            rows << row.text + u':' + QString::number(row.data);
+        }
+        EXPECT_EQ(rows.join(u' '), QString::fromUtf8(c.rows)) << c.section;
     }
-    EXPECT_TRUE(rules.FillList(0, QStringLiteral("Missing")).empty());
-    EXPECT_TRUE(rules.FillList(1, QStringLiteral("Auction Options")).empty());
-}
-
-TEST(rulesFillList, ASectionAtTheVeryFirstPositionCountsAsAbsent) {
-    const RuleStore rules = StoreWith(Crlf("[Payment]\nMoney Order=18\n\n[Shipping]\nSee=31\n\n"));
-    // The same header gives keys to the lookup but nothing to a list.
-    EXPECT_EQ(rules.LookupKey(QStringLiteral("Payment"), QStringLiteral("Money Order"), 0),
-              QStringLiteral("18"));
-    EXPECT_TRUE(rules.FillList(0, QStringLiteral("Payment")).empty());
-    const std::vector<RuleListRow> shipping = rules.FillList(0, QStringLiteral("Shipping"));
-    ASSERT_EQ(shipping.size(), 1u);
-    EXPECT_EQ(shipping[0].text, QStringLiteral("See"));
-    EXPECT_EQ(shipping[0].data, 31);
-    // A header right before its blank line gives an empty list.
-    const RuleStore empty = StoreWith(Crlf("[x]\na=1\n\n[Empty]\n\n"));
-    EXPECT_TRUE(empty.FillList(0, QStringLiteral("Empty")).empty());
 }
 
 // Random rule texts built from pieces that collide on purpose: sections that
@@ -306,36 +308,15 @@ TEST(rulesFillList, ASectionAtTheVeryFirstPositionCountsAsAbsent) {
 // answer of the store (asked in random order, so its cache is warm and cold)
 // must equal the plain search.
 TEST(rulesDifferential, TheStoreAnswersAsThePlainSearchOverRandomTexts) {
-    const QStringList sections = {QStringLiteral("Sites"),
-                                  QStringLiteral("SITES"),
-                                  QStringLiteral("sites"),
-                                  QStringLiteral("Update"),
-                                  QStringLiteral("Current Bids"),
-                                  QStringLiteral("current bids"),
-                                  QStringLiteral("A"),
-                                  QStringLiteral("a=b"),
-                                  QStringLiteral(""),
-                                  QStringLiteral("Sites]\r\n"),
-                                  QStringLiteral("Item1")};
-    const QStringList keys = {QStringLiteral("Item1"),    QStringLiteral("Item1 Start"),
-                              QStringLiteral("Item10"),   QStringLiteral("item1"),
-                              QStringLiteral("Url"),      QStringLiteral(""),
-                              QStringLiteral("a=b"),      QStringLiteral(" Url"),
-                              QStringLiteral("Url "),     QStringLiteral("[Sites]"),
-                              QStringLiteral("x\r\nUrl"), QStringLiteral("\nUrl"),
-                              QStringLiteral("Url\r"),    QStringLiteral("=")};
-    const QStringList values = {QString(),
-                                QStringLiteral("x"),
-                                QStringLiteral("a=b=c"),
-                                QStringLiteral(" spaced "),
-                                QStringLiteral("[Sites]"),
-                                QStringLiteral("[current BIDS]"),
-                                QStringLiteral("<td a=\"1\">"),
-                                QStringLiteral("Url=y"),
-                                QStringLiteral("\r"),
-                                QStringLiteral("x\ny"),
-                                QStringLiteral("ERROR"),
-                                QStringLiteral("=")};
+    const QStringList sections = {"Sites",        "SITES", "sites", "Update", "Current Bids",
+                                  "current bids", "A",     "a=b",   "",       "Sites]\r\n",
+                                  "Item1"};
+    const QStringList keys = {"Item1",    "Item1 Start", "Item10", "item1", "Url",
+                              "",         "a=b",         " Url",   "Url ",  "[Sites]",
+                              "x\r\nUrl", "\nUrl",       "Url\r",  "="};
+    const QStringList values = {
+        QString(),      "x",     "a=b=c", " spaced ", "[Sites]", "[current BIDS]",
+        "<td a=\"1\">", "Url=y", "\r",    "x\ny",     "ERROR",   "="};
 
     std::mt19937 random(20240611u);
     auto pick = [&random](const QStringList& list) {
@@ -445,41 +426,45 @@ using rulesTable = RuleStoreDbTest;
 
 }  // namespace
 
-TEST_F(rulesTable, WithoutAFixFileTheRepairDoesNothing) {
-    AddRow(QStringLiteral("site.pro"), QStringLiteral("old site"));
-    WriteConfig(QStringLiteral("site.pro"), "[S]\nk=v\n");
-    WriteConfig(QStringLiteral("info.pro"), "[I]\nk=v\n");
-    EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), RuleFixResult::NotPending);
-    EXPECT_EQ(RowData(), QStringList{QStringLiteral("old site")});
-    EXPECT_TRUE(m_rules.Text(kSiteStore).isEmpty());
-    EXPECT_TRUE(m_ui.Messages().isEmpty());
-}
-
-TEST_F(rulesTable, TheRepairStopsWithTheFirstErrorWhenInfoProIsMissing) {
+// A repair that is not pending, or lacks one of its files, writes no row and
+// fills no site store; each missing file is told by its own error.
+TEST_F(rulesTable, ARepairNotPendingOrLackingAFileChangesNoRow) {
     AddRow(QStringLiteral("site.pro"), QStringLiteral("old site"));
     AddRow(QStringLiteral("info.pro"), QStringLiteral("old info"));
-    WriteConfig(QStringLiteral("protfix.cfg"), "");
-    WriteConfig(QStringLiteral("site.pro"), "[S]\nk=v\n");
-    EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), RuleFixResult::FileMissing);
-    EXPECT_EQ(m_ui.Messages(), QStringList{kFixText});
-    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Protocol Fix Error 1")});
-    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
-    EXPECT_EQ(RowData(), (QStringList{QStringLiteral("old site"), QStringLiteral("old info")}));
-    EXPECT_TRUE(m_rules.Text(kSiteStore).isEmpty());
-}
-
-TEST_F(rulesTable, TheRepairStopsWithTheSecondErrorWhenSiteProIsMissing) {
-    AddRow(QStringLiteral("site.pro"), QStringLiteral("old site"));
-    AddRow(QStringLiteral("info.pro"), QStringLiteral("old info"));
-    WriteConfig(QStringLiteral("protfix.cfg"), "");
-    WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\nServer=mail\n");
-    EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), RuleFixResult::FileMissing);
-    EXPECT_EQ(m_ui.Messages(), QStringList{kFixText});
-    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Protocol Fix Error 2")});
-    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
-    // info.pro was loaded before site.pro was looked for; the table is untouched.
-    EXPECT_EQ(m_rules.Text(kInfoStore), Crlf("[Mail Server]\nServer=mail\n"));
-    EXPECT_EQ(RowData(), (QStringList{QStringLiteral("old site"), QStringLiteral("old info")}));
+    const struct {
+        QStringList files;  // of protfix.cfg, site.pro and info.pro, those there
+        RuleFixResult result;
+        const char* title;  // nullptr: nothing is told
+        QString infoStore;
+    } cases[] = {
+        {{"site.pro", "info.pro"}, RuleFixResult::NotPending, nullptr, {}},
+        {{"protfix.cfg", "site.pro"}, RuleFixResult::FileMissing, "Protocol Fix Error 1", {}},
+        // info.pro is loaded before site.pro is looked for.
+        {{"protfix.cfg", "info.pro"},
+         RuleFixResult::FileMissing,
+         "Protocol Fix Error 2",
+         "[Mail Server]\r\nServer=mail\r\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.files.join(u' ').toStdString());
+        ScriptedUi ui;
+        CurrentSession().ui = &ui;
+        m_rules.ClearAll();
+        for (const QString name : {"protfix.cfg", "site.pro", "info.pro"}) {
+            QFile::remove(Config(name));
+            if (c.files.contains(name)) {
+                WriteConfig(name, "[Mail Server]\nServer=mail\n");
+            }
+        }
+        EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), c.result);
+        EXPECT_EQ(ui.Titles(), c.title ? QStringList{c.title} : QStringList());
+        EXPECT_EQ(ui.Messages(), c.title ? QStringList{kFixText} : QStringList());
+        EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
+        EXPECT_EQ(RowData(), (QStringList{"old site", "old info"}));
+        EXPECT_TRUE(m_rules.Text(kSiteStore).isEmpty());
+        EXPECT_EQ(m_rules.Text(kInfoStore), c.infoStore);
+        CurrentSession().ui = &m_ui;
+    }
 }
 
 TEST_F(rulesTable, TheRepairWritesSiteToTheFirstRowAndInfoToTheSecond) {
@@ -497,19 +482,6 @@ TEST_F(rulesTable, TheRepairWritesSiteToTheFirstRowAndInfoToTheSecond) {
     EXPECT_EQ(rows[0], Crlf("[Sites]\nSite0=eBay\n"));
     EXPECT_EQ(rows[1], Crlf("[Mail Server]\nServer=it's mail  \n"));
     EXPECT_EQ(m_rules.Text(kSiteStore), rows[0]);
-}
-
-TEST_F(rulesTable, TheRepairMakesRowsThatAreMissingAndKeepsTrailingBlanks) {
-    WriteConfig(QStringLiteral("protfix.cfg"), "");
-    WriteConfig(QStringLiteral("site.pro"), "[Sites]\nSite0=eBay  ");  // no line end
-    WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\nServer=mail");
-    EXPECT_EQ(ApplyRuleFix(m_rules, *m_db), RuleFixResult::Applied);
-    EXPECT_EQ(RowData().size(), 2);
-    ASSERT_TRUE(InstallRuleStore(m_rules, *m_db));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
-              QStringLiteral("eBay  "));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("mail"));
 }
 
 TEST_F(rulesTable, ARepairThatCannotWriteKeepsItsFilesForTheNextStart) {
@@ -540,30 +512,34 @@ TEST_F(rulesTable, InstallAppendsABlankLineToEachRowAndRemovesTheFiles) {
               Crlf("[Mail Server]\nServer=mail") + QStringLiteral("\r\n\r\n"));
     EXPECT_EQ(m_rules.Text(kSellerStore), QStringLiteral("seller"));
     // The last section of each text reads by the appended blank line.
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
-              QStringLiteral("eBay"));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("mail"));
+    EXPECT_EQ(SitesKey(m_rules, "Site0"), QStringLiteral("eBay"));
+    EXPECT_EQ(MailServer(m_rules), QStringLiteral("mail"));
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("site.pro"))));
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
     EXPECT_TRUE(QFile::exists(Config(QStringLiteral("category.pro"))));
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 }
 
+// The first install makes the rows that are missing, the second replaces the
+// rows the first made; trailing blanks of a last line without a line end stay.
 TEST_F(rulesTable, InstallRunsThePendingRepairFirst) {
-    AddRow(QStringLiteral("site.pro"), Crlf("[Sites]\nSite0=old"));
-    AddRow(QStringLiteral("info.pro"), Crlf("[Mail Server]\nServer=old"));
-    WriteConfig(QStringLiteral("protfix.cfg"), "");
-    WriteConfig(QStringLiteral("site.pro"), "[Sites]\nSite0=new\n");
-    WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\nServer=new\n");
-    ASSERT_TRUE(InstallRuleStore(m_rules, *m_db));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
-              QStringLiteral("new"));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("new"));
-    EXPECT_EQ(RowData()[0], Crlf("[Sites]\nSite0=new\n"));
-    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
-    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("site.pro"))));
+    for (const QString& marker : {QStringLiteral("first  "), QStringLiteral("second")}) {
+        SCOPED_TRACE(marker.toStdString());
+        WriteConfig(QStringLiteral("protfix.cfg"), "");
+        WriteConfig(QStringLiteral("site.pro"), ("[Sites]\nSite0=" + marker).toUtf8());
+        WriteConfig(QStringLiteral("info.pro"),
+                    ("[Mail Server]\nServer=" + marker + "\n").toUtf8());
+        ASSERT_TRUE(InstallRuleStore(m_rules, *m_db));
+        EXPECT_EQ(SitesKey(m_rules, "Site0"), marker);
+        EXPECT_EQ(MailServer(m_rules), marker);
+        const QStringList rows = RowData();
+        ASSERT_EQ(rows.size(), 2);
+        EXPECT_TRUE(rows[0].startsWith("[Sites]\r\nSite0=" + marker)) << Visible(rows[0]);
+        EXPECT_EQ(rows[1], "[Mail Server]\r\nServer=" + marker + "\r\n");
+        for (const char* name : {"protfix.cfg", "site.pro", "info.pro"}) {
+            EXPECT_FALSE(QFile::exists(Config(QLatin1String(name)))) << name;
+        }
+    }
 }
 
 TEST_F(rulesTable, AFailedRepairStillInstallsWhatTheTableHolds) {
@@ -573,8 +549,7 @@ TEST_F(rulesTable, AFailedRepairStillInstallsWhatTheTableHolds) {
     WriteConfig(QStringLiteral("info.pro"), "[Mail Server]\nServer=file\n");
     ASSERT_TRUE(InstallRuleStore(m_rules, *m_db));
     EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Protocol Fix Error 2")});
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("table"));
+    EXPECT_EQ(MailServer(m_rules), QStringLiteral("table"));
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
 }
 
@@ -585,8 +560,7 @@ TEST_F(rulesTable, AShortOrMissingTableIsToldAndLeavesTheStoresEmpty) {
     EXPECT_FALSE(InstallRuleStore(m_rules, *m_db));
     ASSERT_EQ(m_ui.Messages().size(), 1);
     EXPECT_TRUE(m_ui.Messages()[0].contains(QStringLiteral("info.pro")));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
-              QStringLiteral("eBay"));
+    EXPECT_EQ(SitesKey(m_rules, "Site0"), QStringLiteral("eBay"));
     EXPECT_TRUE(m_rules.Text(kInfoStore).isEmpty());
     EXPECT_TRUE(QFile::exists(Config(QStringLiteral("site.pro"))));
 
@@ -645,10 +619,8 @@ using rulesSession = RuleSessionTest;
 TEST_F(rulesSession, StartUpFillsTheProcessStoreFromTheSessionDatabase) {
     InstallRuleStore();
     EXPECT_TRUE(m_ui.Messages().isEmpty());
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0),
-              QStringLiteral("shipped"));
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("shipped"));
+    EXPECT_EQ(SitesKey(Rules(), "Site0"), QStringLiteral("shipped"));
+    EXPECT_EQ(MailServer(Rules()), QStringLiteral("shipped"));
 }
 
 TEST_F(rulesSession, ADamagedDatabaseIsToldAndStartUpGoesOn) {
@@ -656,48 +628,21 @@ TEST_F(rulesSession, ADamagedDatabaseIsToldAndStartUpGoesOn) {
     EXPECT_NO_THROW(InstallRuleStore());
     EXPECT_EQ(m_ui.Messages().size(), 1);
     EXPECT_NO_THROW(DecryptProtocols());
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site0"), 0), kError);
+    EXPECT_EQ(SitesKey(Rules(), "Site0"), kError);
 }
 
-TEST_F(rulesSession, InstallRuleFilesReplacesTheRulesAndKeepsTheOnesInUse) {
-    TempRoot given;
-    const QString site = given.Write(QStringLiteral("my site.pro"),
-                                     ValidSite(Crlf("[Protocols]\nProtocolCheckUrl=u\n"
-                                                    "Current Protocol=1\n"),
-                                               QStringLiteral("given"))
-                                         .toUtf8());
-    const QString info =
-        given.Write(QStringLiteral("my info.pro"), ValidInfo(QStringLiteral("given")).toUtf8());
-    QString error;
-    ASSERT_TRUE(InstallRuleFiles(site, info, &error)) << error.toStdString();
-    EXPECT_TRUE(m_ui.Messages().isEmpty());
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
-              QStringLiteral("given"));
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("given"));
-    for (const char* name : {"site.pro", "info.pro", "protfix.cfg"}) {
-        EXPECT_FALSE(QFile::exists(Config(QString::fromLatin1(name)))) << name;
-    }
-    EXPECT_EQ(ReadAll(PreviousRulesDir() + QStringLiteral("site.pro")),
-              QByteArray("[Sites]\r\nSite0=shipped\r\n"));
-    EXPECT_EQ(ReadAll(PreviousRulesDir() + QStringLiteral("info.pro")),
-              QByteArray("[Mail Server]\r\nServer=shipped\r\n"));
-    // A later start reads the same rules from the table.
-    Rules().ClearAll();
-    InstallRuleStore();
-    EXPECT_EQ(LookupRuleKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
-              QStringLiteral("given"));
-}
-
-TEST_F(rulesSession, InstallRuleFilesNamesTheFileAndWhatIsWrongAndOverwritesNothing) {
+// Rule files given by hand are checked first: a bad one is named with what is
+// wrong and overwrites nothing; good ones replace the rules and the ones in use
+// are kept.
+TEST_F(rulesSession, InstallRuleFilesRefusesBadFilesByNameAndReplacesTheRulesWithGoodOnes) {
     TempRoot given;
     const QString site =
-        given.Write(QStringLiteral("site.pro"),
+        given.Write(QStringLiteral("my site.pro"),
                     ValidSite(Crlf("[Protocols]\nProtocolCheckUrl=u\nCurrent Protocol=1\n"),
                               QStringLiteral("given"))
                         .toUtf8());
     const QString info =
-        given.Write(QStringLiteral("info.pro"), ValidInfo(QStringLiteral("given")).toUtf8());
+        given.Write(QStringLiteral("my info.pro"), ValidInfo(QStringLiteral("given")).toUtf8());
     const QString empty = given.Write(QStringLiteral("empty.pro"), "\r\n  \r\n");
     const QString portal = given.Write(QStringLiteral("portal.pro"),
                                        "\n<!DOCTYPE html><html><body>Sign in</body></html>\n");
@@ -724,6 +669,23 @@ TEST_F(rulesSession, InstallRuleFilesNamesTheFileAndWhatIsWrongAndOverwritesNoth
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("protfix.cfg"))));
     EXPECT_FALSE(QFile::exists(PreviousRulesDir()));
+
+    QString error;
+    ASSERT_TRUE(InstallRuleFiles(site, info, &error)) << error.toStdString();
+    EXPECT_TRUE(m_ui.Messages().isEmpty());
+    EXPECT_EQ(SitesKey(Rules(), "Site1"), QStringLiteral("given"));
+    EXPECT_EQ(MailServer(Rules()), QStringLiteral("given"));
+    for (const char* name : {"site.pro", "info.pro", "protfix.cfg"}) {
+        EXPECT_FALSE(QFile::exists(Config(QString::fromLatin1(name)))) << name;
+    }
+    EXPECT_EQ(ReadAll(PreviousRulesDir() + QStringLiteral("site.pro")),
+              QByteArray("[Sites]\r\nSite0=shipped\r\n"));
+    EXPECT_EQ(ReadAll(PreviousRulesDir() + QStringLiteral("info.pro")),
+              QByteArray("[Mail Server]\r\nServer=shipped\r\n"));
+    // A later start reads the same rules from the table.
+    Rules().ClearAll();
+    InstallRuleStore();
+    EXPECT_EQ(SitesKey(Rules(), "Site1"), QStringLiteral("given"));
 }
 
 // ------------------------------------------------- version check and update
@@ -808,38 +770,42 @@ using rulesUpdate = RuleUpdateTest;
 
 }  // namespace
 
-TEST_F(rulesUpdate, ACancelledCheckStopsTheUpdate) {
-    m_server.answers[kCheckUrl] = {FetchOutcome::Cancelled, {}};
-    EXPECT_FALSE(Check());
-    EXPECT_EQ(m_ui.Statuses(), QStringList{QStringLiteral("Checking version")});
-    EXPECT_EQ(m_ui.Messages(),
-              QStringList{QStringLiteral(
-                  "Update cancelled.  Some Auction/Bid information may be incomplete.")});
-    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
-    EXPECT_FALSE(CurrentSession().RulesChecked);
-    EXPECT_EQ(m_server.fetched, QStringList{kCheckUrl});
-    EXPECT_EQ(m_server.files, QStringList{Config(QStringLiteral("update.txt"))});
-}
-
-TEST_F(rulesUpdate, AFailedOrEmptyOrNotFoundCheckIsANetworkError) {
-    const std::vector<ScriptedServer::Answer> answers = {
-        {FetchOutcome::Failed, {}},
-        {FetchOutcome::Ok, "<html><h1>404 Not Found</h1> PROTOCOL: 7</html>"},
-        {FetchOutcome::Ok, ""},
-        {FetchOutcome::Ok, "  \r\n\t \r\n"}};
-    for (const auto& answer : answers) {
-        SCOPED_TRACE(answer.body.toStdString());
+// A check that is cancelled, fails, or answers nothing usable stops the update
+// with its own message and fetches no rule file. Each case checks again after
+// the one before it failed.
+TEST_F(rulesUpdate, AFailedCheckStopsTheUpdateAndTheNextUpdateChecksAgain) {
+    const QString network = QStringLiteral("Network error.  Update cancelled.");
+    const QString cancelled =
+        QStringLiteral("Update cancelled.  Some Auction/Bid information may be incomplete.");
+    const struct {
+        const char* name;
+        ScriptedServer::Answer answer;
+        QString message, title;
+    } cases[] = {
+        {"cancelled", {FetchOutcome::Cancelled, {}}, cancelled, "Update Cancelled"},
+        {"failed", {FetchOutcome::Failed, {}}, network, "Network Error"},
+        {"not found",
+         {FetchOutcome::Ok, "<html><h1>404 Not Found</h1> PROTOCOL: 7</html>"},
+         network,
+         "Network Error"},
+        {"empty", {FetchOutcome::Ok, ""}, network, "Network Error"},
+        {"blank", {FetchOutcome::Ok, "  \r\n\t \r\n"}, network, "Network Error"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         ScriptedUi ui;
-        lw::core::CurrentSession().ui = &ui;
+        CurrentSession().ui = &ui;
         m_server.fetched.clear();
-        m_server.answers[kCheckUrl] = answer;
+        m_server.files.clear();
+        m_server.answers[kCheckUrl] = c.answer;
         EXPECT_FALSE(Check());
-        EXPECT_EQ(ui.Messages(), QStringList{QStringLiteral("Network error.  Update cancelled.")});
-        EXPECT_EQ(ui.Titles(), QStringList{QStringLiteral("Network Error")});
+        EXPECT_EQ(ui.Statuses(), QStringList{"Checking version"});
+        EXPECT_EQ(ui.Messages(), QStringList{c.message});
+        EXPECT_EQ(ui.Titles(), QStringList{c.title});
         EXPECT_FALSE(CurrentSession().RulesChecked);
-        // No rule file is fetched after a failed check.
         EXPECT_EQ(m_server.fetched, QStringList{kCheckUrl});
-        lw::core::CurrentSession().ui = &m_ui;
+        EXPECT_EQ(m_server.files, QStringList{Config(QStringLiteral("update.txt"))});
+        CurrentSession().ui = &m_ui;
     }
     EXPECT_EQ(RowData()[0], SiteRules(QStringLiteral("7"), QStringLiteral("old")));
 }
@@ -853,55 +819,59 @@ TEST_F(rulesUpdate, AStaleVersionFileIsNeverReadAsTheAnswer) {
     EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Network Error")});
 }
 
-TEST_F(rulesUpdate, TheSameVersionGoesOnWithoutDownloads) {
+// Once a check has succeeded, the next answers False at once and fetches nothing.
+TEST_F(rulesUpdate, TheSameVersionGoesOnWithoutDownloadsAndIsNotCheckedAgain) {
     m_server.answers[kCheckUrl] = {FetchOutcome::Ok, "\r\nPROTOCOL:   7  \r\n"};
+    const QStringList statuses = {"Checking version", "Continuing Update."};
     EXPECT_TRUE(Check());
     EXPECT_TRUE(CurrentSession().RulesChecked);
     EXPECT_EQ(m_server.fetched, QStringList{kCheckUrl});
-    EXPECT_EQ(m_ui.Statuses(), (QStringList{QStringLiteral("Checking version"),
-                                            QStringLiteral("Continuing Update.")}));
+    EXPECT_EQ(m_ui.Statuses(), statuses);
     EXPECT_TRUE(m_ui.Messages().isEmpty());
+
+    EXPECT_FALSE(Check());
+    EXPECT_EQ(m_server.fetched, QStringList{kCheckUrl});
+    EXPECT_EQ(m_ui.Statuses(), statuses);
 }
 
+// An answer without the marker counts as a new version too: it comes second,
+// with version 8 already in use.
 TEST_F(rulesUpdate, ANewVersionDownloadsTheFilesAndTheRulesTakeEffectAtOnce) {
-    ServeNewRules();
-    WriteConfig(QStringLiteral("category.pro"), "old categories");
-    EXPECT_TRUE(Check());
-    EXPECT_TRUE(CurrentSession().RulesChecked);
-    EXPECT_EQ(m_server.fetched,
-              (QStringList{kCheckUrl, QStringLiteral("http://127.0.0.1:8750/rules/category.pro"),
-                           QStringLiteral("http://127.0.0.1:8750/rules/site.pro"),
-                           QStringLiteral("http://127.0.0.1:8750/rules/info.pro")}))
-        << "a file name that leaves ConfigsDir is never fetched";
-    EXPECT_EQ(m_ui.Statuses(),
-              (QStringList{QStringLiteral("Checking version"), QStringLiteral("Updating engine."),
-                           QStringLiteral("Updating engine."), QStringLiteral("Updating engine."),
-                           QStringLiteral("Updating engine."),
-                           QStringLiteral("Processing updated protocols."),
-                           QStringLiteral("Continuing Update.")}));
-    EXPECT_TRUE(m_ui.Messages().isEmpty());
+    const QString base = QStringLiteral("http://127.0.0.1:8750/rules/");
+    for (const char* answer : {"PROTOCOL: 8 \r\n", "version 8"}) {
+        SCOPED_TRACE(answer);
+        ScriptedUi ui;
+        CurrentSession().ui = &ui;
+        CurrentSession().RulesChecked = false;
+        m_server.fetched.clear();
+        ServeNewRules();
+        m_server.answers[kCheckUrl] = {FetchOutcome::Ok, answer};
+        WriteConfig(QStringLiteral("category.pro"), "old categories");
+        EXPECT_TRUE(Check());
+        EXPECT_TRUE(CurrentSession().RulesChecked);
+        EXPECT_EQ(m_server.fetched, (QStringList{kCheckUrl, base + "category.pro",
+                                                 base + "site.pro", base + "info.pro"}))
+            << "a file name that leaves ConfigsDir is never fetched";
+        EXPECT_EQ(ui.Statuses(),
+                  (QStringList{"Checking version", "Updating engine.", "Updating engine.",
+                               "Updating engine.", "Updating engine.",
+                               "Processing updated protocols.", "Continuing Update."}));
+        EXPECT_TRUE(ui.Messages().isEmpty());
 
-    const QStringList rows = RowData();
-    EXPECT_EQ(rows[0], SiteRules(QStringLiteral("8"), QStringLiteral("new")));
-    EXPECT_EQ(rows[1], ValidInfo(QStringLiteral("new")));
-    // The very next lookup sees the new rules.
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
-              QStringLiteral("new"));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("new"));
-    EXPECT_EQ(ReadAll(Config(QStringLiteral("category.pro"))),
-              QByteArray("[Antiques]\nSilver=102\n"));
-    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("site.pro"))));
-    EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
-    EXPECT_FALSE(QFile::exists(QDir(m_configs).absoluteFilePath(QStringLiteral("../escape.pro"))));
-}
-
-TEST_F(rulesUpdate, AnAnswerWithoutTheMarkerCountsAsANewVersion) {
-    ServeNewRules();
-    m_server.answers[kCheckUrl] = {FetchOutcome::Ok, "version 8"};
-    EXPECT_TRUE(Check());
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
-              QStringLiteral("new"));
+        const QStringList rows = RowData();
+        EXPECT_EQ(rows[0], SiteRules(QStringLiteral("8"), QStringLiteral("new")));
+        EXPECT_EQ(rows[1], ValidInfo(QStringLiteral("new")));
+        // The very next lookup sees the new rules.
+        EXPECT_EQ(SitesKey(m_rules, "Site1"), QStringLiteral("new"));
+        EXPECT_EQ(MailServer(m_rules), QStringLiteral("new"));
+        EXPECT_EQ(ReadAll(Config(QStringLiteral("category.pro"))),
+                  QByteArray("[Antiques]\nSilver=102\n"));
+        EXPECT_FALSE(QFile::exists(Config(QStringLiteral("site.pro"))));
+        EXPECT_FALSE(QFile::exists(Config(QStringLiteral("info.pro"))));
+        EXPECT_FALSE(
+            QFile::exists(QDir(m_configs).absoluteFilePath(QStringLiteral("../escape.pro"))));
+        CurrentSession().ui = &m_ui;
+    }
 }
 
 TEST_F(rulesUpdate, OneFailingFileDoesNotStopTheNext) {
@@ -912,10 +882,8 @@ TEST_F(rulesUpdate, OneFailingFileDoesNotStopTheNext) {
         FetchOutcome::Cancelled, {}};
     EXPECT_TRUE(Check());
     EXPECT_EQ(m_server.fetched.size(), 4);
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
-              QStringLiteral("old"));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("new"));
+    EXPECT_EQ(SitesKey(m_rules, "Site1"), QStringLiteral("old"));
+    EXPECT_EQ(MailServer(m_rules), QStringLiteral("new"));
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 }
 
@@ -923,10 +891,10 @@ TEST_F(rulesUpdate, FilesThatAreNotRulesReplaceNothingAndTheMessageSaysWhy) {
     const QByteArray portal =
         "<html><head><title>Hotel Wi-Fi</title></head>\n"
         "<body>Accept the terms to go on</body></html>\n";
-    QString noUpdate = SiteRules(QStringLiteral("8"), QStringLiteral("new"));
-    noUpdate.replace(QStringLiteral("[Update]"), QStringLiteral("[Updates]"));
-    QString noWatch = SiteRules(QStringLiteral("8"), QStringLiteral("new"));
-    noWatch.replace(QStringLiteral("[Watching Items eBay]"), QStringLiteral("[Watching eBay]"));
+    QString noUpdate = SiteRules("8", "new");
+    noUpdate.replace("[Update]", "[Updates]");
+    QString noWatch = SiteRules("8", "new");
+    noWatch.replace("[Watching Items eBay]", "[Watching eBay]");
     const struct {
         QByteArray site, info, category;
         QStringList says;
@@ -935,27 +903,20 @@ TEST_F(rulesUpdate, FilesThatAreNotRulesReplaceNothingAndTheMessageSaysWhy) {
         {portal,
          portal,
          portal,
-         {QStringLiteral("site.pro is a web page"), QStringLiteral("info.pro is a web page"),
-          QStringLiteral("category.pro is a web page")}},
-        {"\r\n", {}, {}, {QStringLiteral("site.pro holds no rules")}},
-        {QByteArray("PK\x03\x04\0\0garbage", 12),
-         {},
-         {},
-         {QStringLiteral("site.pro holds binary data")}},
+         {"site.pro is a web page", "info.pro is a web page", "category.pro is a web page"}},
+        {"\r\n", {}, {}, {"site.pro holds no rules"}},
+        {QByteArray("PK\x03\x04\0\0garbage", 12), {}, {}, {"site.pro holds binary data"}},
         {"Welcome to the network\n[Sites]\nSite0=x\n",
          {},
          {},
-         {QStringLiteral("site.pro does not begin with a [section] line but with \"Welcome")}},
-        {noUpdate.toUtf8(), {}, {}, {QStringLiteral("site.pro has no [Update] section")}},
-        {noWatch.toUtf8(),
-         {},
-         {},
-         {QStringLiteral("site.pro has no [Watching Items eBay] section")}},
-        {{}, "[Mail Server]\nServer=new\n", {}, {QStringLiteral("info.pro has no [Tracking]")}},
+         {"site.pro does not begin with a [section] line but with \"Welcome"}},
+        {noUpdate.toUtf8(), {}, {}, {"site.pro has no [Update] section"}},
+        {noWatch.toUtf8(), {}, {}, {"site.pro has no [Watching Items eBay] section"}},
+        {{}, "[Mail Server]\nServer=new\n", {}, {"info.pro has no [Tracking]"}},
         {{},
-         (ValidInfo(QStringLiteral("new")) + QStringLiteral("a stray line\r\n")).toUtf8(),
+         (ValidInfo("new") + "a stray line\r\n").toUtf8(),
          {},
-         {QStringLiteral("info.pro has a line 18 that is neither a [section] nor key=value")}},
+         {"info.pro has a line 18 that is neither a [section] nor key=value"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.says.join(u' ').toStdString());
@@ -981,8 +942,7 @@ TEST_F(rulesUpdate, FilesThatAreNotRulesReplaceNothingAndTheMessageSaysWhy) {
         }
         EXPECT_EQ(RowData(), (QStringList{SiteRules(QStringLiteral("7"), QStringLiteral("old")),
                                           ValidInfo(QStringLiteral("old"))}));
-        EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-                  QStringLiteral("old"));
+        EXPECT_EQ(MailServer(m_rules), QStringLiteral("old"));
         EXPECT_EQ(ReadAll(Config(QStringLiteral("category.pro"))),
                   QByteArray("[Antiques]\nold=1\n"));
         EXPECT_EQ(QDir(m_configs).entryList(QDir::Files),
@@ -1009,10 +969,8 @@ TEST_F(rulesUpdate, TheReplacedRulesAreKeptAndRestoreSwapsThemBack) {
 
     ASSERT_TRUE(RestorePreviousRules(m_rules, *m_db, &error)) << error.toStdString();
     EXPECT_EQ(RowData(), oldRows);
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
-              QStringLiteral("old"));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("old"));
+    EXPECT_EQ(SitesKey(m_rules, "Site1"), QStringLiteral("old"));
+    EXPECT_EQ(MailServer(m_rules), QStringLiteral("old"));
     // The rules the restore replaced are kept in turn: a second restore undoes it.
     ASSERT_TRUE(RestorePreviousRules(m_rules, *m_db, &error)) << error.toStdString();
     EXPECT_EQ(RowData(), newRows);
@@ -1022,24 +980,6 @@ TEST_F(rulesUpdate, TheReplacedRulesAreKeptAndRestoreSwapsThemBack) {
     EXPECT_FALSE(RestorePreviousRules(m_rules, *m_db, &error));
     EXPECT_TRUE(error.contains(QStringLiteral("info.pro is a web page"))) << error.toStdString();
     EXPECT_EQ(RowData(), newRows);
-}
-
-TEST_F(rulesUpdate, TheCheckRunsOnlyUntilItHasOnceSucceeded) {
-    m_server.answers[kCheckUrl] = {FetchOutcome::Failed, {}};
-    EXPECT_FALSE(Check());
-    EXPECT_FALSE(CurrentSession().RulesChecked);
-
-    // The next update checks again.
-    m_server.answers[kCheckUrl] = {FetchOutcome::Ok, "PROTOCOL: 7"};
-    EXPECT_TRUE(Check());
-    EXPECT_TRUE(CurrentSession().RulesChecked);
-    EXPECT_EQ(m_server.fetched.size(), 2);
-
-    // After that it answers False at once and fetches nothing.
-    const int statuses = static_cast<int>(m_ui.Statuses().size());
-    EXPECT_FALSE(Check());
-    EXPECT_EQ(m_server.fetched.size(), 2);
-    EXPECT_EQ(m_ui.Statuses().size(), statuses);
 }
 
 // ------------------------------------------- the direct fetch over loopback
@@ -1117,10 +1057,8 @@ TEST_F(rulesTable, TheSelfUpdateRunsAgainstALoopbackServer) {
 
     EXPECT_TRUE(CheckRuleUpdate(m_rules, *m_db));
     EXPECT_TRUE(m_ui.Messages().isEmpty());
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Sites"), QStringLiteral("Site1"), 0),
-              QStringLiteral("served"));
-    EXPECT_EQ(m_rules.LookupKey(QStringLiteral("Mail Server"), QStringLiteral("Server"), 1),
-              QStringLiteral("served"));
+    EXPECT_EQ(SitesKey(m_rules, "Site1"), QStringLiteral("served"));
+    EXPECT_EQ(MailServer(m_rules), QStringLiteral("served"));
     // category.pro answered 404: no error page takes its place.
     EXPECT_FALSE(QFile::exists(Config(QStringLiteral("category.pro"))));
 }

@@ -106,133 +106,126 @@ QString FirstValue(const char* rules, const QByteArray& page) {
     return records.items.front().front();
 }
 
-const char* kOneItem = "GStart=<body\nGend=</body>\nItems=1\nItem1=Title\nItem1 Start=";
-
-QString One(const char* start, const QByteArray& body) {
-    const QByteArray rules = QByteArray(kOneItem) + start;
-    return FirstValue(rules.constData(), QByteArray("<body>") + body + QByteArray("</body>"));
-}
+// The part of a protocol that scans "<body>" pages.
+const char* kBody = "GStart=<body\nGend=</body>\n";
 
 }  // namespace
 
 // ------------------------------------------------------------ item steps
 
-TEST(ScannerItem, TheValueStandsBehindTheTagTheMarkerEndsIn) {
-    EXPECT_EQ(One("<b", "<b>abc</b>"), QStringLiteral("abc"));
+// One item over one page: start holds the item's Start marker and, on further
+// lines, its other keys; body stands between <body> and </body>.
+TEST(ScannerItem, TheValueOfOneItem) {
+    const struct {
+        const char* name;
+        const char* start;
+        const char* body;
+        const char* value;
+    } cases[] = {
+        // The value stands behind the tag the marker ends in; tags between
+        // marker and value are stepped over, and a line end behind a tag loses
+        // the text up to the next ">".
+        {"behind the tag", "<b", "<b>abc</b>", "abc"},
+        {"one tag stepped over", "<font", "<font x><b>abc", "abc"},
+        {"tags stepped over", "<td", "<td class=a><b><i><font size=2>deep</font>", "deep"},
+        {"CR LF behind a tag", "<td", "<td>\r\nlost text<b>kept</b>", "kept"},
+        {"LF behind a tag", "<td", "<td>\nalso lost>kept<", "kept"},
+        // An empty cell is no value: the scan goes on to the next text.
+        {"empty cell", "<td", "<td></td><td>next</td>", "next"},
+        {"blanks kept", "<td", "<td>  two blanks</td>", "  two blanks"},
+        {"marker in another case", "<TD Class=Item", "<td CLASS=item>found</td>", "found"},
+        // Bytes become text as UTF-8, or else as Latin-1.
+        {"UTF-8", "<td", "<td>caf\xc3\xa9</td>", "caf\u00e9"},
+        {"Latin-1", "<td", "<td>caf\xe9</td>", "caf\u00e9"},
+        // "<p>[HR]" finds "<p>\r" and moves the cursor 7 characters on, onto
+        // "c": had it moved by the four characters found, "cd" would be the value.
+        {"[HR] in Start", "<p>[HR]", "<p>\rab>cd>value<", "value"},
+        // A set of stop characters: stops at the "b" of " zzb", not at a ">".
+        {"AlternateSpan", "<x\nItem1 AlternateSpan=ab", "<x zzb>val<", ">val"},
+        // AlternateEnd ends the value; [HR] in it stands for both CR and LF.
+        {"AlternateEnd", "<x\nItem1 AlternateEnd=|[HR]", "<x>one <b>two</b>|three",
+         "one <b>two</b>"},
+        {"AlternateEnd at LF", "<x\nItem1 AlternateEnd=|[HR]", "<x>one two\nthree", "one two"},
+        {"AlternateEnd at CR", "<x\nItem1 AlternateEnd=|[HR]", "<x>one two\rthree", "one two"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QByteArray rules = QByteArray(kBody) + "Items=1\nItem1=Title\nItem1 Start=" + c.start;
+        EXPECT_EQ(FirstValue(rules.constData(), QByteArray("<body>") + c.body + "</body>"),
+                  QString::fromUtf8(c.value));
+    }
 }
 
-TEST(ScannerItem, TagsBetweenMarkerAndValueAreSteppedOver) {
-    EXPECT_EQ(One("<font", "<font x><b>abc"), QStringLiteral("abc"));
-    EXPECT_EQ(One("<td", "<td class=a><b><i><font size=2>deep</font>"), QStringLiteral("deep"));
+// Every record of one page, for items that work together or meet the end of
+// the text.
+TEST(ScannerItem, TheRecordsOfOnePage) {
+    const struct {
+        const char* name;
+        const char* items;
+        const char* body;
+        std::vector<QStringList> records;
+    } cases[] = {
+        {"entities are decoded and PrevValue holds the decoded text",
+         "Items=2\nItem1=A\nItem2=B\nItem1 Start=<a\nItem2 Start=<b\nItem2 Skip=x & y",
+         "<a>x &amp; y</a><b>never read</b>",
+         {{"x & y", "--"}}},
+        // Exact and case-sensitive: "none!" is not replaced.
+        {"ReplaceIf turns the value and PrevValue sees the replacement",
+         "Items=2\nItem1=A\nItem2=B\nItem1 Start=<a\nItem1 ReplaceIf=none\n"
+         "Item1 ReplaceString=0\nItem2 Start=<b\nItem2 Skip=0",
+         "<a>none</a><b>skipped</b><a>none!</a><b>read</b>",
+         {{"0", "--"}, {"none!", "read"}}},
+        {"AlternateStart is chosen when the previous value matches",
+         "Items=2\nItem1=Kind\nItem2=Price\nItem1 Start=<k\nItem2 Start=<p\n"
+         "Item2 AlternateIf=dutch\nItem2 AlternateStart=<d",
+         "<k>plain<p>1<d>2<k>dutch<p>3<d>4",
+         {{"plain", "1"}, {"dutch", "4"}}},
+        // The skipped cell is not consumed, but the next record's first marker
+        // lies behind it.
+        {"Skip2 skips in a run protocol",
+         "Items=2\nItem1=A\nItem2=B\nItem1 Start=<a\nItem2 Start=<c\nItem2 Skip=x\nItem2 Skip2=y",
+         "<a>y<c>1<a>z<c>2",
+         {{"y", "--"}, {"z", "2"}}},
+        {"an AccountType at the end of the text is empty",
+         "Items=1\nItem1=AccountType\nItem1 Start=<t",
+         "<t>",
+         {{""}}},
+        {"other fields at the end of the text end the page",
+         "Items=1\nItem1=Title\nItem1 Start=<t",
+         "<t>one<t>",
+         {{"one"}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QByteArray rules = QByteArray(kBody) + c.items;
+        EXPECT_EQ(
+            ScanPage(Main(rules.constData()), QByteArray("<body>") + c.body + "</body>").items,
+            c.records);
+    }
 }
 
-TEST(ScannerItem, ALineEndBehindATagLosesTheTextUpToTheNextGreaterThan) {
-    EXPECT_EQ(One("<td", "<td>\r\nlost text<b>kept</b>"), QStringLiteral("kept"));
-    EXPECT_EQ(One("<td", "<td>\nalso lost>kept<"), QStringLiteral("kept"));
-}
-
-TEST(ScannerItem, AnEmptyCellIsNoValueTheScanGoesOnToTheNextText) {
-    EXPECT_EQ(One("<td", "<td></td><td>next</td>"), QStringLiteral("next"));
-}
-
-TEST(ScannerItem, BlanksAndTextBehindTheTagAreTheValue) {
-    EXPECT_EQ(One("<td", "<td>  two blanks</td>"), QStringLiteral("  two blanks"));
-}
-
-TEST(ScannerItem, MarkersAreFoundWithoutRegardToCase) {
-    EXPECT_EQ(One("<TD Class=Item", "<td CLASS=item>found</td>"), QStringLiteral("found"));
-}
-
-TEST(ScannerItem, EntitiesAreDecodedAndPrevValueHoldsTheDecodedText) {
-    const Records r = ScanPage(Main("GStart=<body\nGend=</body>\nItems=2\nItem1=A\nItem2=B\n"
-                                    "Item1 Start=<a\nItem2 Start=<b\nItem2 Skip=x & y"),
-                               "<body><a>x &amp; y</a><b>never read</b></body>");
-    ASSERT_EQ(r.items.size(), 1u);
-    EXPECT_EQ(r.items[0], (QStringList{QStringLiteral("x & y"), QStringLiteral("--")}));
-}
-
-TEST(ScannerItem, BytesBecomeTextAsUtf8OrElseLatin1) {
-    EXPECT_EQ(One("<td", "<td>caf\xc3\xa9</td>"), QStringLiteral("caf\u00e9"));
-    EXPECT_EQ(One("<td", "<td>caf\xe9</td>"), QStringLiteral("caf\u00e9"));
-}
-
-TEST(ScannerItem, AStartMarkerOfHrSearchesACarriageReturnButMovesByFourCharacters) {
-    // "<p>[HR]" finds "<p>\r" and moves the cursor 7 characters on, onto "c":
-    // had it moved by the four characters found, "cd" would be the value.
-    EXPECT_EQ(One("<p>[HR]", "<p>\rab>cd>value<"), QStringLiteral("value"));
-}
-
-TEST(ScannerItem, AlternateSpanIsASetOfStopCharacters) {
-    const char* rules =
-        "GStart=<body\nGend=</body>\nItems=1\nItem1=A\nItem1 Start=<x\nItem1 AlternateSpan=ab";
-    // Stops at the "b" of " b", not at a ">": the value starts behind it.
-    EXPECT_EQ(FirstValue(rules, "<body><x zzb>val<</body>"), QStringLiteral(">val"));
-}
-
-TEST(ScannerItem, AlternateEndEndsTheValueAndHrStandsForBothLineEndCharacters) {
-    const char* rules =
-        "GStart=<body\nGend=</body>\nItems=1\nItem1=A\nItem1 Start=<x\n"
-        "Item1 AlternateEnd=|[HR]";
-    EXPECT_EQ(FirstValue(rules, "<body><x>one <b>two</b>|three</body>"),
-              QStringLiteral("one <b>two</b>"));
-    EXPECT_EQ(FirstValue(rules, "<body><x>one two\nthree</body>"), QStringLiteral("one two"));
-    EXPECT_EQ(FirstValue(rules, "<body><x>one two\rthree</body>"), QStringLiteral("one two"));
-}
-
-TEST(ScannerItem, ReplaceIfTurnsTheValueAndPrevValueSeesTheReplacement) {
-    const Records r = ScanPage(Main("GStart=<body\nGend=</body>\nItems=2\nItem1=A\nItem2=B\n"
-                                    "Item1 Start=<a\nItem1 ReplaceIf=none\nItem1 ReplaceString=0\n"
-                                    "Item2 Start=<b\nItem2 Skip=0"),
-                               "<body><a>none</a><b>skipped</b><a>none!</a><b>read</b></body>");
-    ASSERT_EQ(r.items.size(), 2u);
-    EXPECT_EQ(r.items[0], (QStringList{QStringLiteral("0"), QStringLiteral("--")}));
-    // Exact and case-sensitive: "none!" is not replaced.
-    EXPECT_EQ(r.items[1][0], QStringLiteral("none!"));
-}
-
+// The field and value of an IncludeTag go with the record whose marker's tag,
+// or a tag stepped over (with its "<"), holds the text.
 TEST(ScannerItem, IncludeTagMatchesTheMarkersTagOrATagSteppedOver) {
-    const char* rules =
-        "GStart=<body\nGend=</body>\nItems=1\nItem1=Title\nItem1 Start=<td\n"
-        "Item1 IncludeTag= class=bold\nItem1 IncludeTagField=Bold\nItem1 IncludeTagValue=1";
-    Records r = ScanPage(Main(rules), "<body><td class=bold>a</td><td class=thin>b</td></body>");
-    ASSERT_EQ(r.items.size(), 2u);
-    EXPECT_EQ(r.includes[0], QStringList{QStringLiteral("Bold")});
-    EXPECT_EQ(r.includeValues[0], QStringList{QStringLiteral("1")});
-    EXPECT_TRUE(r.includes[1].isEmpty());
-
-    // Stepped over: the tag's text with its "<".
-    const char* stepped =
-        "GStart=<body\nGend=</body>\nItems=1\nItem1=Title\nItem1 Start=<td\n"
-        "Item1 IncludeTag=<img src=hot.gif\nItem1 IncludeTagField=Hot\nItem1 IncludeTagValue=Y";
-    r = ScanPage(Main(stepped), "<body><td><img src=hot.gif>a</td><td><img src=x>b</td></body>");
-    ASSERT_EQ(r.items.size(), 2u);
-    EXPECT_EQ(r.includes[0], QStringList{QStringLiteral("Hot")});
-    EXPECT_TRUE(r.includes[1].isEmpty());
-}
-
-TEST(ScannerItem, AlternateStartIsChosenWhenThePreviousValueMatches) {
-    const char* rules =
-        "GStart=<body\nGend=</body>\nItems=2\nItem1=Kind\nItem2=Price\n"
-        "Item1 Start=<k\nItem2 Start=<p\nItem2 AlternateIf=dutch\nItem2 AlternateStart=<d";
-    const Records r = ScanPage(Main(rules), "<body><k>plain<p>1<d>2<k>dutch<p>3<d>4</body>");
-    ASSERT_EQ(r.items.size(), 2u);
-    EXPECT_EQ(r.items[0], (QStringList{QStringLiteral("plain"), QStringLiteral("1")}));
-    EXPECT_EQ(r.items[1], (QStringList{QStringLiteral("dutch"), QStringLiteral("4")}));
-}
-
-TEST(ScannerItem, AccountTypeAtTheEndOfTheTextIsEmpty) {
-    const char* rules = "GStart=<body\nGend=</body>\nItems=1\nItem1=AccountType\nItem1 Start=<t";
-    const Records r = ScanPage(Main(rules), "<body><t></body>");
-    ASSERT_EQ(r.items.size(), 1u);
-    EXPECT_EQ(r.items[0], QStringList{QString()});
-}
-
-TEST(ScannerItem, OtherFieldsAtTheEndOfTheTextEndThePage) {
-    const Records r = ScanPage(Main("GStart=<body\nGend=</body>\nItems=1\nItem1=Title\n"
-                                    "Item1 Start=<t"),
-                               "<body><t>one<t></body>");
-    ASSERT_EQ(r.items.size(), 1u);
-    EXPECT_EQ(r.items[0], QStringList{QStringLiteral("one")});
+    const struct {
+        const char* tag;
+        const char* body;
+    } cases[] = {
+        {" class=bold", "<td class=bold>a</td><td class=thin>b</td>"},
+        {"<img src=hot.gif", "<td><img src=hot.gif>a</td><td><img src=x>b</td>"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.tag);
+        const QByteArray rules =
+            QByteArray(kBody) + "Items=1\nItem1=Title\nItem1 Start=<td\nItem1 IncludeTag=" + c.tag +
+            "\nItem1 IncludeTagField=Hot\nItem1 IncludeTagValue=1";
+        const Records r =
+            ScanPage(Main(rules.constData()), QByteArray("<body>") + c.body + "</body>");
+        ASSERT_EQ(r.items.size(), 2u);
+        EXPECT_EQ(r.includes[0], QStringList{QStringLiteral("Hot")});
+        EXPECT_EQ(r.includeValues[0], QStringList{QStringLiteral("1")});
+        EXPECT_TRUE(r.includes[1].isEmpty());
+    }
 }
 
 // ------------------------------------------------------------ records and pages
@@ -283,12 +276,12 @@ TEST(ScannerRecords, ARecordAPageEndsInsideLeavesNothingForTheNextPage) {
 
 TEST(ScannerRecords, SetUpNeedsBothMarkersAndScansFromGStartUpToGend) {
     PageText page(QByteArray("<x>before<!-- B --><x>in<!-- E --><x>after"));
-    PageScanner missingEnd(
-        Main("GStart=<!-- B -->\nGend=<!-- gone -->\nItems=1\nItem1=A\nItem1 Start=<x"));
-    EXPECT_FALSE(missingEnd.SetUp(page));
-    PageScanner missingStart(
-        Main("GStart=<!-- gone -->\nGend=<!-- E -->\nItems=1\nItem1=A\nItem1 Start=<x"));
-    EXPECT_FALSE(missingStart.SetUp(page));
+    for (const char* markers :
+         {"GStart=<!-- B -->\nGend=<!-- gone -->", "GStart=<!-- gone -->\nGend=<!-- E -->"}) {
+        const QByteArray rules = QByteArray(markers) + "\nItems=1\nItem1=A\nItem1 Start=<x";
+        PageScanner missing(Main(rules.constData()));
+        EXPECT_FALSE(missing.SetUp(page)) << markers;
+    }
 
     PageScanner scanner(
         Main("GStart=<!-- B -->\nGend=<!-- E -->\nItems=1\nItem1=A\nItem1 Start=<x"));
@@ -298,9 +291,8 @@ TEST(ScannerRecords, SetUpNeedsBothMarkersAndScansFromGStartUpToGend) {
     const Records r = ScanPage(scanner, page, state);
     ASSERT_EQ(r.items.size(), 1u);
     EXPECT_EQ(r.items[0], QStringList{QStringLiteral("in")});
-}
 
-TEST(ScannerRecords, TheGStartMarkerItselfIsPartOfTheScannedText) {
+    // The GStart marker itself is part of the scanned text.
     EXPECT_EQ(FirstValue("GStart=<table id=list>\nGend=</table>\nItems=1\nItem1=A\n"
                          "Item1 Start=<table",
                          "<table id=list>first</table>"),
@@ -398,10 +390,16 @@ TEST(ScannerUpdateState, AValueOfErrorEqualsEveryMissingKey) {
 }
 
 TEST(ScannerUpdateState, AHitOnAStartSetsFallbackForTheWholeUpdate) {
+    ScanState state;
+    // Without AStart a missing marker ends the page, and fallback stays off.
+    Records r = ScanPage(Main("GStart=<b\nGend=</body>\nItems=1\nItem1=N\nItem1 Start=<old"),
+                         "<body><new>1</body>", state);
+    EXPECT_TRUE(r.items.empty());
+    EXPECT_FALSE(state.fallbackActive);
+
     const char* rules =
         "GStart=<b\nGend=</body>\nItems=1\nItem1=N\nItem1 Start=<old\nItem1 AStart=<new";
-    ScanState state;
-    Records r = ScanPage(Main(rules), "<body><new>1<new>2</body>", state);
+    r = ScanPage(Main(rules), "<body><new>1<new>2</body>", state);
     EXPECT_TRUE(state.fallbackActive);
     ASSERT_EQ(r.items.size(), 2u);
     // A later page, even one with the old markers, is read by the new ones.
@@ -416,14 +414,6 @@ TEST(ScannerUpdateState, AHitOnAStartSetsFallbackForTheWholeUpdate) {
     EXPECT_EQ(r.items[0], QStringList{QStringLiteral("new")});
 }
 
-TEST(ScannerUpdateState, WithoutAStartAMissingMarkerEndsThePageAndFallbackStaysOff) {
-    ScanState state;
-    const Records r = ScanPage(Main("GStart=<b\nGend=</body>\nItems=1\nItem1=N\nItem1 Start=<old"),
-                               "<body><new>1</body>", state);
-    EXPECT_TRUE(r.items.empty());
-    EXPECT_FALSE(state.fallbackActive);
-}
-
 TEST(ScannerUpdateState, TheFallbackSearchTakesAStartAsWrittenWithoutHr) {
     const char* rules =
         "GStart=<b\nGend=</body>\nItems=1\nItem1=N\nItem1 Start=<x>\nItem1 AStart=<y>[HR]";
@@ -436,17 +426,6 @@ TEST(ScannerUpdateState, TheFallbackSearchTakesAStartAsWrittenWithoutHr) {
     r = ScanPage(Main(rules), "<body><y>\r123>two</body>", state);
     ASSERT_EQ(r.items.size(), 1u);
     EXPECT_EQ(r.items[0], QStringList{QStringLiteral("two")});
-}
-
-TEST(ScannerUpdateState, SkipTwoSkipsInARunProtocol) {
-    const Records r = ScanPage(Main("GStart=<b\nGend=</body>\nItems=2\nItem1=A\nItem2=B\n"
-                                    "Item1 Start=<a\nItem2 Start=<c\nItem2 Skip=x\nItem2 Skip2=y"),
-                               "<body><a>y<c>1<a>z<c>2</body>");
-    ASSERT_EQ(r.items.size(), 2u);
-    EXPECT_EQ(r.items[0], (QStringList{QStringLiteral("y"), QStringLiteral("--")}));
-    // The skipped cell was not consumed, but the next record's first marker
-    // lies behind it.
-    EXPECT_EQ(r.items[1], (QStringList{QStringLiteral("z"), QStringLiteral("2")}));
 }
 
 TEST(ScannerUpdateState, NotNullFiresOnEveryItemAlsoASkippedOne) {
@@ -632,13 +611,42 @@ TEST_P(AncillaryTest, OneRecordIsScannedAndWrittenAndTheStatusComesBack) {
               QStringList{QStringLiteral("Auction Details retrieved successfully.")});
 }
 
-TEST_P(AncillaryTest, AFailedFetchWritesNothingAndSaysNothing) {
+// The records written from one page, by keys added to kDetails.
+TEST_P(AncillaryTest, TheRecordsWrittenFromOnePage) {
+    const struct {
+        const char* name;
+        const char* keys;
+        const char* page;
+        std::vector<QStringList> written;
+    } cases[] = {
+        {"no Gend leaves nothing to scan", "", "<!-- I --><s>bob<e>06/07/00", {}},
+        {"SkipRecord ends the scan unwritten",
+         "\nItem1 SkipRecord=nobody\nItem1 SkipJump=<e",
+         "<!-- I --><s>nobody<e>x<!-- /I -->",
+         {}},
+        // An empty Skip skips item 1 of every ancillary run: its own previous
+        // value is empty at each start.
+        {"Skip is tested, Skip2 is not, and PrevValue starts empty",
+         "\nItem1 Skip=\nItem2 Skip2=",
+         "<!-- I --><s>bob<e>06/07/00<!-- /I -->",
+         {{"--", "06/07/00"}}},
+        {"the value loop takes an empty selection at the end",
+         "",
+         "<!-- I --><s>bob<e><!-- /I -->",
+         {{"bob", ""}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        m_written.clear();
+        const std::string rules = std::string(kDetails) + c.keys;
+        EXPECT_EQ(RunOver(rules.c_str(), c.page), c.written);
+    }
+}
+
+TEST_P(AncillaryTest, AFailedFetchWritesNothingQuietlyAndACancelledOneTellsTheCancel) {
     EXPECT_TRUE(RunOver(kDetails, "", FetchResult::Failed).empty());
     EXPECT_TRUE(m_ui.Messages().isEmpty());
     EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Processing Sales"));
-}
-
-TEST_P(AncillaryTest, ACancelledFetchTellsTheCancel) {
     EXPECT_TRUE(RunOver(kDetails, "", FetchResult::Cancelled).empty());
     EXPECT_EQ(m_ui.Messages(), QStringList{CancelMessageText()});
     EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
@@ -654,31 +662,6 @@ TEST_P(AncillaryTest, AMissingMarkerWritesNothingAndKeepsThePageForTheRuleWriter
     QFile kept(m_keptPage);
     ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
     EXPECT_EQ(kept.readAll(), unread);
-}
-
-TEST_P(AncillaryTest, MissingGendLeavesNothingToScan) {
-    EXPECT_TRUE(RunOver(kDetails, "<!-- I --><s>bob<e>06/07/00").empty());
-}
-
-TEST_P(AncillaryTest, SkipRecordEndsTheScanUnwritten) {
-    const std::string rules =
-        std::string(kDetails) + "\nItem1 SkipRecord=nobody\nItem1 SkipJump=<e";
-    EXPECT_TRUE(RunOver(rules.c_str(), "<!-- I --><s>nobody<e>x<!-- /I -->").empty());
-}
-
-TEST_P(AncillaryTest, SkipIsTestedSkipTwoIsNotAndPrevValueStartsEmpty) {
-    // An empty Skip skips item 1 of every ancillary run: its own previous
-    // value is empty at each start.
-    const std::string rules = std::string(kDetails) + "\nItem1 Skip=\nItem2 Skip2=";
-    const auto written = RunOver(rules.c_str(), "<!-- I --><s>bob<e>06/07/00<!-- /I -->");
-    ASSERT_EQ(written.size(), 1u);
-    EXPECT_EQ(written[0], (QStringList{QStringLiteral("--"), QStringLiteral("06/07/00")}));
-}
-
-TEST_P(AncillaryTest, TheValueLoopTakesAnEmptySelectionAtTheEnd) {
-    const auto written = RunOver(kDetails, "<!-- I --><s>bob<e><!-- /I -->");
-    ASSERT_EQ(written.size(), 1u);
-    EXPECT_EQ(written[0], (QStringList{QStringLiteral("bob"), QString()}));
 }
 
 TEST_P(AncillaryTest, DeleteBeforeWriteRunsBeforeTheScan) {
