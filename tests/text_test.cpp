@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <cmath>
 #include <ctime>
+#include <optional>
 #include <random>
 #include <vector>
 
@@ -29,49 +30,44 @@ QDateTime At(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
     return lw::core::WallClock(QDate(y, mo, d), QTime(h, mi, s));
 }
 
+// Table text: nullptr stands for a null QString.
+QString Str(const char16_t* text) {
+    return text == nullptr ? QString() : QString::fromUtf16(text);
+}
+
 // ------------------------------------------------------------ replacing
 
-TEST(Replace, FirstReplacesOnlyTheFirstAndMarksAnAbsentFind) {
-    EXPECT_EQ(ReplaceFirst(QStringLiteral("a-b-c"), QStringLiteral("-"), QStringLiteral("+")),
-              QStringLiteral("a+b-c"));
-    EXPECT_EQ(ReplaceFirst(QStringLiteral("abc"), QStringLiteral("x"), QStringLiteral("y")),
-              QStringLiteral("ERROR"));
-    EXPECT_EQ(ReplaceFirst(QString(), QStringLiteral("x"), QStringLiteral("y")),
-              QStringLiteral("ERROR"));
-    EXPECT_EQ(ReplaceFirst(QStringLiteral("abc"), QString(), QStringLiteral("y")),
-              QStringLiteral("ERROR"));
-    // Case counts.
-    EXPECT_EQ(ReplaceFirst(QStringLiteral("ABC"), QStringLiteral("b"), QStringLiteral("y")),
-              QStringLiteral("ERROR"));
-}
-
-TEST(Replace, EveryMakesOnePassAndDoesNotLookAtWhatItPutIn) {
-    EXPECT_EQ(ReplaceEvery(QStringLiteral("aaa"), QStringLiteral("a"), QStringLiteral("aa")),
-              QStringLiteral("aaaaaa"));
-    EXPECT_EQ(ReplaceEvery(QStringLiteral("aabb"), QStringLiteral("ab"), QString()),
-              QStringLiteral("ab"));
-    EXPECT_EQ(ReplaceEvery(QStringLiteral("aaaa"), QStringLiteral("aa"), QStringLiteral("b")),
-              QStringLiteral("bb"));
-    EXPECT_EQ(ReplaceEvery(QStringLiteral("abc"), QStringLiteral("x"), QStringLiteral("y")),
-              QStringLiteral("abc"));
-    EXPECT_EQ(ReplaceEvery(QStringLiteral("abc"), QString(), QStringLiteral("y")),
-              QStringLiteral("abc"));
-}
-
-TEST(Replace, RescanRepeatsUntilFindIsGone) {
-    EXPECT_EQ(ReplaceRescan(QStringLiteral("aabb"), QStringLiteral("ab"), QString()), QString());
-    EXPECT_EQ(ReplaceRescan(QStringLiteral("&amp;amp;amp;"), QStringLiteral("&amp;"),
-                            QStringLiteral("&")),
-              QStringLiteral("&"));
-    EXPECT_EQ(ReplaceRescan(QStringLiteral("x  y   z"), QStringLiteral("  "), QStringLiteral(" ")),
-              QStringLiteral("x y z"));
-}
-
-TEST(Replace, RescanWithAReplacementHoldingFindMakesOnePassAndStops) {
-    EXPECT_EQ(ReplaceRescan(QStringLiteral("ab"), QStringLiteral("b"), QStringLiteral("bb")),
-              QStringLiteral("abb"));
-    EXPECT_EQ(ReplaceRescan(QStringLiteral("a a"), QStringLiteral(" "), QStringLiteral("  ")),
-              QStringLiteral("a  a"));
+TEST(Replace, FirstEveryAndRescan) {
+    using Replacer = QString (*)(const QString&, const QString&, const QString&);
+    struct Case {
+        const char* name;
+        Replacer replace;
+        const char16_t *text, *find, *replacement, *expected;
+    };
+    const Case cases[] = {
+        {"first: only the first", ReplaceFirst, u"a-b-c", u"-", u"+", u"a+b-c"},
+        {"first: absent find", ReplaceFirst, u"abc", u"x", u"y", u"ERROR"},
+        {"first: empty text", ReplaceFirst, nullptr, u"x", u"y", u"ERROR"},
+        {"first: empty find", ReplaceFirst, u"abc", nullptr, u"y", u"ERROR"},
+        {"first: case counts", ReplaceFirst, u"ABC", u"b", u"y", u"ERROR"},
+        // One pass that does not look at what it put in.
+        {"every: grows", ReplaceEvery, u"aaa", u"a", u"aa", u"aaaaaa"},
+        {"every: uncovers", ReplaceEvery, u"aabb", u"ab", nullptr, u"ab"},
+        {"every: no overlap", ReplaceEvery, u"aaaa", u"aa", u"b", u"bb"},
+        {"every: absent find", ReplaceEvery, u"abc", u"x", u"y", u"abc"},
+        {"every: empty find", ReplaceEvery, u"abc", nullptr, u"y", u"abc"},
+        // Repeats until find is gone.
+        {"rescan: to nothing", ReplaceRescan, u"aabb", u"ab", nullptr, u""},
+        {"rescan: entities", ReplaceRescan, u"&amp;amp;amp;", u"&amp;", u"&", u"&"},
+        {"rescan: blanks", ReplaceRescan, u"x  y   z", u"  ", u" ", u"x y z"},
+        // A replacement that holds find makes one pass and stops.
+        {"rescan: holds find", ReplaceRescan, u"ab", u"b", u"bb", u"abb"},
+        {"rescan: holds blank", ReplaceRescan, u"a a", u" ", u"  ", u"a  a"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(c.replace(Str(c.text), Str(c.find), Str(c.replacement)), Str(c.expected));
+    }
 }
 
 TEST(Replace, RescanStopsARewriteThatOnlyGrows) {
@@ -150,84 +146,68 @@ TEST(Entities, DecodesTheFiveInOrderAndNothingElse) {
 
 // ------------------------------------------------------------ site time
 
-TEST(SiteTime, DifferenceIsLocalMinusSiteInSeconds) {
+TEST(SiteTime, DifferenceIsLocalMinusSiteInSecondsAndZeroWithoutADate) {
     const QDateTime now = At(2000, 6, 7, 12, 5, 30);
-    EXPECT_EQ(SiteTimeDifference(QStringLiteral("Wednesday, 06 07, 2000 12:04:00 PDT"), now),
-              QStringLiteral("90"));
-    EXPECT_EQ(SiteTimeDifference(QStringLiteral("Wednesday, 06 07, 2000 13:05:30 PST"), now),
-              QStringLiteral("-3600"));
-    EXPECT_EQ(SiteTimeDifference(QStringLiteral("06/06/00 12:05:30 PST"), now),
-              QStringLiteral("86400"));
-    EXPECT_EQ(SiteTimeDifference(QStringLiteral("June 7 2000 12:05:00 PDT"), now),
-              QStringLiteral("30"));
+    struct Case {
+        const char16_t* site;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {u"Wednesday, 06 07, 2000 12:04:00 PDT", "90"},
+        {u"Wednesday, 06 07, 2000 13:05:30 PST", "-3600"},
+        {u"06/06/00 12:05:30 PST", "86400"},
+        {u"June 7 2000 12:05:00 PDT", "30"},
+        {u"no date here PST", "0"},
+        {nullptr, "0"},
+        {u"-1", "0"},
+        // Without a zone mark the text is not a site time.
+        {u"Wednesday, 06 07, 2000 12:04:00", "0"},
+        // The part before the first comma is taken for a weekday and dropped.
+        {u"Jun 07, 2000 12:04:00 PST", "0"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(Str(c.site).toStdString());
+        EXPECT_EQ(SiteTimeDifference(Str(c.site), now), QString::fromLatin1(c.expected));
+    }
 }
 
-TEST(SiteTime, AnythingWithoutADateGivesZero) {
-    const QDateTime now = At(2000, 6, 7, 12, 5, 30);
-    EXPECT_EQ(SiteTimeDifference(QStringLiteral("no date here PST"), now), QStringLiteral("0"));
-    EXPECT_EQ(SiteTimeDifference(QString(), now), QStringLiteral("0"));
-    EXPECT_EQ(SiteTimeDifference(QStringLiteral("-1"), now), QStringLiteral("0"));
-    // Without a zone mark the text is not a site time.
-    EXPECT_EQ(SiteTimeDifference(QStringLiteral("Wednesday, 06 07, 2000 12:04:00"), now),
-              QStringLiteral("0"));
-    // The part before the first comma is taken for a weekday and dropped.
-    EXPECT_EQ(SiteTimeDifference(QStringLiteral("Jun 07, 2000 12:04:00 PST"), now),
-              QStringLiteral("0"));
-}
-
-TEST(TimeLeft, ShowsDaysHoursMinutes) {
-    const QDateTime now = At(2000, 6, 7, 12, 0, 0);
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/10/00, 16:05:30 PST"), QStringLiteral("0"), now),
-              QStringLiteral("3d 04h 05m"));
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 12:09:59 PDT"), QStringLiteral("0"), now),
-              QStringLiteral("0d 00h 09m"));
-    // Seconds alone still count as time left, and are not shown.
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 12:00:01 PST"), QStringLiteral("0"), now),
-              QStringLiteral("0d 00h 00m"));
-}
-
-TEST(TimeLeft, SiteCorrectionMovesTheEnd) {
-    const QDateTime now = At(2000, 6, 7, 12, 0, 0);
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/10/00, 16:05:30 PST"), QStringLiteral("3600"), now),
-              QStringLiteral("3d 05h 05m"));
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 12:00:00 PST"), QStringLiteral("-1"), now),
-              QStringLiteral("Ended"));
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 11:59:00 PST"), QStringLiteral("120"), now),
-              QStringLiteral("0d 00h 01m"));
-}
-
-TEST(TimeLeft, EndedAtAndAfterTheEnd) {
-    const QDateTime now = At(2000, 6, 7, 12, 0, 0);
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 12:00:00 PST"), QStringLiteral("0"), now),
-              QStringLiteral("Ended"));
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00, 11:59:59 PST"), QStringLiteral("0"), now),
-              QStringLiteral("Ended"));
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/01/00, 12:00:00 PST"), QStringLiteral("0"), now),
-              QStringLiteral("Ended"));
-}
-
-TEST(TimeLeft, TwoDigitYearsPivotAt97) {
-    // "97" is 1997: one hour before the end of 1997 there is an hour left.
-    EXPECT_EQ(TimeLeftText(QStringLiteral("12/31/97, 23:59:59 PST"), QStringLiteral("0"),
-                           At(1997, 12, 31, 22, 59, 59)),
-              QStringLiteral("0d 01h 00m"));
-    // Read as 2097 it would be a century away; it has ended.
-    EXPECT_EQ(TimeLeftText(QStringLiteral("12/31/97, 23:59:59 PST"), QStringLiteral("0"),
-                           At(2000, 6, 7, 12, 0, 0)),
-              QStringLiteral("Ended"));
-    // "96" is 2096, and the day count carries no thousands separator.
-    const QDateTime now = At(2000, 6, 7, 12, 0, 0);
-    const qint64 days = QDate(2000, 6, 7).daysTo(QDate(2096, 1, 1)) - 1;
-    EXPECT_EQ(TimeLeftText(QStringLiteral("01/01/96, 00:00:00 PST"), QStringLiteral("0"), now),
-              QString::number(days) + QStringLiteral("d 12h 00m"));
-}
-
-TEST(TimeLeft, TextThatIsNoEndDateGivesNothing) {
-    const QDateTime now = At(2000, 6, 7);
-    EXPECT_EQ(TimeLeftText(QString(), QStringLiteral("0"), now), QString());
-    EXPECT_EQ(TimeLeftText(QStringLiteral("06/07/00"), QStringLiteral("0"), now), QString());
-    EXPECT_EQ(TimeLeftText(QStringLiteral("not an end date at all"), QStringLiteral("0"), now),
-              QString());
+TEST(TimeLeft, DaysHoursMinutesUntilTheCorrectedEnd) {
+    const QDateTime noon = At(2000, 6, 7, 12, 0, 0);
+    struct Case {
+        const char* name;
+        const char16_t *end, *correction;
+        QDateTime now;
+        QString expected;
+    };
+    const Case cases[] = {
+        {"days hours minutes", u"06/10/00, 16:05:30 PST", u"0", noon, QStringLiteral("3d 04h 05m")},
+        {"minutes", u"06/07/00, 12:09:59 PDT", u"0", noon, QStringLiteral("0d 00h 09m")},
+        // Seconds alone still count as time left, and are not shown.
+        {"seconds", u"06/07/00, 12:00:01 PST", u"0", noon, QStringLiteral("0d 00h 00m")},
+        {"corrected later", u"06/10/00, 16:05:30 PST", u"3600", noon, QStringLiteral("3d 05h 05m")},
+        {"corrected to ended", u"06/07/00, 12:00:00 PST", u"-1", noon, QStringLiteral("Ended")},
+        {"corrected past now", u"06/07/00, 11:59:00 PST", u"120", noon,
+         QStringLiteral("0d 00h 01m")},
+        {"ends now", u"06/07/00, 12:00:00 PST", u"0", noon, QStringLiteral("Ended")},
+        {"ended a second ago", u"06/07/00, 11:59:59 PST", u"0", noon, QStringLiteral("Ended")},
+        {"ended days ago", u"06/01/00, 12:00:00 PST", u"0", noon, QStringLiteral("Ended")},
+        // "97" is 1997: one hour before the end of 1997 there is an hour left;
+        // read as 2097 it would be a century away.
+        {"97 is 1997", u"12/31/97, 23:59:59 PST", u"0", At(1997, 12, 31, 22, 59, 59),
+         QStringLiteral("0d 01h 00m")},
+        {"97 has ended", u"12/31/97, 23:59:59 PST", u"0", noon, QStringLiteral("Ended")},
+        // "96" is 2096, and the day count carries no thousands separator.
+        {"96 is 2096", u"01/01/96, 00:00:00 PST", u"0", noon,
+         QString::number(QDate(2000, 6, 7).daysTo(QDate(2096, 1, 1)) - 1) +
+             QStringLiteral("d 12h 00m")},
+        {"no text", nullptr, u"0", At(2000, 6, 7), QString()},
+        {"no time", u"06/07/00", u"0", At(2000, 6, 7), QString()},
+        {"no date", u"not an end date at all", u"0", At(2000, 6, 7), QString()},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(TimeLeftText(Str(c.end), Str(c.correction), c.now), c.expected);
+    }
 }
 
 // ------------------------------------------------------------ files
@@ -428,58 +408,19 @@ bool SameOrNeighbours(double a, double b) {
 }
 
 std::vector<QString> HandPickedNumbers() {
-    return {QString(),
-            QStringLiteral(""),
-            QStringLiteral("$1,234.50"),
-            QStringLiteral("n/a"),
-            QStringLiteral("-"),
-            QStringLiteral("(5.00)"),
-            QStringLiteral("($1,234.50)"),
-            QStringLiteral("(-5)"),
-            QStringLiteral("(("),
-            QStringLiteral("("),
-            QStringLiteral(")"),
-            QStringLiteral("$"),
-            QStringLiteral("1e"),
-            QStringLiteral("1e+"),
-            QStringLiteral("1e-2"),
-            QStringLiteral("1E5x"),
-            QStringLiteral(".5"),
-            QStringLiteral("5."),
-            QStringLiteral("."),
-            QStringLiteral("-.5"),
-            QStringLiteral("+7"),
-            QStringLiteral("--7"),
-            QStringLiteral("\t 8"),
-            QStringLiteral("\n\r9"),
-            QStringLiteral("\u00A010"),
-            QStringLiteral("\u00A311"),
-            QStringLiteral("\u20AC12"),
-            QStringLiteral("\u00A513"),
-            QStringLiteral("0x1F"),
-            QStringLiteral("1e400"),
-            QStringLiteral("-1e400"),
-            QStringLiteral("1e-400"),
-            QStringLiteral("12 345"),
-            QStringLiteral("1,2,3.4,5"),
-            QStringLiteral("99999999999999999999999"),
-            QStringLiteral("0.1"),
-            QStringLiteral("0.30000000000000004"),
-            QStringLiteral("$ (3)"),
-            QStringLiteral("($)"),
-            QStringLiteral("\u4E2D5"),
-            QStringLiteral("5\u4E2D"),
-            QStringLiteral("Infinity"),
-            QStringLiteral("NaN"),
-            QStringLiteral("1.5.3"),
-            QStringLiteral("$1 234"),
-            QStringLiteral("$12$"),
-            QStringLiteral("$3\u00A35"),
-            QStringLiteral("$4\u20AC1"),
-            QStringLiteral("$5\u00A52"),
-            QStringLiteral("$1,2,3"),
-            QStringLiteral("$7(8)"),
-            QStringLiteral("$9e2")};
+    std::vector<QString> texts = {QString()};
+    for (const char16_t* text :
+         {u"", u"$1,234.50", u"n/a", u"-", u"(5.00)", u"($1,234.50)", u"(-5)", u"((", u"(", u")",
+          u"$", u"1e", u"1e+", u"1e-2", u"1E5x", u".5", u"5.", u".", u"-.5", u"+7", u"--7", u"\t 8",
+          u"\n\r9", u"\u00A010", u"\u00A311", u"\u20AC12", u"\u00A513", u"0x1F", u"1e400",
+          u"-1e400", u"1e-400", u"12 345", u"1,2,3.4,5", u"0.1", u"$ (3)", u"($)", u"\u4E2D5",
+          u"5\u4E2D", u"Infinity", u"NaN", u"1.5.3", u"$1 234", u"$12$", u"$3\u00A35", u"$4\u20AC1",
+          u"$5\u00A52", u"$1,2,3", u"$7(8)", u"$9e2",
+          // Past the precision of a double.
+          u"99999999999999999999999", u"0.30000000000000004"}) {
+        texts.push_back(QString::fromUtf16(text));
+    }
+    return texts;
 }
 
 TEST(RuleAgreement, NumberRuleMatchesItsSqlOverManyTexts) {
@@ -488,9 +429,14 @@ TEST(RuleAgreement, NumberRuleMatchesItsSqlOverManyTexts) {
 
     std::mt19937 random(20000607);
     // Money as the site and the user write it: these must agree to the bit.
+    struct Shape {
+        const char *before, *after;
+        bool grouped;
+    };
+    const Shape shapes[] = {
+        {"$", "", true}, {"($", ")", true}, {"-$", "", false}, {"US $", "", true}};
     for (int i = 0; i < 2000; ++i) {
-        QString money;
-        const int shape = static_cast<int>(random() % 4);
+        const Shape& shape = shapes[random() % 4];
         const QString amount = QString::number(static_cast<qint64>(random() % 100000000)) +
                                QStringLiteral(".") +
                                QString::number(random() % 100).rightJustified(2, u'0');
@@ -498,36 +444,16 @@ TEST(RuleAgreement, NumberRuleMatchesItsSqlOverManyTexts) {
         for (qsizetype at = amount.indexOf(u'.') - 3; at > 0; at -= 3) {
             grouped.insert(at, u',');
         }
-        switch (shape) {
-            case 0:
-                money = QStringLiteral("$") + grouped;
-                break;
-            case 1:
-                money = QStringLiteral("($") + grouped + QStringLiteral(")");
-                break;
-            case 2:
-                money = QStringLiteral("-$") + amount;
-                break;
-            default:
-                money = QStringLiteral("US $") + grouped;
-                break;
-        }
-        texts.push_back(money);
+        texts.push_back(QString::fromUtf8(shape.before) + (shape.grouped ? grouped : amount) +
+                        QString::fromUtf8(shape.after));
     }
     const size_t moneyEnd = texts.size();
 
     // Anything at all drawn from the characters that matter to the rule.
-    const QStringList pieces = {
-        QStringLiteral("0"),      QStringLiteral("1"),      QStringLiteral("2"),
-        QStringLiteral("5"),      QStringLiteral("7"),      QStringLiteral("9"),
-        QStringLiteral("3"),      QStringLiteral("+"),      QStringLiteral("-"),
-        QStringLiteral("."),      QStringLiteral("e"),      QStringLiteral("E"),
-        QStringLiteral("$"),      QStringLiteral(","),      QStringLiteral("("),
-        QStringLiteral(")"),      QStringLiteral("a"),      QStringLiteral("x"),
-        QStringLiteral(" "),      QStringLiteral("\t"),     QStringLiteral("\n"),
-        QStringLiteral("\u00A3"), QStringLiteral("\u20AC"), QStringLiteral("\u00A5"),
-        QStringLiteral("\u00E9"), QStringLiteral("\u4E2D"), QStringLiteral("\u00A0"),
-        QStringLiteral("n/a")};
+    const QString characters =
+        QStringLiteral("0125793+-.eE$,()ax \t\n\u00A3\u20AC\u00A5\u00E9\u4E2D\u00A0");
+    QStringList pieces(characters.cbegin(), characters.cend());
+    pieces << QStringLiteral("n/a");
     for (int i = 0; i < 4000; ++i) {
         QString text;
         const int length = static_cast<int>(random() % 12);
@@ -551,8 +477,6 @@ TEST(RuleAgreement, NumberRuleMatchesItsSqlOverManyTexts) {
     ASSERT_EQ(earlier.size(), texts.size());
     for (size_t i = 0; i < texts.size(); ++i) {
         EXPECT_EQ(sql[i], earlier[i]) << "text: [" << texts[i].toStdString() << "]";
-    }
-    for (size_t i = 0; i < texts.size(); ++i) {
         const double cpp = texts[i].isNull() ? NumberRule(QVariant()) : NumberRule(texts[i]);
         ASSERT_FALSE(sql[i].isNull()) << texts[i].toStdString();
         const double fromSql = sql[i].toDouble();
@@ -570,24 +494,13 @@ TEST(RuleAgreement, NumberRuleMatchesItsSqlOverManyTexts) {
 }
 
 TEST(RuleAgreement, LeftDateMatchesTheEndDaySql) {
-    std::vector<QString> texts = {
-        QString(),
-        QStringLiteral("06/07/00, 12:04:00 PST"),
-        QStringLiteral("06/07/00"),
-        QStringLiteral("12/31/97, 23:59:59 PDT"),
-        QStringLiteral("01/01/96"),
-        QStringLiteral("02/29/00"),
-        QStringLiteral("02/29/97"),
-        QStringLiteral("13/45/00"),
-        QStringLiteral("00/00/00"),
-        QStringLiteral("6/7/2000"),
-        QStringLiteral("06/07/0"),
-        QStringLiteral("06-07-00"),
-        QStringLiteral("Jun 07, 2000"),
-        QStringLiteral(""),
-        QStringLiteral(" 06/07/00"),
-        QStringLiteral("06/07/99 trailing"),
-    };
+    std::vector<QString> texts = {QString()};
+    for (const char16_t* text :
+         {u"06/07/00, 12:04:00 PST", u"06/07/00", u"12/31/97, 23:59:59 PDT", u"01/01/96",
+          u"02/29/00", u"02/29/97", u"13/45/00", u"00/00/00", u"6/7/2000", u"06/07/0", u"06-07-00",
+          u"Jun 07, 2000", u"", u" 06/07/00", u"06/07/99 trailing"}) {
+        texts.push_back(QString::fromUtf16(text));
+    }
     // Mostly "mm/dd/yy" with months 00..13 and days 00..32, a few characters
     // spoiled, some with the time behind, some cut short.
     std::mt19937 random(97);
@@ -698,12 +611,13 @@ TEST(Dates, CDateReadsBeforeTheFirstCommaOrTheWhole) {
 }
 
 TEST(Dates, SerialsCountDaysFrom1899) {
-    EXPECT_EQ(DateToSerial(At(2000, 1, 1)), 36526);
-    EXPECT_EQ(DateToSerial(At(2000, 6, 7, 12)), 36684.5);
-    EXPECT_EQ(DateToSerial(At(1899, 12, 29, 6)), -1.25);
-    EXPECT_EQ(SerialToDate(36684.5), At(2000, 6, 7, 12));
-    EXPECT_EQ(SerialToDate(-1.25), At(1899, 12, 29, 6));
-    EXPECT_EQ(SerialToDate(0), At(1899, 12, 30));
+    for (const auto& [date, serial] :
+         {std::pair{At(2000, 1, 1), 36526.0}, std::pair{At(2000, 6, 7, 12), 36684.5},
+          std::pair{At(1899, 12, 29, 6), -1.25}, std::pair{At(1899, 12, 30), 0.0}}) {
+        SCOPED_TRACE(serial);
+        EXPECT_EQ(DateToSerial(date), serial);
+        EXPECT_EQ(SerialToDate(serial), date);
+    }
     const QDateTime odd = At(1997, 12, 31, 23, 59, 59);
     EXPECT_EQ(SerialToDate(DateToSerial(odd)), odd);
 }
