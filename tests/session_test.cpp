@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <functional>
+#include <ostream>
 
 #include "core/rule_text.h"
 #include "core/session.h"
@@ -23,6 +25,10 @@ using namespace lw::core;
 using lw::test::ReadAll;
 using lw::test::SourceDir;
 using lw::test::TempRoot;
+
+static void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace {
 
@@ -64,26 +70,23 @@ TEST_F(SessionTest, AnUnusableRootIsNamedInTheError) {
     EXPECT_TRUE(error.contains(file)) << error.toStdString();
 }
 
-TEST_F(SessionTest, ANewDatabaseHoldsTheShippedRulesAndIsMarkedAsOurs) {
-    Database db = OpenStore();
-    EXPECT_TRUE(QFile::exists(StorePath()));
-    EXPECT_FALSE(QFile::exists(StorePath() + QStringLiteral(".new")));
-    EXPECT_EQ(db.ScalarInt(QStringLiteral("PRAGMA user_version")), SchemaVersion());
-    auto rows = db.Prepare(
-        QStringLiteral("SELECT ProtocolName, ProtocolData FROM Protocols ORDER BY rowid"));
-    ASSERT_TRUE(rows.Step());
-    EXPECT_EQ(rows.Text(0), QStringLiteral("site.pro"));
-    EXPECT_EQ(rows.Text(1), *LoadRuleFile(SourceDir() + QStringLiteral("/rules/site.pro")));
-    ASSERT_TRUE(rows.Step());
-    EXPECT_EQ(rows.Text(0), QStringLiteral("info.pro"));
-    EXPECT_EQ(rows.Text(1), *LoadRuleFile(SourceDir() + QStringLiteral("/rules/info.pro")));
-    EXPECT_FALSE(rows.Step());
-    EXPECT_FALSE(rows.Text(1).contains(QStringLiteral("\r\r"))) << "line ends become CR LF once";
-}
-
-TEST_F(SessionTest, AnExistingDatabaseIsOpenedNotRemade) {
+TEST_F(SessionTest, ANewDatabaseHoldsTheShippedRulesAndIsMarkedAsOursAndIsOpenedNotRemade) {
     {
         Database db = OpenStore();
+        EXPECT_TRUE(QFile::exists(StorePath()));
+        EXPECT_FALSE(QFile::exists(StorePath() + QStringLiteral(".new")));
+        EXPECT_EQ(db.ScalarInt(QStringLiteral("PRAGMA user_version")), SchemaVersion());
+        auto rows = db.Prepare(
+            QStringLiteral("SELECT ProtocolName, ProtocolData FROM Protocols ORDER BY rowid"));
+        for (const char* name : {"site.pro", "info.pro"}) {
+            ASSERT_TRUE(rows.Step());
+            EXPECT_EQ(rows.Text(0), QLatin1String(name));
+            EXPECT_EQ(rows.Text(1),
+                      *LoadRuleFile(SourceDir() + QStringLiteral("/rules/") + QLatin1String(name)));
+            EXPECT_FALSE(rows.Text(1).contains(QStringLiteral("\r\r")))
+                << "line ends become CR LF once";
+        }
+        EXPECT_FALSE(rows.Step());
         AddUser(db, {QStringLiteral("Ann"), QStringLiteral("ann1"), QStringLiteral("pw"), {}});
     }
     Database again = OpenStore();
@@ -91,46 +94,41 @@ TEST_F(SessionTest, AnExistingDatabaseIsOpenedNotRemade) {
 }
 
 TEST_F(SessionTest, ForeignDamagedAndNewerFilesAreRefusedAndLeftAlone) {
-    // Another program's SQLite file, in the rollback journal mode: not even
-    // its journal mode is changed.
-    {
+    // Another program's SQLite file: not even its journal mode is changed.
+    const auto foreign = [](const char* mode) {
         Database other = Database::Open(StorePath(), Database::Mode::Create);
-        other.Exec(
-            QStringLiteral("CREATE TABLE Notes (t TEXT); INSERT INTO Notes VALUES ('mine')"));
-    }
-    for (const char* mode : {"DELETE", "WAL"}) {
-        {
-            Database other = Database::Open(StorePath());
-            other.Exec(QStringLiteral("PRAGMA journal_mode = ") + QLatin1String(mode));
+        other.Exec(QStringLiteral("CREATE TABLE Notes (t TEXT); INSERT INTO Notes VALUES ('mine');"
+                                  "PRAGMA journal_mode = ") +
+                   QLatin1String(mode));
+    };
+    const struct {
+        const char* what;
+        std::function<void()> make;
+        QString mentions;
+    } cases[] = {
+        {"another program's file, rollback journal", [&] { foreign("DELETE"); }, StorePath()},
+        {"another program's file, write-ahead log", [&] { foreign("WAL"); }, StorePath()},
+        {"not a database at all",
+         [&] { m_root.Write(QStringLiteral("Data/Lotwright.db"), QByteArray(4096, 'Z')); },
+         QString()},
+        {"ours, from a newer version",
+         [] { OpenStore().Exec(QStringLiteral("PRAGMA user_version = 999")); },
+         QStringLiteral("newer")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        for (const char* suffix : {"", "-wal", "-shm"}) {
+            QFile::remove(StorePath() + QLatin1String(suffix));
         }
+        c.make();
         const QByteArray before = Hash(StorePath());
         try {
             OpenStore();
-            FAIL() << "a foreign database must be refused";
+            ADD_FAILURE() << "opened";
         } catch (const StoreError& error) {
-            EXPECT_TRUE(error.Message().contains(StorePath()));
+            EXPECT_TRUE(error.Message().contains(c.mentions)) << error.Message().toStdString();
         }
-        EXPECT_EQ(Hash(StorePath()), before) << mode;
-    }
-    QByteArray before;
-
-    // Not a database at all.
-    QFile::remove(StorePath());
-    QFile::remove(StorePath() + QStringLiteral("-wal"));
-    QFile::remove(StorePath() + QStringLiteral("-shm"));
-    m_root.Write(QStringLiteral("Data/Lotwright.db"), QByteArray(4096, 'Z'));
-    before = Hash(StorePath());
-    EXPECT_THROW(OpenStore(), StoreError);
-    EXPECT_EQ(Hash(StorePath()), before);
-
-    // Ours, but from a newer version.
-    QFile::remove(StorePath());
-    { OpenStore().Exec(QStringLiteral("PRAGMA user_version = 999")); }
-    try {
-        OpenStore();
-        FAIL() << "a newer schema must be refused";
-    } catch (const StoreError& error) {
-        EXPECT_TRUE(error.Message().contains(QStringLiteral("newer")));
+        EXPECT_EQ(Hash(StorePath()), before);
     }
 }
 
@@ -169,7 +167,6 @@ TEST_F(SessionTest, TheDatabaseAndTheDataFoldersAreTheUsersAlone) {
 
 namespace {
 
-// The indexes of a database as name and definition, in name order.
 // The definitions of the schema's objects of a type ("index", "table").
 QStringList Definitions(Database& db, const QString& type) {
     Statement indexes = db.Prepare(QStringLiteral(
@@ -361,16 +358,19 @@ TEST_F(SessionTest, ACancelledNewUserWindowEndsTheChoiceAndAStaleMarkerDoesNot) 
 
 TEST_F(SessionTest, SiteCorrectionComesFromGlobalOrIsZero) {
     Database db = OpenStore();
-    db.Exec(QStringLiteral("DELETE FROM Global"));
-    CurrentSession().SiteCorrection = QStringLiteral("55");
-    LoadSiteCorrection(db);
-    EXPECT_EQ(CurrentSession().SiteCorrection, QStringLiteral("0"));
-    db.Exec(QStringLiteral("INSERT INTO Global (eBayCorrection) VALUES (-42)"));
-    LoadSiteCorrection(db);
-    EXPECT_EQ(CurrentSession().SiteCorrection, QStringLiteral("-42"));
-    db.Exec(QStringLiteral("UPDATE Global SET eBayCorrection = NULL"));
-    LoadSiteCorrection(db);
-    EXPECT_EQ(CurrentSession().SiteCorrection, QStringLiteral("0"));
+    const struct {
+        const char *sql, *correction;
+    } cases[] = {
+        {"DELETE FROM Global", "0"},
+        {"INSERT INTO Global (eBayCorrection) VALUES (-42)", "-42"},
+        {"UPDATE Global SET eBayCorrection = NULL", "0"},
+    };
+    for (const auto& c : cases) {
+        db.Exec(QString::fromUtf8(c.sql));
+        CurrentSession().SiteCorrection = QStringLiteral("55");
+        LoadSiteCorrection(db);
+        EXPECT_EQ(CurrentSession().SiteCorrection, QString::fromUtf8(c.correction)) << c.sql;
+    }
 }
 
 TEST(TimeLeftTimer, ThirtyThousandIsMillisecondsBelowIsTicks) {
@@ -458,69 +458,33 @@ TEST_F(LocationsTest, TheLayoutBesideTheProgramDecidesWhereEachKindOfFileGoes) {
     // "@cache" stand for the user's folders, "@exe" for the executable's.
     struct Case {
         const char* what;
-        QStringList shipped;  // folders made to hold rules/ and data/
+        const char* shipped;  // folders made to hold rules/ and data/, '|' between
         const char* given;    // --root, relative to the prefix; null: none
-        const char* root;
-        const char* shippedDir;
-        const char* settings;
+        const char *root, *shippedDir, *settings;
         const char* cache;  // empty: scratch files in Configs/ under the root
         bool perUser;
     };
     const Case cases[] = {
-        {"a build tree or an unpacked copy",
-         {"bin"},
-         nullptr,
-         "bin",
-         "bin",
-         "@config/Lotwright",
-         "",
+        {"a build tree or an unpacked copy", "bin", nullptr, "bin", "bin", "@config/Lotwright", "",
          false},
         {"an installed copy, its prefix writable by whoever runs it (root included)",
-         {"share/lotwright"},
-         nullptr,
-         "@data/Lotwright",
-         "share/lotwright",
-         "@config/Lotwright",
-         "@cache/Lotwright",
-         true},
+         "share/lotwright", nullptr, "@data/Lotwright", "share/lotwright", "@config/Lotwright",
+         "@cache/Lotwright", true},
         {"an installed copy over the shipped files an earlier install left in bin/",
-         {"bin", "share/lotwright"},
-         nullptr,
-         "@data/Lotwright",
-         "share/lotwright",
-         "@config/Lotwright",
-         "@cache/Lotwright",
-         true},
-        {"the shipped files in the parent of the program's folder",
-         {"."},
-         nullptr,
-         "@data/Lotwright",
-         ".",
-         "@config/Lotwright",
-         "@cache/Lotwright",
-         true},
-        {"a given root beside an installed copy",
-         {"share/lotwright"},
-         "mine",
-         "mine",
-         "share/lotwright",
-         "mine/Configs/Settings",
-         "",
-         false},
-        {"a given root beside a portable copy",
-         {"bin"},
-         "mine",
-         "mine",
-         "bin",
-         "mine/Configs/Settings",
-         "",
-         false},
+         "bin|share/lotwright", nullptr, "@data/Lotwright", "share/lotwright", "@config/Lotwright",
+         "@cache/Lotwright", true},
+        {"the shipped files in the parent of the program's folder", ".", nullptr, "@data/Lotwright",
+         ".", "@config/Lotwright", "@cache/Lotwright", true},
+        {"a given root beside an installed copy", "share/lotwright", "mine", "mine",
+         "share/lotwright", "mine/Configs/Settings", "", false},
+        {"a given root beside a portable copy", "bin", "mine", "mine", "bin",
+         "mine/Configs/Settings", "", false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         TempRoot prefix;
         QDir(prefix.Path()).mkpath(QStringLiteral("bin"));
-        for (const QString& folder : c.shipped) {
+        for (const QString& folder : QString::fromUtf8(c.shipped).split(u'|')) {
             QDir(prefix.File(folder)).mkpath(QStringLiteral("rules"));
             QDir(prefix.File(folder)).mkpath(QStringLiteral("data"));
         }
