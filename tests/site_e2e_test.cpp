@@ -33,6 +33,8 @@ using lw::test::BinDir;
 namespace {
 
 constexpr const char* kCgi = "/aw-cgi/eBayISAPI.dll";
+constexpr const char* kSellingBegin = "<!-- BEGIN SELLING -->";
+constexpr const char* kSellingEnd = "<!-- END SELLING -->";
 
 // One running lotwright-site, stopped when the object goes, with the member
 // pages and the admin routes as this suite asks for them.
@@ -61,12 +63,17 @@ public:
         return token;
     }
 
-    std::string List(const std::string& command, const std::string& userId, const std::string& pass,
-                     int days, int skip) {
+    // A member's list page; the demo member's unless another is named.
+    std::string List(const std::string& command, const std::string& pass, int days = 30,
+                     int skip = 0, const std::string& userId = "demo_seller") {
         return Get(std::string(kCgi) + "?" + command + "&userid=" + Encode(userId) + "&pass=" +
                    Encode(pass) + "&days=" + std::to_string(days) + "&skip=" + std::to_string(skip))
             .body;
     }
+
+    // A page of the member program by its query, and an item's page.
+    std::string Page(const std::string& query) { return Get(std::string(kCgi) + "?" + query).body; }
+    std::string ItemPage(const std::string& item) { return Page("ViewItem&item=" + item); }
 
     // Admin routes asked by address, their parameters in the query.
     std::string Admin(const std::string& action, const std::string& query = {}) {
@@ -78,6 +85,16 @@ public:
 
 QStringList SeedArgs(int seed) {
     return {QStringLiteral("--seed"), QString::number(seed)};
+}
+
+using Row = std::map<std::string, std::string>;
+
+// Whether text holds needle, naming the needle either way.
+::testing::AssertionResult Has(const std::string& text, const std::string& needle) {
+    if (text.find(needle) == std::string::npos) {
+        return ::testing::AssertionFailure() << "no \"" << needle << "\" in the text";
+    }
+    return ::testing::AssertionSuccess() << "the text holds \"" << needle << "\"";
 }
 
 size_t Count(const std::string& text, const std::string& needle) {
@@ -99,17 +116,15 @@ std::string Between(const std::string& text, const std::string& begin, const std
 }
 
 // The record rows of a list page, one map of cell class to cell text each.
-std::vector<std::map<std::string, std::string>> Rows(const std::string& page,
-                                                     const std::string& begin,
-                                                     const std::string& end) {
-    std::vector<std::map<std::string, std::string>> rows;
+std::vector<Row> Rows(const std::string& page, const std::string& begin, const std::string& end) {
+    std::vector<Row> rows;
     const std::string part = Between(page, begin, end);
     static const std::regex kRow(R"re(<tr>(?:\r\n)?([\s\S]*?)</tr>)re");
     static const std::regex kCell(R"re(<td class="([a-z]+)">((?:<[^>]*>)*)([^<]*))re");
     for (auto row = std::sregex_iterator(part.begin(), part.end(), kRow);
          row != std::sregex_iterator(); ++row) {
         const std::string cells = (*row)[1];
-        std::map<std::string, std::string> values;
+        Row values;
         for (auto cell = std::sregex_iterator(cells.begin(), cells.end(), kCell);
              cell != std::sregex_iterator(); ++cell) {
             values[(*cell)[1]] = (*cell)[3];
@@ -119,8 +134,25 @@ std::vector<std::map<std::string, std::string>> Rows(const std::string& page,
     return rows;
 }
 
-std::vector<std::map<std::string, std::string>> SellingRows(const std::string& page) {
-    return Rows(page, "<!-- BEGIN SELLING -->", "<!-- END SELLING -->");
+// The rows of the demo member's selling list.
+std::vector<Row> SellingRows(Site& site, const std::string& token, int days = 30, int skip = 0) {
+    return Rows(site.List("MyEbaySelling", token, days, skip), kSellingBegin, kSellingEnd);
+}
+
+// Every row of a list of the demo member, from the part between its markers
+// ("<!-- BEGIN LEDGER -->" for part "LEDGER"), paged through to the empty page.
+std::vector<Row> AllRows(Site& site, const std::string& token, const char* command,
+                         const std::string& part, int days = 30, int pageSize = 50) {
+    std::vector<Row> rows;
+    for (int skip = 0; skip < 200 * pageSize; skip += pageSize) {
+        const auto page = Rows(site.List(command, token, days, skip), "<!-- BEGIN " + part + " -->",
+                               "<!-- END " + part + " -->");
+        if (page.empty()) {
+            break;
+        }
+        rows.insert(rows.end(), page.begin(), page.end());
+    }
+    return rows;
 }
 
 // "11/23/26 02:18:25 PST" in the server's local time, as epoch seconds.
@@ -177,50 +209,42 @@ std::string DemoToken(Site& site) {
 
 }  // namespace
 
-TEST(SiteSignIn, PostAnswersTheEncodedPasswordThatOpensTheMemberPages) {
-    Site site(SeedArgs(5));
-    ASSERT_SITE(site);
-    const std::string token = DemoToken(site);
-    ASSERT_FALSE(token.empty());
-    EXPECT_EQ(token.find("demo"), std::string::npos) << "the password must not travel in clear";
-
-    const std::string selling = site.List("MyEbaySelling", "demo_seller", token, 30, 0);
-    EXPECT_NE(selling.find("<!-- BEGIN SELLING -->"), std::string::npos);
-    EXPECT_NE(selling.find("<!-- END SELLING -->"), std::string::npos);
-    for (const char* command :
-         {"MyEbayBidding", "MyEbayWatching", "MyEbayAccount", "AccountStatus"}) {
-        const std::string page = site.List(command, "demo_seller", token, 30, 0);
-        EXPECT_NE(page.find("<!-- BEGIN "), std::string::npos) << command;
-        EXPECT_EQ(page.find("Sign in to My Market"), std::string::npos) << command;
-    }
-}
-
-TEST(SiteSignIn, WrongOrChangedPasswordsGetTheSignInPageWithoutMarkers) {
+// Only the right password gets an encoded one; it opens the member's pages
+// and no other member's, and a password changed on the site expires it.
+TEST(SiteSignIn, TheEncodedPasswordOpensTheMembersOwnPagesUntilThePasswordChanges) {
     Site site(SeedArgs(5));
     ASSERT_SITE(site);
     EXPECT_TRUE(site.SignIn("demo_seller", "not-the-password").empty());
     EXPECT_TRUE(site.SignIn("nobody_here", "demo").empty());
-
     const std::string token = DemoToken(site);
     ASSERT_FALSE(token.empty());
-    const std::string forged = site.List("MyEbaySelling", "demo_seller", token + "zz", 30, 0);
-    EXPECT_EQ(forged.find("<!-- BEGIN SELLING -->"), std::string::npos);
-    EXPECT_NE(forged.find("Sign in to My Market"), std::string::npos);
-    // Another member's page with the demo member's token.
-    const std::string other = site.List("MyEbaySelling", "birch_finds", token, 30, 0);
-    EXPECT_EQ(other.find("<!-- BEGIN SELLING -->"), std::string::npos);
+    EXPECT_FALSE(Has(token, "demo")) << "the password must not travel in clear";
 
-    // A password changed on the site expires the old encoded one; signing in
-    // anew hands out a different one that works.
+    const std::string selling = site.List("MyEbaySelling", token);
+    EXPECT_TRUE(Has(selling, kSellingBegin));
+    EXPECT_TRUE(Has(selling, kSellingEnd));
+    for (const char* command :
+         {"MyEbayBidding", "MyEbayWatching", "MyEbayAccount", "AccountStatus"}) {
+        const std::string page = site.List(command, token);
+        EXPECT_TRUE(Has(page, "<!-- BEGIN ")) << command;
+        EXPECT_FALSE(Has(page, "Sign in to My Market")) << command;
+    }
+
+    // The sign-in page, without markers, for a page the token does not open.
+    const auto refused = [&](const char* why, const std::string& pass, const char* user) {
+        SCOPED_TRACE(why);
+        const std::string page = site.List("MyEbaySelling", pass, 30, 0, user);
+        EXPECT_FALSE(Has(page, kSellingBegin));
+        EXPECT_TRUE(Has(page, "Sign in to My Market"));
+    };
+    refused("a forged encoded password", token + "zz", "demo_seller");
+    refused("another member's page", token, "birch_finds");
     site.Admin("password", "user=demo_seller&password=n3w-pass");
-    const std::string expired = site.List("MyEbaySelling", "demo_seller", token, 30, 0);
-    EXPECT_EQ(expired.find("<!-- BEGIN SELLING -->"), std::string::npos);
+    refused("the password changed", token, "demo_seller");
     const std::string fresh = site.SignIn("demo_seller", "n3w-pass");
     ASSERT_FALSE(fresh.empty());
     EXPECT_NE(fresh, token);
-    EXPECT_NE(
-        site.List("MyEbaySelling", "demo_seller", fresh, 30, 0).find("<!-- BEGIN SELLING -->"),
-        std::string::npos);
+    EXPECT_TRUE(Has(site.List("MyEbaySelling", fresh), kSellingBegin));
 }
 
 TEST(SitePaging, PagesAreDisjointAndEndWithAnEmptyPage) {
@@ -230,10 +254,10 @@ TEST(SitePaging, PagesAreDisjointAndEndWithAnEmptyPage) {
     std::set<std::string> seen;
     int pages = 0;
     for (int skip = 0; pages < 50; skip += 4, ++pages) {
-        const std::string page = site.List("MyEbaySelling", "demo_seller", token, 30, skip);
-        ASSERT_NE(page.find("<!-- BEGIN SELLING -->"), std::string::npos) << "skip " << skip;
-        ASSERT_NE(page.find("<!-- END SELLING -->"), std::string::npos) << "skip " << skip;
-        const auto rows = SellingRows(page);
+        const std::string page = site.List("MyEbaySelling", token, 30, skip);
+        ASSERT_TRUE(Has(page, kSellingBegin)) << "skip " << skip;
+        ASSERT_TRUE(Has(page, kSellingEnd)) << "skip " << skip;
+        const auto rows = Rows(page, kSellingBegin, kSellingEnd);
         ASSERT_LE(rows.size(), 4u);
         EXPECT_EQ(Count(page, "<td class=\"item\">"), rows.size());
         if (rows.empty()) {
@@ -245,9 +269,7 @@ TEST(SitePaging, PagesAreDisjointAndEndWithAnEmptyPage) {
         }
         if (rows.size() < 4) {
             // A short page is the last with records; the next one is empty.
-            const auto next =
-                SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, skip + 4));
-            EXPECT_TRUE(next.empty());
+            EXPECT_TRUE(SellingRows(site, token, 30, skip + 4).empty());
             break;
         }
     }
@@ -256,28 +278,18 @@ TEST(SitePaging, PagesAreDisjointAndEndWithAnEmptyPage) {
 
     // Every lot of the member is on the 60-day list; the 30-day list leaves
     // out exactly those that ended longer ago than 30 days.
-    std::set<std::string> wide;
-    std::map<std::string, std::string> endOf;
-    for (int skip = 0; skip < 200; skip += 4) {
-        const auto rows = SellingRows(site.List("MyEbaySelling", "demo_seller", token, 60, skip));
-        if (rows.empty()) {
-            break;
-        }
-        for (const auto& row : rows) {
-            wide.insert(row.at("item"));
-            endOf[row.at("item")] = row.count("ends") ? row.at("ends") : row.at("ended");
-        }
+    std::map<std::string, std::string> wide;  // item to its end
+    for (const auto& row : AllRows(site, token, "MyEbaySelling", "SELLING", 60, 4)) {
+        wide[row.at("item")] = row.count("ends") ? row.at("ends") : row.at("ended");
     }
-    const std::time_t now = ClockSeconds(site.Get(std::string(kCgi) + "?TimeShow").body);
+    const std::time_t now = ClockSeconds(site.Page("TimeShow"));
     ASSERT_GT(now, 0);
-    for (const std::string& item : wide) {
-        const std::time_t end = SiteDateSeconds(endOf[item]);
-        const bool recent = end >= now - 30 * 86400 + 60;
-        const bool old = end < now - 30 * 86400 - 60;
-        if (recent) {
-            EXPECT_TRUE(seen.count(item)) << item << " ended " << endOf[item];
-        } else if (old) {
-            EXPECT_FALSE(seen.count(item)) << item << " ended " << endOf[item];
+    for (const auto& [item, ended] : wide) {
+        const std::time_t end = SiteDateSeconds(ended);
+        if (end >= now - 30 * 86400 + 60) {
+            EXPECT_TRUE(seen.count(item)) << item << " ended " << ended;
+        } else if (end < now - 30 * 86400 - 60) {
+            EXPECT_FALSE(seen.count(item)) << item << " ended " << ended;
         }
     }
     EXPECT_GT(wide.size(), seen.size()) << "the seed holds a sale older than 30 days";
@@ -296,13 +308,11 @@ TEST(SitePaging, PagesAskedInTurnAreThePagesByPosition) {
     for (const char* list : {"MyEbaySelling", "MyEbayBidding", "MyEbayAccount"}) {
         std::vector<std::string> byPosition(kLast / 4 + 1);
         for (int skip = kLast; skip >= 0; skip -= 4) {
-            byPosition[static_cast<size_t>(skip / 4)] =
-                site.List(list, "demo_seller", token, 60, skip);
+            byPosition[static_cast<size_t>(skip / 4)] = site.List(list, token, 60, skip);
         }
         ASSERT_NE(byPosition[1], byPosition[2]) << list << ": the list needs several pages";
         for (int skip = 0; skip <= kLast; skip += 4) {
-            EXPECT_EQ(site.List(list, "demo_seller", token, 60, skip),
-                      byPosition[static_cast<size_t>(skip / 4)])
+            EXPECT_EQ(site.List(list, token, 60, skip), byPosition[static_cast<size_t>(skip / 4)])
                 << list << " skip " << skip;
         }
     }
@@ -314,8 +324,7 @@ TEST(SitePaging, PagesAskedInTurnAreThePagesByPosition) {
     // off before it.
     const auto page = [&](int skip) {
         std::vector<std::string> items;
-        for (const auto& row :
-             SellingRows(site.List("MyEbaySelling", "demo_seller", token, 60, skip))) {
+        for (const auto& row : SellingRows(site, token, 60, skip)) {
             items.push_back(row.at("item"));
         }
         return items;
@@ -334,7 +343,7 @@ TEST(SitePaging, PagesAskedInTurnAreThePagesByPosition) {
     const std::vector<std::string> before = inTurn();
     ASSERT_GT(before.size(), 8u);
     const std::string moved = before.back();
-    ASSERT_NE(site.Admin("end", "item=" + moved).find("\"ended\":true"), std::string::npos);
+    ASSERT_TRUE(Has(site.Admin("end", "item=" + moved), "\"ended\":true"));
     std::vector<std::string> backwards;
     for (int skip = static_cast<int>(before.size()) / 4 * 4; skip >= 0; skip -= 4) {
         const std::vector<std::string> rows = page(skip);
@@ -363,81 +372,66 @@ TEST(SiteSeed, TheSameSeedGivesTheSamePagesAndAnotherSeedDoesNot) {
     ASSERT_EQ(token, DemoToken(second));
     for (const char* command :
          {"MyEbaySelling", "MyEbayBidding", "MyEbayWatching", "MyEbayAccount", "AccountStatus"}) {
-        const std::string a = first.List(command, "demo_seller", token, 30, 0);
-        EXPECT_EQ(a, second.List(command, "demo_seller", token, 30, 0)) << command;
-        EXPECT_EQ(a, first.List(command, "demo_seller", token, 30, 0)) << command;
+        const std::string a = first.List(command, token);
+        EXPECT_EQ(a, second.List(command, token)) << command;
+        EXPECT_EQ(a, first.List(command, token)) << command;
     }
-    const auto rows = SellingRows(first.List("MyEbaySelling", "demo_seller", token, 30, 0));
+    const auto rows = SellingRows(first, token);
     ASSERT_FALSE(rows.empty());
     for (const auto& row : rows) {
-        const std::string item = std::string(kCgi) + "?ViewItem&item=" + row.at("item");
-        EXPECT_EQ(first.Get(item).body, second.Get(item).body) << row.at("item");
+        EXPECT_EQ(first.ItemPage(row.at("item")), second.ItemPage(row.at("item")))
+            << row.at("item");
     }
-    EXPECT_NE(first.Get(std::string(kCgi) + "?TimeShow").body.find("06 08, 2000 12:04:00"),
-              std::string::npos);
-    EXPECT_NE(first.Admin("state").find("\"users\":7"), std::string::npos);
-    EXPECT_NE(other.Admin("state").find("\"users\":9"), std::string::npos);
+    EXPECT_TRUE(Has(first.Page("TimeShow"), "06 08, 2000 12:04:00"));
+    EXPECT_TRUE(Has(first.Admin("state"), "\"users\":7"));
+    EXPECT_TRUE(Has(other.Admin("state"), "\"users\":9"));
 }
 
 TEST(SiteAdmin, EndingABidAndATitleShowOnThePages) {
     Site site(SeedArgs(5));
     ASSERT_SITE(site);
     const std::string token = DemoToken(site);
-    const auto rows = SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0));
     // A running lot of one with no bid yet.
     std::string running;
-    for (const auto& row : rows) {
+    std::string start;
+    for (const auto& row : SellingRows(site, token)) {
         if (row.count("ends") && row.at("bidder") == "-" && row.at("qty") == "1") {
             running = row.at("item");
+            start = row.at("start");
             break;
         }
     }
     ASSERT_FALSE(running.empty());
-    const std::string itemPath = std::string(kCgi) + "?ViewItem&item=" + running;
-    EXPECT_EQ(site.Get(itemPath).body.find("<td class=\"left\">Ended</td>"), std::string::npos);
+    EXPECT_FALSE(Has(site.ItemPage(running), "<td class=\"left\">Ended</td>"));
+    const auto bid = [&](const std::string& bidder, const std::string& amount) {
+        return site.Admin("bid", "item=" + running + "&bidder=" + bidder + "&amount=" + amount);
+    };
 
     // A bid makes the bidder the high bidder at the start price.
-    const std::string start = [&] {
-        for (const auto& row : rows) {
-            if (row.at("item") == running) {
-                return row.at("start");
-            }
-        }
-        return std::string();
-    }();
-    const std::string amount = start.substr(1);
-    EXPECT_NE(site.Admin("bid", "item=" + running + "&bidder=birch_finds&amount=" + amount)
-                  .find("\"ok\":true"),
-              std::string::npos);
-    std::string page = site.Get(itemPath).body;
-    EXPECT_NE(page.find(">birch_finds</a></td><td class=\"hfb\">"), std::string::npos);
-    EXPECT_NE(page.find("<td class=\"price\"><b>" + start + "</b>"), std::string::npos);
-    // A sellers' own bid and a bid below the start are refused.
-    EXPECT_NE(site.Admin("bid", "item=" + running + "&bidder=demo_seller&amount=999")
-                  .find("\"ok\":false"),
-              std::string::npos);
-    EXPECT_NE(site.Admin("bid", "item=" + running + "&bidder=maple_attic&amount=0.01")
-                  .find("\"ok\":false"),
-              std::string::npos);
+    EXPECT_TRUE(Has(bid("birch_finds", start.substr(1)), "\"ok\":true"));
+    std::string page = site.ItemPage(running);
+    EXPECT_TRUE(Has(page, ">birch_finds</a></td><td class=\"hfb\">"));
+    EXPECT_TRUE(Has(page, "<td class=\"price\"><b>" + start + "</b>"));
+    // A seller's own bid and a bid below the start are refused.
+    EXPECT_TRUE(Has(bid("demo_seller", "999"), "\"ok\":false"));
+    EXPECT_TRUE(Has(bid("maple_attic", "0.01"), "\"ok\":false"));
 
     // Ended now: the list greys it and moves its end cell to class "ended".
-    EXPECT_NE(site.Admin("end", "item=" + running).find("\"ended\":true"), std::string::npos);
-    page = site.Get(itemPath).body;
-    EXPECT_NE(page.find("<td class=\"left\">Ended</td>"), std::string::npos);
-    EXPECT_NE(page.find("Winning bid"), std::string::npos);
+    EXPECT_TRUE(Has(site.Admin("end", "item=" + running), "\"ended\":true"));
+    page = site.ItemPage(running);
+    EXPECT_TRUE(Has(page, "<td class=\"left\">Ended</td>"));
+    EXPECT_TRUE(Has(page, "Winning bid"));
     bool listedEnded = false;
-    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+    for (const auto& row : SellingRows(site, token)) {
         if (row.at("item") == running) {
             listedEnded =
                 row.count("ended") == 1 && row.count("ends") == 0 && row.at("left") == "Ended";
         }
     }
     EXPECT_TRUE(listedEnded);
-    EXPECT_NE(site.Admin("bid", "item=" + running + "&bidder=maple_attic&amount=500")
-                  .find("the item has ended"),
-              std::string::npos);
+    EXPECT_TRUE(Has(bid("maple_attic", "500"), "the item has ended"));
     // The sale's final value fee is booked on the account history.
-    const std::string ledger = site.List("MyEbayAccount", "demo_seller", token, 30, 0);
+    const std::string ledger = site.List("MyEbayAccount", token);
     const auto ledgerRows = Rows(ledger, "<!-- BEGIN LEDGER -->", "<!-- END LEDGER -->");
     bool feeBooked = false;
     for (const auto& row : ledgerRows) {
@@ -449,13 +443,12 @@ TEST(SiteAdmin, EndingABidAndATitleShowOnThePages) {
     // A hostile title is escaped wherever it shows.
     const std::string hostile = "<script>alert(\"x\")</script> & 'Tom's' \xC3\xA9";
     site.Admin("title", "item=" + running + "&title=" + Site::Encode(hostile));
-    page = site.Get(itemPath).body;
-    EXPECT_EQ(page.find("<script>"), std::string::npos);
-    EXPECT_NE(page.find("&lt;script&gt;alert(&#34;x&#34;)&lt;/script&gt; &amp; &#39;Tom&#39;s&#39; "
-                        "\xC3\xA9"),
-              std::string::npos);
-    const std::string list = site.List("MyEbaySelling", "demo_seller", token, 30, 0);
-    EXPECT_EQ(list.find("<script>"), std::string::npos);
+    page = site.ItemPage(running);
+    EXPECT_FALSE(Has(page, "<script>"));
+    EXPECT_TRUE(Has(page,
+                    "&lt;script&gt;alert(&#34;x&#34;)&lt;/script&gt; &amp; &#39;Tom&#39;s&#39; "
+                    "\xC3\xA9"));
+    EXPECT_FALSE(Has(site.List("MyEbaySelling", token), "<script>"));
 }
 
 TEST(SiteAdmin, DownAndBrokenPagesAreWhatTestsAskFor) {
@@ -469,20 +462,15 @@ TEST(SiteAdmin, DownAndBrokenPagesAreWhatTestsAskFor) {
     EXPECT_EQ(site.Get(std::string(kCgi) + "?TimeShow").status, 200);
 
     site.Admin("break", "page=selling&count=1");
-    const std::string clock = site.Get(std::string(kCgi) + "?TimeShow").body;
-    EXPECT_NE(clock.find("<!-- BEGIN CLOCK -->"), std::string::npos) << "only selling is broken";
-    EXPECT_EQ(
-        site.List("MyEbaySelling", "demo_seller", token, 30, 0).find("<!-- BEGIN SELLING -->"),
-        std::string::npos);
-    EXPECT_NE(
-        site.List("MyEbaySelling", "demo_seller", token, 30, 0).find("<!-- BEGIN SELLING -->"),
-        std::string::npos);
+    EXPECT_TRUE(Has(site.Page("TimeShow"), "<!-- BEGIN CLOCK -->")) << "only selling is broken";
+    EXPECT_FALSE(Has(site.List("MyEbaySelling", token), kSellingBegin));
+    EXPECT_TRUE(Has(site.List("MyEbaySelling", token), kSellingBegin));
 
     // The redesign renames the item cells on every list.
     site.Admin("layout", "v=2");
-    const std::string redesigned = site.List("MyEbayBidding", "demo_seller", token, 30, 0);
-    EXPECT_EQ(redesigned.find("<td class=\"item\">"), std::string::npos);
-    EXPECT_NE(redesigned.find("<td class=\"itemno\">"), std::string::npos);
+    const std::string redesigned = site.List("MyEbayBidding", token);
+    EXPECT_FALSE(Has(redesigned, "<td class=\"item\">"));
+    EXPECT_TRUE(Has(redesigned, "<td class=\"itemno\">"));
 }
 
 TEST(SiteMultiWinner, TheItemPageListsEveryWinnerAndTheLotIsShared) {
@@ -490,7 +478,7 @@ TEST(SiteMultiWinner, TheItemPageListsEveryWinnerAndTheLotIsShared) {
     ASSERT_SITE(site);
     const std::string token = DemoToken(site);
     std::vector<std::string> multi;
-    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+    for (const auto& row : SellingRows(site, token)) {
         if (row.at("bidder") == "Dutch Auction") {
             multi.push_back(row.at("item"));
             EXPECT_GT(std::stoi(row.at("qty")), 1);
@@ -499,9 +487,8 @@ TEST(SiteMultiWinner, TheItemPageListsEveryWinnerAndTheLotIsShared) {
     ASSERT_FALSE(multi.empty());
     size_t mostWinners = 0;
     for (const std::string& item : multi) {
-        const std::string page = site.Get(std::string(kCgi) + "?ViewItem&item=" + item).body;
-        const std::string winners = Between(page, "<!-- BEGIN WINNERS -->", "<!-- END WINNERS -->");
-        const auto rows = Rows(winners, "<!-- BEGIN WINNERS -->", "<!-- END WINNERS -->");
+        const std::string page = site.ItemPage(item);
+        const auto rows = Rows(page, "<!-- BEGIN WINNERS -->", "<!-- END WINNERS -->");
         ASSERT_FALSE(rows.empty()) << item;
         mostWinners = std::max(mostWinners, rows.size());
         static const std::regex kQuantity(R"re(<td class="qty">(\d+)</td>)re");
@@ -524,7 +511,7 @@ TEST(SiteMultiWinner, TheItemPageListsEveryWinnerAndTheLotIsShared) {
     // A running lot: one bid for the whole lot above everyone else takes it.
     std::string running;
     int quantity = 0;
-    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+    for (const auto& row : SellingRows(site, token)) {
         if (row.at("bidder") == "Dutch Auction" && row.count("ends")) {
             running = row.at("item");
             quantity = std::stoi(row.at("qty"));
@@ -533,7 +520,7 @@ TEST(SiteMultiWinner, TheItemPageListsEveryWinnerAndTheLotIsShared) {
     ASSERT_FALSE(running.empty());
     site.Admin("bid", "item=" + running +
                           "&bidder=birch_finds&amount=250&quantity=" + std::to_string(quantity));
-    const std::string page = site.Get(std::string(kCgi) + "?ViewItem&item=" + running).body;
+    const std::string page = site.ItemPage(running);
     const auto rows = Rows(page, "<!-- BEGIN WINNERS -->", "<!-- END WINNERS -->");
     ASSERT_EQ(rows.size(), 1u);
     EXPECT_EQ(rows[0].at("winner"), "birch_finds");
@@ -559,13 +546,12 @@ TEST(SiteRules, VersionAndFilesComeWithTheSitesOwnAddress) {
 
     const auto file = site.Get("/rules/site.pro");
     EXPECT_EQ(file.status, 200);
-    EXPECT_EQ(file.body.find("127.0.0.1:8750"), std::string::npos);
-    EXPECT_NE(file.body.find("ProtocolCheckUrl=" + site.Base() + "/rules/version\r\n"),
-              std::string::npos);
-    EXPECT_NE(file.body.find("ProtocolDownload1=" + site.Base() + "/rules/site.pro\r\n"),
-              std::string::npos);
-    EXPECT_EQ(site.Get("/rules/missing.pro").status, 404);
-    EXPECT_EQ(site.Get("/rules/..%2Fsite.pro").status, 404);
+    EXPECT_FALSE(Has(file.body, "127.0.0.1:8750"));
+    EXPECT_TRUE(Has(file.body, "ProtocolCheckUrl=" + site.Base() + "/rules/version\r\n"));
+    EXPECT_TRUE(Has(file.body, "ProtocolDownload1=" + site.Base() + "/rules/site.pro\r\n"));
+    for (const char* missing : {"/rules/missing.pro", "/rules/..%2Fsite.pro"}) {
+        EXPECT_EQ(site.Get(missing).status, 404) << missing;
+    }
 
     Site fixed(SeedArgs(5) << QStringLiteral("--rules") << rules.path()
                            << QStringLiteral("--rule-version") << QStringLiteral("7"));
@@ -584,99 +570,93 @@ TEST(SitePosts, SellReviewAndConfirmListANewItem) {
     const std::string path = std::string(kCgi) + "?VerifyNewItem";
 
     const auto refused = site.Post(path, fields + "&password=wrong");
-    EXPECT_NE(refused.body.find("HTTP/1.0 302 Object Moved Server"), std::string::npos);
+    EXPECT_TRUE(Has(refused.body, "HTTP/1.0 302 Object Moved Server"));
 
     const auto problem = site.Post(path, "title=&category=999999&userid=demo_seller&password=demo");
-    EXPECT_NE(problem.body.find("Problem with your listing"), std::string::npos);
-    EXPECT_EQ(problem.body.find("?AddItem"), std::string::npos);
+    EXPECT_TRUE(Has(problem.body, "Problem with your listing"));
+    EXPECT_FALSE(Has(problem.body, "?AddItem"));
 
     const auto review = site.Post(path, fields + "&password=demo");
-    ASSERT_NE(review.body.find("eBayISAPI.dll?AddItem"), std::string::npos) << review.body;
+    ASSERT_TRUE(Has(review.body, "eBayISAPI.dll?AddItem")) << review.body;
     const std::string confirm = HiddenFields(review.body, "eBayISAPI.dll?AddItem");
-    EXPECT_NE(confirm.find("token="), std::string::npos);
-    EXPECT_EQ(confirm.find("=demo&"), std::string::npos) << "no clear password in the page";
+    EXPECT_TRUE(Has(confirm, "token="));
+    EXPECT_FALSE(Has(confirm, "=demo&")) << "no clear password in the page";
     EXPECT_FALSE(confirm.size() >= 5 && confirm.substr(confirm.size() - 5) == "=demo");
 
-    const auto listed = site.Post(std::string(kCgi) + "?AddItem", confirm);
+    const std::string addItem = std::string(kCgi) + "?AddItem";
+    const auto listed = site.Post(addItem, confirm);
     static const std::regex kNumber(R"re(Your new item number is <b>#(\d+)</b>)re");
     std::smatch number;
     ASSERT_TRUE(std::regex_search(listed.body, number, kNumber)) << listed.body;
     // A second confirm of the same review lists nothing more.
-    EXPECT_EQ(site.Post(std::string(kCgi) + "?AddItem", confirm).status, 404);
+    EXPECT_EQ(site.Post(addItem, confirm).status, 404);
 
     const std::string token = DemoToken(site);
     bool found = false;
-    for (int skip = 0; !found; skip += 50) {
-        const auto rows = SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, skip));
-        if (rows.empty()) {
-            break;
-        }
-        for (const auto& row : rows) {
-            if (row.at("item") == std::string(number[1])) {
-                found = true;
-                EXPECT_EQ(row.at("title"), "Copper kettle &amp; trivet, &#34;as found&#34;");
-                EXPECT_EQ(row.at("start"), "$12.50");
-                EXPECT_EQ(row.at("bids"), "0");
-            }
+    for (const auto& row : AllRows(site, token, "MyEbaySelling", "SELLING")) {
+        if (row.at("item") == std::string(number[1])) {
+            found = true;
+            EXPECT_EQ(row.at("title"), "Copper kettle &amp; trivet, &#34;as found&#34;");
+            EXPECT_EQ(row.at("start"), "$12.50");
+            EXPECT_EQ(row.at("bids"), "0");
         }
     }
     EXPECT_TRUE(found);
     // The insertion and bold fees are on the account.
-    const std::string ledger = site.List("MyEbayAccount", "demo_seller", token, 1, 0);
-    EXPECT_NE(ledger.find("<td class=\"desc\">Insertion fee\r\n"), std::string::npos);
-    EXPECT_NE(ledger.find("<td class=\"desc\">Bold fee\r\n"), std::string::npos);
+    const std::string ledger = site.List("MyEbayAccount", token, 1);
+    EXPECT_TRUE(Has(ledger, "<td class=\"desc\">Insertion fee\r\n"));
+    EXPECT_TRUE(Has(ledger, "<td class=\"desc\">Bold fee\r\n"));
 }
 
 TEST(SitePosts, FeedbackAndTheEmailLookUp) {
     Site site(SeedArgs(5));
     ASSERT_SITE(site);
-    const auto before = site.Get(std::string(kCgi) + "?ViewFeedback&userid=maple_attic").body;
+    const auto before = site.Page("ViewFeedback&userid=maple_attic");
     static const std::regex kScore(R"re(Feedback profile of maple_attic \((-?\d+)\))re");
     std::smatch score;
     ASSERT_TRUE(std::regex_search(before, score, kScore));
     const int start = std::stoi(score[1]);
 
-    const std::string post = std::string(kCgi);
-    const auto left = site.Post(post,
+    const auto left = site.Post(kCgi,
                                 "MfcISAPICommand=LeaveFeedback&userid=demo_seller&pass=demo"
                                 "&otheruserid=maple_attic&itemno=&which=positive"
                                 "&comment=" +
                                     Site::Encode("Quick & friendly"));
-    EXPECT_NE(left.body.find("has been recorded"), std::string::npos);
-    const auto after = site.Get(std::string(kCgi) + "?ViewFeedback&userid=maple_attic").body;
+    EXPECT_TRUE(Has(left.body, "has been recorded"));
+    const auto after = site.Page("ViewFeedback&userid=maple_attic");
     ASSERT_TRUE(std::regex_search(after, score, kScore));
     EXPECT_EQ(std::stoi(score[1]), start + 1);
-    EXPECT_NE(after.find("Quick &amp; friendly"), std::string::npos);
+    EXPECT_TRUE(Has(after, "Quick &amp; friendly"));
 
-    const auto unknown = site.Post(post,
+    const auto unknown = site.Post(kCgi,
                                    "MfcISAPICommand=LeaveFeedback&userid=demo_seller&pass=demo"
                                    "&otheruserid=no_such_member&which=negative&comment=x");
-    EXPECT_NE(unknown.body.find("not a registered user. Please go back"), std::string::npos);
+    EXPECT_TRUE(Has(unknown.body, "not a registered user. Please go back"));
 
-    const std::string lookup = std::string(kCgi) + "?ReturnUserEmail&requested=";
-    const auto email =
-        site.Get(lookup + Site::Encode("o'malley_antiques") + "&userid=demo_seller&pass=demo").body;
+    const auto lookup = [&](const std::string& requested, const std::string& pass) {
+        return site.Page("ReturnUserEmail&requested=" + Site::Encode(requested) +
+                         "&userid=demo_seller&pass=" + pass);
+    };
+    const std::string email = lookup("o'malley_antiques", "demo");
     static const std::regex kMail(R"re(href="mailto:([^"]+)">([^<]+)<)re");
     std::smatch mail;
     ASSERT_TRUE(std::regex_search(email, mail, kMail));
     EXPECT_EQ(mail[1], mail[2]);
-    EXPECT_NE(std::string(mail[1]).find('@'), std::string::npos);
-    EXPECT_EQ(site.Get(lookup + "no_such_member&userid=demo_seller&pass=demo").body.find("mailto:"),
-              std::string::npos);
-    EXPECT_EQ(site.Get(lookup + "maple_attic&userid=demo_seller&pass=bad").body.find("mailto:"),
-              std::string::npos);
+    EXPECT_TRUE(Has(mail[1], "@"));
+    // No address for an unknown member, nor for a wrong password.
+    EXPECT_FALSE(Has(lookup("no_such_member", "demo"), "mailto:"));
+    EXPECT_FALSE(Has(lookup("maple_attic", "bad"), "mailto:"));
 }
 
 TEST(SiteClock, AFasterClockEndsAuctionsWhileOneWatches) {
     Site site(SeedArgs(5) << QStringLiteral("--clock-factor") << QStringLiteral("36000"));
     ASSERT_SITE(site);
-    const std::string clock = std::string(kCgi) + "?TimeShow";
-    const std::time_t first = ClockSeconds(site.Get(clock).body);
+    const std::time_t first = ClockSeconds(site.Page("TimeShow"));
     const std::string token = DemoToken(site);
     // The soonest running lot of the demo member.
     std::string soonest;
     std::time_t soonestEnd = 0;
-    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+    for (const auto& row : SellingRows(site, token)) {
         if (row.count("ends")) {
             const std::time_t end = SiteDateSeconds(row.at("ends"));
             if (soonest.empty() || end < soonestEnd) {
@@ -690,11 +670,8 @@ TEST(SiteClock, AFasterClockEndsAuctionsWhileOneWatches) {
     const double wait = static_cast<double>(soonestEnd - first) / 36000.0 + 1.0;
     ASSERT_LT(wait, 30.0);
     QThread::msleep(static_cast<unsigned long>(wait * 1000));
-    const std::time_t later = ClockSeconds(site.Get(clock).body);
-    EXPECT_GT(later, soonestEnd);
-    EXPECT_NE(site.Get(std::string(kCgi) + "?ViewItem&item=" + soonest)
-                  .body.find("<td class=\"left\">Ended</td>"),
-              std::string::npos);
+    EXPECT_GT(ClockSeconds(site.Page("TimeShow")), soonestEnd);
+    EXPECT_TRUE(Has(site.ItemPage(soonest), "<td class=\"left\">Ended</td>"));
 }
 
 namespace {
@@ -753,7 +730,7 @@ TEST(SiteRules, ShippedProtocolMarkersStandOnTheSitesPages) {
     ASSERT_FALSE(token.empty());
     // A lot with several winners, so that the winner rows are there too.
     std::string multi;
-    for (const auto& row : SellingRows(site.List("MyEbaySelling", "demo_seller", token, 30, 0))) {
+    for (const auto& row : SellingRows(site, token)) {
         if (row.at("bidder") == "Dutch Auction") {
             multi = row.at("item");
         }
@@ -788,13 +765,11 @@ TEST(SiteRules, ShippedProtocolMarkersStandOnTheSitesPages) {
         const std::string part = page.substr(begin, end - begin);
         const int items = std::stoi(keys.at("Items"));
         for (int n = 1; n <= items; ++n) {
-            const std::string start = keys.at("Item" + std::to_string(n) + " Start");
-            const std::string alternate =
-                keys.count("Item" + std::to_string(n) + " AlternateStart")
-                    ? keys.at("Item" + std::to_string(n) + " AlternateStart")
-                    : start;
-            EXPECT_TRUE(part.find(start) != std::string::npos ||
-                        part.find(alternate) != std::string::npos)
+            const std::string item = "Item" + std::to_string(n);
+            const std::string start = keys.at(item + " Start");
+            const auto alternate = keys.find(item + " AlternateStart");
+            EXPECT_TRUE(Has(part, start) ||
+                        (alternate != keys.end() && Has(part, alternate->second)))
                 << name << " item " << n << ": " << start;
         }
         ++checked;
@@ -837,7 +812,7 @@ TEST(SitePosts, TheProgramsFormEncodingListsAnItem) {
     const auto sections = RuleSections(ReadSource("rules/site.pro"));
     const auto& post = sections.at("Auction Post");
     const auto review = site.Post(post.at("url"), body.toStdString());
-    ASSERT_EQ(review.body.find("Problem with your listing"), std::string::npos) << review.body;
+    ASSERT_FALSE(Has(review.body, "Problem with your listing")) << review.body;
     const QString confirm = lw::update::ExtractHiddenFields(
         QString::fromStdString(review.body), QString::fromStdString(post.at("Action")));
     ASSERT_FALSE(confirm.isEmpty());
@@ -852,12 +827,10 @@ TEST(SitePosts, TheProgramsFormEncodingListsAnItem) {
     const std::string shown = listed.body.substr(from, listed.body.find('<', from) - from);
     const std::string item = shown.substr(number.at("Split").size());
     ASSERT_FALSE(item.empty());
-    const std::string page = site.Get(std::string(kCgi) + "?ViewItem&item=" + item).body;
-    EXPECT_NE(page.find("<h2>Tin sign &#34;Drink Fizz&#34; &amp; bottle opener</h2>"),
-              std::string::npos)
-        << page;
-    EXPECT_NE(page.find("<td class=\"first\">$7.25</td>"), std::string::npos);
-    EXPECT_NE(page.find("<td class=\"cat\">Collectibles: Advertising</td>"), std::string::npos);
+    const std::string page = site.ItemPage(item);
+    EXPECT_TRUE(Has(page, "<h2>Tin sign &#34;Drink Fizz&#34; &amp; bottle opener</h2>")) << page;
+    EXPECT_TRUE(Has(page, "<td class=\"first\">$7.25</td>"));
+    EXPECT_TRUE(Has(page, "<td class=\"cat\">Collectibles: Advertising</td>"));
 }
 
 namespace {
@@ -1005,20 +978,9 @@ TEST(SiteRulesScan, EveryRunProtocolYieldsTheRecordsOfItsPages) {
     Site site(SeedArgs(6) << QStringLiteral("--page-size") << QStringLiteral("50"));
     ASSERT_SITE(site);
     const std::string token = DemoToken(site);
-    const auto list = [&](const char* command, const char* begin, const char* end) {
-        std::vector<std::map<std::string, std::string>> rows;
-        for (int skip = 0;; skip += 50) {
-            const auto page = Rows(site.List(command, "demo_seller", token, 30, skip), begin, end);
-            if (page.empty()) {
-                return rows;
-            }
-            rows.insert(rows.end(), page.begin(), page.end());
-        }
-    };
-    const auto selling = list("MyEbaySelling", "<!-- BEGIN SELLING -->", "<!-- END SELLING -->");
-    const auto bidding = list("MyEbayBidding", "<!-- BEGIN BIDDING -->", "<!-- END BIDDING -->");
-    const auto watching =
-        list("MyEbayWatching", "<!-- BEGIN WATCHING -->", "<!-- END WATCHING -->");
+    const auto selling = AllRows(site, token, "MyEbaySelling", "SELLING");
+    const auto bidding = AllRows(site, token, "MyEbayBidding", "BIDDING");
+    const auto watching = AllRows(site, token, "MyEbayWatching", "WATCHING");
     ASSERT_FALSE(selling.empty());
     ASSERT_FALSE(bidding.empty());
     ASSERT_FALSE(watching.empty());
@@ -1050,8 +1012,8 @@ TEST(SiteRulesScan, EveryRunProtocolYieldsTheRecordsOfItsPages) {
     size_t winners = 0;
     for (const auto& row : selling) {
         if (row.at("bidder") == "Dutch Auction") {
-            winners += Rows(site.Get(std::string(kCgi) + "?ViewItem&item=" + row.at("item")).body,
-                            "<!-- BEGIN WINNERS -->", "<!-- END WINNERS -->")
+            winners += Rows(site.ItemPage(row.at("item")), "<!-- BEGIN WINNERS -->",
+                            "<!-- END WINNERS -->")
                            .size();
         }
     }
@@ -1095,7 +1057,7 @@ TEST(SiteRulesScan, EveryRunProtocolYieldsTheRecordsOfItsPages) {
     }
 
     const auto ledger = ScanProtocol(site, token, QStringLiteral("Account History eBay"));
-    const auto ledgerRows = list("MyEbayAccount", "<!-- BEGIN LEDGER -->", "<!-- END LEDGER -->");
+    const auto ledgerRows = AllRows(site, token, "MyEbayAccount", "LEDGER");
     ASSERT_EQ(ledger.size(), ledgerRows.size());
     std::set<std::string> types;
     for (size_t i = 0; i < ledger.size(); ++i) {

@@ -10,7 +10,10 @@
 #include <QPersistentModelIndex>
 #include <QStringList>
 #include <QVariant>
+#include <algorithm>
 #include <array>
+#include <initializer_list>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <ostream>
@@ -119,6 +122,16 @@ protected:
     }
     void AddSale(const Item& it) { Add(QStringLiteral("Auctions"), it); }
     void AddBid(const Item& it) { Add(QStringLiteral("Bids"), it); }
+    void AddSales(std::initializer_list<Item> items) {
+        for (const Item& it : items) {
+            AddSale(it);
+        }
+    }
+    void AddBids(std::initializer_list<Item> items) {
+        for (const Item& it : items) {
+            AddBid(it);
+        }
+    }
 
     void AddDutchBid(const QString& item, const QString& winner, const QString& endDate,
                      const QString& user = kUser) {
@@ -131,10 +144,7 @@ protected:
     // n current sales, item 1001 ending soonest.
     void AddCurrentSales(int n) {
         for (int i = 1; i <= n; ++i) {
-            Item it;
-            it.item = QString::number(1000 + i);
-            it.endDate = DaysFromNow(i);
-            AddSale(it);
+            AddSale({.item = QString::number(1000 + i), .endDate = DaysFromNow(i)});
         }
     }
 
@@ -146,32 +156,16 @@ protected:
 // ------------------------------------------------------------ cuts and filters
 
 TEST_F(ListsTest, SalesSplitIntoCurrentAndArchivedAndTheArchiveWaitsThreeDays) {
-    Item it;
-    it.item = QStringLiteral("1");  // ends in two days
-    it.endDate = DaysFromNow(2);
-    AddSale(it);
-    it.item = QStringLiteral("2");  // ended a moment ago, still today
-    it.endDate = EndText(QDateTime::currentDateTime());
-    AddSale(it);
-    it.item = QStringLiteral("3");  // no date at all
-    it.endDate = QStringLiteral("n/a");
-    AddSale(it);
-    it.item = QStringLiteral("4");  // ended yesterday: in neither list
-    it.endDate = DaysFromNow(-1);
-    AddSale(it);
-    it.item = QStringLiteral("5");  // two days ago: counted, not shown
-    it.endDate = DaysFromNow(-2);
-    AddSale(it);
-    it.item = QStringLiteral("6");  // three whole days ago: shown
-    it.endDate = DaysFromNow(-3);
-    AddSale(it);
-    it.item = QStringLiteral("7");
-    it.endDate = QStringLiteral("12/30/99, 10:00:00 PST");
-    AddSale(it);
-    it.item = QStringLiteral("8");  // another user's sale
-    it.user = QStringLiteral("Other");
-    it.endDate = DaysFromNow(2);
-    AddSale(it);
+    AddSales({
+        {.item = "1", .endDate = DaysFromNow(2)},                         // ends in two days
+        {.item = "2", .endDate = EndText(QDateTime::currentDateTime())},  // ended, still today
+        {.item = "3", .endDate = "n/a"},                                  // no date at all
+        {.item = "4", .endDate = DaysFromNow(-1)},  // ended yesterday: in neither list
+        {.item = "5", .endDate = DaysFromNow(-2)},  // two days ago: counted, not shown
+        {.item = "6", .endDate = DaysFromNow(-3)},  // three whole days ago: shown
+        {.item = "7", .endDate = "12/30/99, 10:00:00 PST"},
+        {.item = "8", .endDate = DaysFromNow(2), .user = "Other"},  // another user's sale
+    });
 
     SalesListing sales;
     sales.ShowGroup(Db(), Group::Current);
@@ -191,16 +185,11 @@ TEST_F(ListsTest, SalesSplitIntoCurrentAndArchivedAndTheArchiveWaitsThreeDays) {
 }
 
 TEST_F(ListsTest, SuccessfulSalesLeaveOutItemsWithoutBids) {
-    Item it;
-    it.endDate = DaysFromNow(1);
-    it.item = QStringLiteral("10");
-    AddSale(it);
-    it.item = QStringLiteral("11");
-    it.numberBids = QStringLiteral("-");
-    AddSale(it);
-    it.item = QStringLiteral("12");
-    it.endDate = QStringLiteral("01/02/98, 10:00:00 PST");
-    AddSale(it);
+    AddSales({
+        {.item = "10", .endDate = DaysFromNow(1)},
+        {.item = "11", .numberBids = "-", .endDate = DaysFromNow(1)},
+        {.item = "12", .numberBids = "-", .endDate = "01/02/98, 10:00:00 PST"},
+    });
 
     SalesListing sales;
     sales.SetSuccessfulOnly(true);
@@ -216,23 +205,14 @@ TEST_F(ListsTest, SuccessfulSalesLeaveOutItemsWithoutBids) {
 }
 
 TEST_F(ListsTest, BidsSplitAndTheSuccessfulViewAddsTheUsersMultiWinnerShares) {
-    Item it;
-    it.endDate = DaysFromNow(3);
-    it.item = QStringLiteral("20");
-    it.winning = true;
-    AddBid(it);
-    it.item = QStringLiteral("21");
-    it.winning = false;
-    AddBid(it);
-    it.item = QStringLiteral("22");  // a multi-winner item
-    it.bidder = QStringLiteral("Dutch Auction");
-    AddBid(it);
+    AddBids({
+        {.item = "20", .endDate = DaysFromNow(3), .winning = true},
+        {.item = "21", .endDate = DaysFromNow(3)},
+        {.item = "22", .endDate = DaysFromNow(3), .bidder = "Dutch Auction"},  // multi-winner
+        {.item = "23", .endDate = "03/04/99, 10:00:00 PST"},
+    });
     AddDutchBid(QStringLiteral("22"), kSiteId, DaysFromNow(3));
     AddDutchBid(QStringLiteral("22"), QStringLiteral("rival"), DaysFromNow(3));
-    it.item = QStringLiteral("23");
-    it.bidder = QStringLiteral("someone");
-    it.endDate = QStringLiteral("03/04/99, 10:00:00 PST");
-    AddBid(it);
 
     BidsListing bids;
     bids.ShowGroup(Db(), Group::Current);
@@ -264,42 +244,35 @@ TEST_F(ListsTest, BidsSplitAndTheSuccessfulViewAddsTheUsersMultiWinnerShares) {
 // ------------------------------------------------------------ pages
 
 TEST(SalesPages, StepsKeepTheirBoundsAndTheOneRowOffArithmetic) {
-    using lw::views::PlanSalesPage;
-    // First page: a page size above the count is capped.
-    auto first = PlanSalesPage(7, 10, std::nullopt, std::nullopt, false, true, false);
-    EXPECT_EQ(first.start, 1);
-    EXPECT_EQ(first.end, 7);
-    EXPECT_EQ(first.skip, 0);
-    EXPECT_EQ(first.interval, 7);
-
-    // Back from 21 at 10 a page: records 11 to 20 shown, 10 to 19 stored.
-    auto back = PlanSalesPage(40, 10, 21, 30, true, false, false);
-    EXPECT_EQ(back.skip, 10);
-    EXPECT_EQ(back.start, 10);
-    EXPECT_EQ(back.end, 19);
-
-    // Back from the first page stays on it.
-    auto backAtStart = PlanSalesPage(40, 10, 1, 10, true, false, false);
-    EXPECT_EQ(backAtStart.skip, 0);
-    EXPECT_EQ(backAtStart.start, 1);
-    EXPECT_EQ(backAtStart.end, 10);
-
-    // Last page starts a record early: 25 records show 15 to 24.
-    auto last = PlanSalesPage(25, 10, 1, 10, false, false, true);
-    EXPECT_EQ(last.skip, 14);
-    EXPECT_EQ(last.start, 16);
-    EXPECT_EQ(last.end, 25);
-
-    // Forward past the end: the end is capped, the start is not moved back.
-    auto forward = PlanSalesPage(25, 10, 21, 25, false, false, false);
-    EXPECT_EQ(forward.skip, 25);
-    EXPECT_EQ(forward.start, 26);
-    EXPECT_EQ(forward.end, 25);
-
-    // Page size 0 is one page of everything.
-    auto all = PlanSalesPage(25, 0, std::nullopt, std::nullopt, false, true, false);
-    EXPECT_EQ(all.end, 25);
-    EXPECT_EQ(all.interval, 25);
+    constexpr std::optional<qint64> kNone;
+    const struct Case {
+        const char* name;
+        qint64 count, interval;
+        std::optional<qint64> storedStart, storedEnd;
+        bool moveBack, goFirst, goLast;
+        qint64 start, end, skip, pageInterval;
+    } cases[] = {
+        {"first page: a page size above the count is capped", 7, 10, kNone, kNone, false, true,
+         false, 1, 7, 0, 7},
+        {"back from 21: records 11 to 20 shown, 10 to 19 stored", 40, 10, 21, 30, true, false,
+         false, 10, 19, 10, 10},
+        {"back from the first page stays on it", 40, 10, 1, 10, true, false, false, 1, 10, 0, 10},
+        {"last page starts a record early: 25 records show 15 to 24", 25, 10, 1, 10, false, false,
+         true, 16, 25, 14, 10},
+        {"forward past the end: the end is capped, the start not moved back", 25, 10, 21, 25, false,
+         false, false, 26, 25, 25, 10},
+        {"page size 0 is one page of everything", 25, 0, kNone, kNone, false, true, false, 1, 25, 0,
+         25},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto page = lw::views::PlanSalesPage(c.count, c.interval, c.storedStart, c.storedEnd,
+                                                   c.moveBack, c.goFirst, c.goLast);
+        EXPECT_EQ(page.start, c.start);
+        EXPECT_EQ(page.end, c.end);
+        EXPECT_EQ(page.skip, c.skip);
+        EXPECT_EQ(page.interval, c.pageInterval);
+    }
 }
 
 TEST(SalesPages, MoveButtonsFollowTheBounds) {
@@ -310,80 +283,72 @@ TEST(SalesPages, MoveButtonsFollowTheBounds) {
     EXPECT_EQ(UpdateMoveButtons(21, 25, 25), Buttons(true, false, true, false));
 }
 
+// The stored bounds are what the caption shows; the step back and the jump
+// to the end store them one record off the rows shown.
 TEST_F(ListsTest, CurrentSalesPageThroughTheSetAndStoreTheirBounds) {
     AddCurrentSales(25);
     Set(QStringLiteral("CAViewInterval"), 10);
     SalesListing sales;
-    auto items = [&] { return Column(sales.Model(), ListingModel::kItem); };
-    auto range = [](int from, int to) {
+    const auto range = [](int from, int to) {
         QStringList list;
         for (int i = from; i <= to; ++i) {
             list << QString::number(1000 + i);
         }
         return list;
     };
-
-    sales.ShowGroup(Db(), Group::Current);
-    EXPECT_EQ(items(), range(1, 10));
-    EXPECT_EQ(Get(QStringLiteral("ACViewStart")), QStringLiteral("1"));
-    EXPECT_EQ(Get(QStringLiteral("ACViewEnd")), QStringLiteral("10"));
-    EXPECT_EQ(sales.Buttons(), Buttons(false, true, false, true));
-    EXPECT_EQ(sales.GroupCaptions()[0], QStringLiteral("Current Sales (1 - 10 of 25)"));
-
-    sales.Move(Db(), 1);
-    EXPECT_EQ(items(), range(11, 20));
-    EXPECT_EQ(sales.Buttons(), Buttons(true, true, true, true));
-    sales.Move(Db(), 1);
-    EXPECT_EQ(items(), range(21, 25));
-    EXPECT_EQ(Get(QStringLiteral("ACViewStart")), QStringLiteral("21"));
-    EXPECT_EQ(Get(QStringLiteral("ACViewEnd")), QStringLiteral("25"));
-    EXPECT_EQ(sales.Buttons(), Buttons(true, false, true, false));
-    EXPECT_EQ(sales.GroupCaptions()[0], QStringLiteral("Current Sales (21 - 25 of 25)"));
-    EXPECT_EQ(sales.GroupRow1Data(), std::optional<qint64>(25));
-
-    sales.Move(Db(), 0);
-    EXPECT_EQ(items(), range(11, 20));
-    EXPECT_EQ(Get(QStringLiteral("ACViewStart")), QStringLiteral("10"));
-    EXPECT_EQ(Get(QStringLiteral("ACViewEnd")), QStringLiteral("19"));
-
-    sales.Move(Db(), 3);
-    EXPECT_EQ(items(), range(15, 24));
-    EXPECT_EQ(Get(QStringLiteral("ACViewStart")), QStringLiteral("16"));
-    EXPECT_EQ(Get(QStringLiteral("ACViewEnd")), QStringLiteral("25"));
-    EXPECT_EQ(sales.GroupCaptions()[0], QStringLiteral("Current Sales (16 - 25 of 25)"));
-
-    sales.Move(Db(), 2);
-    EXPECT_EQ(items(), range(1, 10));
-
+    constexpr int kFill = -1;  // ShowGroup rather than a Move
+    const struct Step {
+        const char* name;
+        int move;
+        int first, last;  // the rows shown
+        int start, end;   // the bounds stored
+        MoveButtons buttons;
+    } steps[] = {
+        {"fill", kFill, 1, 10, 1, 10, Buttons(false, true, false, true)},
+        {"forward", 1, 11, 20, 11, 20, Buttons(true, true, true, true)},
+        {"forward to a short last page", 1, 21, 25, 21, 25, Buttons(true, false, true, false)},
+        {"back", 0, 11, 20, 10, 19, Buttons(true, true, true, true)},
+        {"last", 3, 15, 24, 16, 25, Buttons(true, false, true, false)},
+        {"first", 2, 1, 10, 1, 10, Buttons(false, true, false, true)},
+    };
+    std::optional<qint64> lastRow;  // set once a page reaches the end of the set
+    for (const Step& step : steps) {
+        SCOPED_TRACE(step.name);
+        if (step.move == kFill) {
+            sales.ShowGroup(Db(), Group::Current);
+        } else {
+            sales.Move(Db(), step.move);
+        }
+        EXPECT_EQ(Column(sales.Model(), ListingModel::kItem), range(step.first, step.last));
+        EXPECT_EQ(Get(QStringLiteral("ACViewStart")), QString::number(step.start));
+        EXPECT_EQ(Get(QStringLiteral("ACViewEnd")), QString::number(step.end));
+        EXPECT_EQ(sales.Buttons(), step.buttons);
+        EXPECT_EQ(sales.GroupCaptions()[0],
+                  QStringLiteral("Current Sales (%1 - %2 of 25)").arg(step.start).arg(step.end));
+        if (step.end == 25) {
+            lastRow = 25;
+        }
+        EXPECT_EQ(sales.GroupRow1Data(), lastRow);
+    }
     // The archive keeps its own bounds.
     EXPECT_EQ(Get(QStringLiteral("AAViewStart")), QString());
-}
 
-TEST_F(ListsTest, PageSizeZeroShowsEverythingWithEveryMoveButtonOff) {
-    AddCurrentSales(12);
+    // Page size 0 is one page of everything, with every move button off.
     Set(QStringLiteral("CAViewInterval"), 0);
-    SalesListing sales;
     sales.ShowCurrentSales(Db(), false, true, false);
-    EXPECT_EQ(sales.Model().rowCount(), 12);
+    EXPECT_EQ(Column(sales.Model(), ListingModel::kItem), range(1, 25));
     EXPECT_EQ(sales.Buttons(), Buttons(false, false, false, false));
-    EXPECT_EQ(sales.GroupCaptions()[0], QStringLiteral("Current Sales (1 - 12 of 12)"));
+    EXPECT_EQ(sales.GroupCaptions()[0], QStringLiteral("Current Sales (1 - 25 of 25)"));
 }
 
 TEST_F(ListsTest, ArchivedRecordsTooRecentToShowStillUseTheirPlaceInThePage) {
     Set(QStringLiteral("AAViewInterval"), 3);
-    Item it;
-    it.item = QStringLiteral("A");
-    it.endDate = QStringLiteral("01/01/99, 10:00:00 PST");
-    AddSale(it);
-    it.item = QStringLiteral("B");
-    it.endDate = DaysFromNow(-2);
-    AddSale(it);
-    it.item = QStringLiteral("C");
-    it.endDate = DaysFromNow(-1);
-    AddSale(it);
-    it.item = QStringLiteral("D");
-    it.endDate = QStringLiteral("01/01/98, 10:00:00 PST");
-    AddSale(it);
+    AddSales({
+        {.item = "A", .endDate = "01/01/99, 10:00:00 PST"},
+        {.item = "B", .endDate = DaysFromNow(-2)},
+        {.item = "C", .endDate = DaysFromNow(-1)},
+        {.item = "D", .endDate = "01/01/98, 10:00:00 PST"},
+    });
 
     SalesListing sales;
     sales.ShowGroup(Db(), Group::Archived);
@@ -419,40 +384,30 @@ TEST_F(ListsTest, AnEmptyGroupGivesTheEmptyView) {
 // ------------------------------------------------------------ row texts
 
 TEST_F(ListsTest, SaleRowsShowMarksTrimmedTextsAndNotAvailableForNull) {
-    Item dutch;
-    dutch.item = QStringLiteral("  300");
-    dutch.title = QStringLiteral("Tom &amp; Jerry&#39;s \"cel\"");
-    dutch.bidder = QStringLiteral("Dutch Auction");
-    dutch.numberBids = QStringLiteral("7");
-    dutch.endDate = DaysFromNow(1);
-    AddSale(dutch);
-
-    Item unknownBidder;
-    unknownBidder.item = QStringLiteral("301");
-    unknownBidder.bidder = QVariant();  // bids, but no bidder name
-    unknownBidder.numberBids = QStringLiteral("4");
-    unknownBidder.endDate = DaysFromNow(2);
-    AddSale(unknownBidder);
-
-    Item nulls;
-    nulls.item = QVariant();
-    nulls.title = QVariant();
-    nulls.numberBids = QVariant();
-    nulls.highBid = QVariant();
-    nulls.reserve = QVariant();
-    nulls.endDate = QVariant();
-    AddSale(nulls);
+    AddSales({
+        {.item = "  300",
+         .title = "Tom &amp; Jerry&#39;s \"cel\"",
+         .numberBids = "7",
+         .endDate = DaysFromNow(1),
+         .bidder = "Dutch Auction"},
+        // Bids, but no bidder name.
+        {.item = "301", .numberBids = "4", .endDate = DaysFromNow(2), .bidder = QVariant()},
+        {.item = QVariant(),
+         .title = QVariant(),
+         .numberBids = QVariant(),
+         .highBid = QVariant(),
+         .reserve = QVariant(),
+         .endDate = QVariant()},
+    });
 
     SalesListing sales;
     sales.ShowGroup(Db(), Group::Current);
     const ListingModel& m = sales.Model();
     ASSERT_EQ(m.rowCount(), 3);
     // The row without a date sorts first.
-    EXPECT_EQ(m.Text(0, 0), QStringLiteral("n/a"));
-    EXPECT_EQ(m.Text(0, 1), QStringLiteral("n/a"));
-    EXPECT_EQ(m.Text(0, 2), QStringLiteral("n/a"));
-    EXPECT_EQ(m.Text(0, 3), QStringLiteral("n/a"));
-    EXPECT_EQ(m.Text(0, 4), QStringLiteral("n/a"));
+    for (int column = 0; column < 5; ++column) {
+        EXPECT_EQ(m.Text(0, column), QStringLiteral("n/a")) << "column " << column;
+    }
 
     EXPECT_EQ(m.Text(1, 0), QStringLiteral("300"));
     EXPECT_EQ(m.Text(1, 1), QStringLiteral("Tom & Jerry's \"cel\""));
@@ -462,22 +417,18 @@ TEST_F(ListsTest, SaleRowsShowMarksTrimmedTextsAndNotAvailableForNull) {
     EXPECT_FALSE(m.IsDutchRow(2));
 
     EXPECT_EQ(m.data(m.index(1, 2)).toString(), QStringLiteral("*D*"));
-    EXPECT_EQ(m.headerData(0, Qt::Horizontal).toString(), QStringLiteral("Item #"));
-    EXPECT_EQ(m.headerData(1, Qt::Horizontal).toString(), QStringLiteral("Description"));
-    EXPECT_EQ(m.headerData(2, Qt::Horizontal).toString(), QStringLiteral("Bids"));
-    EXPECT_EQ(m.headerData(3, Qt::Horizontal).toString(), QStringLiteral("High Bid"));
-    EXPECT_EQ(m.headerData(4, Qt::Horizontal).toString(), QStringLiteral("Time Left"));
+    const QStringList heads{"Item #", "Description", "Bids", "High Bid", "Time Left"};
+    for (int column = 0; column < heads.size(); ++column) {
+        EXPECT_EQ(m.headerData(column, Qt::Horizontal).toString(), heads[column]);
+    }
     EXPECT_EQ(m.EndLabel(), QStringLiteral("Ends:"));
 }
 
 TEST_F(ListsTest, ArchivedRowsShowTheDayBeforeTheComma) {
-    Item it;
-    it.item = QStringLiteral("1");
-    it.endDate = QStringLiteral("06/07/00, 12:04:00 PST");
-    AddSale(it);
-    it.item = QStringLiteral("2");
-    it.endDate = QStringLiteral("06/08/00 no comma");
-    AddSale(it);
+    AddSales({
+        {.item = "1", .endDate = "06/07/00, 12:04:00 PST"},
+        {.item = "2", .endDate = "06/08/00 no comma"},
+    });
     SalesListing sales;
     sales.ShowGroup(Db(), Group::Archived);
     EXPECT_EQ(Column(sales.Model(), 4), (QStringList{"06/07/00", "06/08/00 no comma"}));
@@ -485,92 +436,82 @@ TEST_F(ListsTest, ArchivedRowsShowTheDayBeforeTheComma) {
 }
 
 TEST_F(ListsTest, TheHighBidCellIsColouredByReserveOrBidState) {
-    auto sale = [&](const QString& item, const QVariant& high, const QVariant& reserve) {
-        Item it;
-        it.item = item;
-        it.highBid = high;
-        it.reserve = reserve;
-        it.endDate = QString(QStringLiteral("01/0") + item + QStringLiteral("/99, 10:00:00 PST"));
-        AddSale(it);
+    // Archived sales, listed in this order by their ends.
+    const struct SaleCase {
+        const char* item;
+        QVariant high, reserve;
+        CellColour colour;
+    } sales[] = {
+        {"1", "$1,234.50", "$900.00", CellColour::Green},  // reserve met
+        {"2", "$5.00", "$10.00", CellColour::Red},         // below the reserve
+        {"3", "-", "$10.00", CellColour::Red},             // no bid, a reserve
+        {"4", "-", "$0.00", CellColour::Green},            // no bid, a zero reserve
+        {"5", "$5.00", QVariant(), CellColour::None},      // a Null reserve
+        {"6", "$5.00", "-", CellColour::Green},            // no reserve
     };
-    sale(QStringLiteral("1"), QStringLiteral("$1,234.50"), QStringLiteral("$900.00"));
-    sale(QStringLiteral("2"), QStringLiteral("$5.00"), QStringLiteral("$10.00"));
-    sale(QStringLiteral("3"), QStringLiteral("-"), QStringLiteral("$10.00"));
-    sale(QStringLiteral("4"), QStringLiteral("-"), QStringLiteral("$0.00"));
-    sale(QStringLiteral("5"), QStringLiteral("$5.00"), QVariant());
-    sale(QStringLiteral("6"), QStringLiteral("$5.00"), QStringLiteral("-"));
+    for (const SaleCase& c : sales) {
+        AddSale({.item = c.item,
+                 .highBid = c.high,
+                 .reserve = c.reserve,
+                 .endDate = QStringLiteral("01/0%1/99, 10:00:00 PST").arg(c.item)});
+    }
+    SalesListing listing;
+    listing.ShowGroup(Db(), Group::Archived);
+    const ListingModel& m = listing.Model();
+    ASSERT_EQ(m.rowCount(), std::size(sales));
+    for (int row = 0; row < m.rowCount(); ++row) {
+        const SaleCase& c = sales[row];
+        SCOPED_TRACE(c.item);
+        ASSERT_EQ(m.ItemNumber(row), c.item);
+        EXPECT_EQ(m.HighBidColour(row), c.colour);
+        const QVariant foreground = m.data(m.index(row, 3), Qt::ForegroundRole);
+        EXPECT_EQ(foreground.isValid(), c.colour != CellColour::None);
+        if (foreground.isValid()) {
+            EXPECT_EQ(foreground.value<QColor>(),
+                      c.colour == CellColour::Green ? QColor(0, 128, 0) : QColor(128, 0, 0));
+        }
+        EXPECT_FALSE(m.data(m.index(row, 2), Qt::ForegroundRole).isValid()) << "only the high bid";
+    }
 
-    SalesListing sales;
-    sales.ShowGroup(Db(), Group::Archived);
-    const ListingModel& m = sales.Model();
-    ASSERT_EQ(m.rowCount(), 6);
-    EXPECT_EQ(m.HighBidColour(0), CellColour::Green);
-    EXPECT_EQ(m.HighBidColour(1), CellColour::Red);
-    EXPECT_EQ(m.HighBidColour(2), CellColour::Red);
-    EXPECT_EQ(m.HighBidColour(3), CellColour::Green);
-    EXPECT_EQ(m.HighBidColour(4), CellColour::None);
-    EXPECT_EQ(m.HighBidColour(5), CellColour::Green);
-    EXPECT_EQ(m.data(m.index(0, 3), Qt::ForegroundRole).value<QColor>(), QColor(0, 128, 0));
-    EXPECT_EQ(m.data(m.index(1, 3), Qt::ForegroundRole).value<QColor>(), QColor(128, 0, 0));
-    EXPECT_FALSE(m.data(m.index(4, 3), Qt::ForegroundRole).isValid());
-    EXPECT_FALSE(m.data(m.index(0, 2), Qt::ForegroundRole).isValid());
-
-    Item bid;
-    bid.endDate = DaysFromNow(2);
-    bid.item = QStringLiteral("40");
-    bid.winning = true;
-    AddBid(bid);
-    bid.item = QStringLiteral("41");
-    bid.winning = false;
-    AddBid(bid);
-    bid.bidder = QStringLiteral("Dutch Auction");
-    bid.item = QStringLiteral("42");
-    AddBid(bid);
-    AddDutchBid(QStringLiteral("42"), kSiteId, DaysFromNow(2));
-    bid.item = QStringLiteral("43");
-    AddBid(bid);
-    AddDutchBid(QStringLiteral("43"), QStringLiteral("rival"), DaysFromNow(2));
-
+    // Current bids: winning, or for a multi-winner item the user among its winners.
+    const QString end = DaysFromNow(2);
+    AddBids({{.item = "40", .endDate = end, .winning = true},
+             {.item = "41", .endDate = end},
+             {.item = "42", .endDate = end, .bidder = "Dutch Auction"},
+             {.item = "43", .endDate = end, .bidder = "Dutch Auction"}});
+    AddDutchBid(QStringLiteral("42"), kSiteId, end);
+    AddDutchBid(QStringLiteral("43"), QStringLiteral("rival"), end);
     BidsListing bids;
     bids.ShowGroup(Db(), Group::Current);
-    ASSERT_EQ(bids.Model().rowCount(), 4);
     std::map<QString, CellColour> colours;
-    for (int row = 0; row < 4; ++row) {
+    for (int row = 0; row < bids.Model().rowCount(); ++row) {
         colours[bids.Model().ItemNumber(row)] = bids.Model().HighBidColour(row);
     }
-    EXPECT_EQ(colours[QStringLiteral("40")], CellColour::Green);
-    EXPECT_EQ(colours[QStringLiteral("41")], CellColour::Red);
-    EXPECT_EQ(colours[QStringLiteral("42")], CellColour::Green);
-    EXPECT_EQ(colours[QStringLiteral("43")], CellColour::Red);
+    EXPECT_EQ(colours, (std::map<QString, CellColour>{{"40", CellColour::Green},
+                                                      {"41", CellColour::Red},
+                                                      {"42", CellColour::Green},
+                                                      {"43", CellColour::Red}}));
     // Bids have no Dutch mark.
     EXPECT_EQ(Column(bids.Model(), 2), (QStringList{"1", "1", "1", "1"}));
 }
 
 TEST_F(ListsTest, TotalsAddTheHighBidsByValue) {
-    Item it;
-    it.endDate = DaysFromNow(1);
-    it.item = QStringLiteral("1");
-    it.highBid = QStringLiteral("$1,234.50");
-    AddSale(it);
-    it.item = QStringLiteral("2");
-    it.highBid = QStringLiteral("$10.00");
-    AddSale(it);
-    it.item = QStringLiteral("3");
-    it.highBid = QStringLiteral("n/a");
-    AddSale(it);
-    it.item = QStringLiteral("4");
-    it.highBid = QVariant();
-    AddSale(it);
+    const QString end = DaysFromNow(1);
+    AddSales({
+        {.item = "1", .highBid = "$1,234.50", .endDate = end},
+        {.item = "2", .highBid = "$10.00", .endDate = end},
+        {.item = "3", .highBid = "n/a", .endDate = end},
+        {.item = "4", .highBid = QVariant(), .endDate = end},
+    });
     SalesListing sales;
     sales.ShowGroup(Db(), Group::Current);
     EXPECT_EQ(sales.Total(), QStringLiteral("$1,244.50"));
     EXPECT_EQ(sales.TotalLabel(), 2);
 
-    it.highBid = QStringLiteral("$0.25");
-    it.item = QStringLiteral("5");
-    AddBid(it);
-    it.item = QStringLiteral("6");
-    AddBid(it);
+    AddBids({
+        {.item = "5", .highBid = "$0.25", .endDate = end},
+        {.item = "6", .highBid = "$0.25", .endDate = end},
+    });
     BidsListing bids;
     bids.ShowGroup(Db(), Group::Current);
     EXPECT_EQ(bids.Total(), QStringLiteral("$0.50"));
@@ -581,12 +522,8 @@ TEST_F(ListsTest, TotalsAddTheHighBidsByValue) {
 
 TEST_F(ListsTest, ViewSettingsBreakTiesByValueAndUnknownColumnsAreRefused) {
     const QString end = DaysFromNow(2);
-    Item it;
-    it.endDate = end;
     for (const char* price : {"$9.00", "$1,000.00", "$10.00"}) {
-        it.item = QString::fromLatin1(price);
-        it.highBid = QString::fromLatin1(price);
-        AddSale(it);
+        AddSale({.item = price, .highBid = price, .endDate = end});
     }
     SalesListing sales;
     Set(QStringLiteral("CAViewOrder"), QStringLiteral("HighBid"));
@@ -599,10 +536,7 @@ TEST_F(ListsTest, ViewSettingsBreakTiesByValueAndUnknownColumnsAreRefused) {
     EXPECT_EQ(Column(sales.Model(), 3), (QStringList{"$9.00", "$10.00", "$1,000.00"}));
 
     // Current sales go by their end first, whatever the setting says.
-    it.item = QStringLiteral("early");
-    it.highBid = QStringLiteral("$5,000.00");
-    it.endDate = DaysFromNow(1);
-    AddSale(it);
+    AddSale({.item = "early", .highBid = "$5,000.00", .endDate = DaysFromNow(1)});
     Set(QStringLiteral("CAViewOrder2"), QStringLiteral("DESC"));
     sales.ShowGroup(Db(), Group::Current);
     EXPECT_EQ(sales.Model().ItemNumber(0), QStringLiteral("early"));
@@ -614,11 +548,8 @@ TEST_F(ListsTest, ViewSettingsBreakTiesByValueAndUnknownColumnsAreRefused) {
 }
 
 TEST_F(ListsTest, ArchivedSalesFollowTheirOrderSettingByTime) {
-    Item it;
     for (const char* day : {"06/15/00", "12/30/99", "01/05/00"}) {
-        it.item = QString::fromLatin1(day);
-        it.endDate = QString(QString::fromLatin1(day) + QStringLiteral(", 10:00:00 PST"));
-        AddSale(it);
+        AddSale({.item = day, .endDate = QString(QString::fromLatin1(day) + ", 10:00:00 PST")});
     }
     SalesListing sales;
     sales.ShowGroup(Db(), Group::Archived);
@@ -629,58 +560,46 @@ TEST_F(ListsTest, ArchivedSalesFollowTheirOrderSettingByTime) {
 }
 
 TEST_F(ListsTest, HeadClicksSortEachColumnByItsOwnRuleAndAlternate) {
-    struct Row {
-        const char* item;
-        const char* title;
-        const char* bids;
-        const char* high;
-        const char* end;
-    };
-    const Row rows[] = {
+    const struct {
+        const char *item, *title, *bids, *high, *end;
+    } rows[] = {
         {"3", "banana", "9", "$9.00", "06/15/00"},
         {"100", "Apple", "10", "$1,000.00", "12/30/99"},
         {"20", "cherry", "-", "$10.00", "01/05/00"},
     };
-    for (const Row& r : rows) {
-        Item it;
-        it.item = QString::fromLatin1(r.item);
-        it.title = QString::fromLatin1(r.title);
-        it.numberBids = QString::fromLatin1(r.bids);
-        it.highBid = QString::fromLatin1(r.high);
-        it.endDate = QString(QString::fromLatin1(r.end) + QStringLiteral(", 10:00:00 PST"));
-        AddSale(it);
+    for (const auto& r : rows) {
+        AddSale({.item = r.item,
+                 .title = r.title,
+                 .numberBids = r.bids,
+                 .highBid = r.high,
+                 .endDate = QString(QString::fromLatin1(r.end) + ", 10:00:00 PST")});
     }
     SalesListing sales;
     sales.ShowGroup(Db(), Group::Archived);
     ListingModel& m = sales.Model();
 
-    m.HeadClick(0);  // first click: descending, numbers as numbers
-    EXPECT_EQ(Column(m, 0), (QStringList{"100", "20", "3"}));
-    EXPECT_EQ(m.SortDirection(0), 2);
-    m.HeadClick(0);
-    EXPECT_EQ(Column(m, 0), (QStringList{"3", "20", "100"}));
-    EXPECT_EQ(m.SortDirection(0), 1);
-
-    m.HeadClick(1);  // A to Z without regard to case
-    EXPECT_EQ(Column(m, 1), (QStringList{"Apple", "banana", "cherry"}));
-    m.HeadClick(1);
-    EXPECT_EQ(Column(m, 1), (QStringList{"cherry", "banana", "Apple"}));
-
-    m.HeadClick(2);  // largest count first; "-" counts 0
-    EXPECT_EQ(Column(m, 2), (QStringList{"10", "9", "-"}));
-    m.HeadClick(2);
-    EXPECT_EQ(Column(m, 2), (QStringList{"-", "9", "10"}));
-
-    m.HeadClick(3);  // money by value
-    EXPECT_EQ(Column(m, 3), (QStringList{"$1,000.00", "$10.00", "$9.00"}));
-    m.HeadClick(3);
-    EXPECT_EQ(Column(m, 3), (QStringList{"$9.00", "$10.00", "$1,000.00"}));
-
-    m.HeadClick(4);  // the end day as the text it is, not as a time: Z to A first
-    EXPECT_EQ(Column(m, 4), (QStringList{"12/30/99", "06/15/00", "01/05/00"}));
-    m.HeadClick(4);
-    EXPECT_EQ(Column(m, 4), (QStringList{"01/05/00", "06/15/00", "12/30/99"}));
-    EXPECT_EQ(m.SortColumn(), 4);
+    // The first click sorts one way (direction 2), the second the other (1).
+    const struct Case {
+        const char* name;
+        int column;
+        QStringList first;
+    } cases[] = {
+        {"numbers as numbers, largest first", 0, {"100", "20", "3"}},
+        {"A to Z without regard to case", 1, {"Apple", "banana", "cherry"}},
+        {"largest count first; \"-\" counts 0", 2, {"10", "9", "-"}},
+        {"money by value", 3, {"$1,000.00", "$10.00", "$9.00"}},
+        {"the end day as text, not time: Z to A", 4, {"12/30/99", "06/15/00", "01/05/00"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        m.HeadClick(c.column);
+        EXPECT_EQ(Column(m, c.column), c.first);
+        EXPECT_EQ(m.SortColumn(), c.column);
+        EXPECT_EQ(m.SortDirection(c.column), 2);
+        m.HeadClick(c.column);
+        EXPECT_EQ(Column(m, c.column), QStringList(c.first.rbegin(), c.first.rend()));
+        EXPECT_EQ(m.SortDirection(c.column), 1);
+    }
 
     // Rows keep their other cells and their colour when they move.
     m.HeadClick(3);
@@ -707,14 +626,14 @@ TEST_F(ListsTest, ASortKeepsTheSelectionOnItsItem) {
 }
 
 TEST(ListHeads, ClicksMapToColumnsByPositionAndGapsDoNothing) {
-    EXPECT_EQ(ListingModel::ColumnAtHeadX(500, 8000), 0);
-    EXPECT_EQ(ListingModel::ColumnAtHeadX(970, 8000), -1);
-    EXPECT_EQ(ListingModel::ColumnAtHeadX(1000, 8000), 1);
-    EXPECT_EQ(ListingModel::ColumnAtHeadX(5300, 8000), -1);
-    EXPECT_EQ(ListingModel::ColumnAtHeadX(5600, 8000), 2);
-    EXPECT_EQ(ListingModel::ColumnAtHeadX(6500, 8000), 3);
-    EXPECT_EQ(ListingModel::ColumnAtHeadX(7000, 8000), 4);
-    EXPECT_EQ(ListingModel::ColumnAtHeadX(9000, 8000), -1);
+    // x in twips on a grid 8000 wide, and the column its click sorts.
+    const struct {
+        int x, column;
+    } clicks[] = {{500, 0},  {970, -1}, {1000, 1}, {5300, -1},
+                  {5600, 2}, {6500, 3}, {7000, 4}, {9000, -1}};
+    for (const auto& click : clicks) {
+        EXPECT_EQ(ListingModel::ColumnAtHeadX(click.x, 8000), click.column) << "x " << click.x;
+    }
 
     ListingModel empty;
     empty.HeadClick(-1);
@@ -729,10 +648,7 @@ TEST_F(ListsTest, TheBidsListStartsSortedByItsTimeLeftTextAndARefillGivesTheQuer
         int seconds;
     } ends[] = {{"two hours", 0, 2 * 3600 + 30}, {"ten days", 10, 30}, {"three days", 3, 30}};
     for (const auto& end : ends) {
-        Item it;
-        it.item = QString::fromLatin1(end.item);
-        it.endDate = DaysFromNow(end.days, end.seconds);
-        AddBid(it);
+        AddBid({.item = end.item, .endDate = DaysFromNow(end.days, end.seconds)});
     }
     BidsListing bids;
     bids.ShowGroup(Db(), Group::Current);
@@ -753,13 +669,10 @@ TEST_F(ListsTest, TheBidsListStartsSortedByItsTimeLeftTextAndARefillGivesTheQuer
 // ------------------------------------------------------------ time left
 
 TEST_F(ListsTest, TheTimeLeftColumnCountsDownWithTheSiteCorrection) {
-    Item it;
-    it.item = QStringLiteral("1");
-    it.endDate = DaysFromNow(2, 3 * 3600 + 10 * 60 + 30);
-    AddSale(it);
-    it.item = QStringLiteral("2");
-    it.endDate = EndText(QDateTime::currentDateTime());
-    AddSale(it);
+    AddSales({
+        {.item = "1", .endDate = DaysFromNow(2, 3 * 3600 + 10 * 60 + 30)},
+        {.item = "2", .endDate = EndText(QDateTime::currentDateTime())},
+    });
 
     SalesListing sales;
     sales.ShowGroup(Db(), Group::Current);
@@ -774,13 +687,10 @@ TEST_F(ListsTest, TheTimeLeftColumnCountsDownWithTheSiteCorrection) {
 }
 
 TEST_F(ListsTest, RefreshRewritesOnlyTheTimeLeftColumnFromTheStoredEnds) {
-    Item it;
-    it.item = QStringLiteral("1");
-    it.endDate = DaysFromNow(2, 3 * 3600 + 10 * 60 + 30);
-    AddSale(it);
-    it.item = QStringLiteral("2");
-    it.endDate = DaysFromNow(5, 600);
-    AddSale(it);
+    AddSales({
+        {.item = "1", .endDate = DaysFromNow(2, 3 * 3600 + 10 * 60 + 30)},
+        {.item = "2", .endDate = DaysFromNow(5, 600)},
+    });
 
     SalesListing sales;
     sales.ShowGroup(Db(), Group::Current);
@@ -810,10 +720,7 @@ TEST_F(ListsTest, RefreshRewritesOnlyTheTimeLeftColumnFromTheStoredEnds) {
     sales.ShowGroup(Db(), Group::Archived);
     EXPECT_FALSE(sales.RefreshTimeLeftSales(Db(), later));
 
-    Item bid;
-    bid.item = QStringLiteral("9");
-    bid.endDate = DaysFromNow(1, 600);
-    AddBid(bid);
+    AddBid({.item = "9", .endDate = DaysFromNow(1, 600)});
     BidsListing bids;
     bids.ShowGroup(Db(), Group::Current);
     ASSERT_TRUE(bids.RefreshTimeLeftBids(Db(), QDateTime::currentDateTime().addDays(2)));
@@ -843,18 +750,14 @@ TEST_F(ListsTest, SidecarFilesFillSalesWithoutAShippingMethodAndGo) {
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(bytes);
     };
-    Item it;
-    it.endDate = DaysFromNow(3);
-    it.item = QStringLiteral("1001");
-    AddSale(it);
-    it.item = QStringLiteral("1002");
-    AddSale(it);
+    AddSales({
+        {.item = "1001", .endDate = DaysFromNow(3)},
+        {.item = "1002", .endDate = DaysFromNow(3)},
+        {.item = "1003", .endDate = DaysFromNow(3), .user = "Other"},
+    });
     Db().Prepare(QStringLiteral("UPDATE Auctions SET ShippingMethod = 'UPS' WHERE ItemNumber = ?"))
         .Bind(1, QStringLiteral("1002"))
         .Run();
-    it.item = QStringLiteral("1003");
-    it.user = QStringLiteral("Other");
-    AddSale(it);
     write(QStringLiteral("1001.pos"), "$4.50\r\nUSPS Priority\r\n");
     write(QStringLiteral("1001.itc"), "$2.00\n");
     write(QStringLiteral("1002.pos"), "$9.00\nFedEx\n");
