@@ -180,28 +180,23 @@ TEST_F(PackingTest, AddressTokensGiveThePlainTextFirstAndTheSidesCaseSecond) {
         QString expected;
     };
     const QString to = QStringLiteral("To:");
+    const QString buyer = QStringLiteral("{BuyerAddress}");
+    const QString seller = QStringLiteral("{SellerAddress}");
+    const QString mine = QStringLiteral("{MyAddress}");
     const Case cases[] = {
-        {"one buyer address",
-         Side::Sales,
-         {to, QStringLiteral("{BuyerAddress}")},
-         to + u'\n' + kBuyerAddress},
+        {"one buyer address", Side::Sales, {to, buyer}, to + u'\n' + kBuyerAddress},
         {"two: the label in capitals",
          Side::Sales,
-         {QStringLiteral("{BuyerAddress}"), to, QStringLiteral("{BuyerAddress}")},
+         {buyer, to, buyer},
          kBuyerAddress + u'\n' + to + u'\n' + kBuyerAddress.toUpper()},
-        {"my address twice",
-         Side::Sales,
-         {QStringLiteral("{MyAddress}"), QStringLiteral("{MyAddress}")},
-         kMyAddress + u'\n' + kMyAddress.toUpper()},
+        {"my address twice", Side::Sales, {mine, mine}, kMyAddress + u'\n' + kMyAddress.toUpper()},
         {"a third stays a token",
          Side::Sales,
-         {QStringLiteral("{BuyerAddress}"), QStringLiteral("{BuyerAddress}"),
-          QStringLiteral("{BuyerAddress}")},
-         kBuyerAddress + u'\n' + kBuyerAddress.toUpper() + QStringLiteral("\n{BuyerAddress}")},
+         {buyer, buyer, buyer},
+         kBuyerAddress + u'\n' + kBuyerAddress.toUpper() + u'\n' + buyer},
         {"advice: both plain",
          Side::Bids,
-         {QStringLiteral("{SellerAddress}"), QStringLiteral("{SellerAddress}"),
-          QStringLiteral("{MyAddress}"), QStringLiteral("{MyAddress}")},
+         {seller, seller, mine, mine},
          kSellerAddress + u'\n' + kSellerAddress + u'\n' + kMyAddress + u'\n' + kMyAddress},
     };
     for (const Case& c : cases) {
@@ -219,9 +214,9 @@ TEST_F(PackingTest, EachTokenTakesItsSidesValue) {
     AddSale(QStringLiteral("100"), kTitle, QStringLiteral("$10.00"));
     AddBid(QStringLiteral("200"), kTitle, QStringLiteral("$10.00"));
     const QString today = lw::core::Format(QDate::currentDate(), QStringLiteral("MMMM d, yyyy"));
-    const QStringList tokens{QStringLiteral("{MyName}"), QStringLiteral("{CurrentDate}"),
-                             QStringLiteral("{MyEmailAddress}"), QStringLiteral("{AuctionSite}"),
-                             QStringLiteral("{SellerFirstName}")};
+    const QStringList tokens =
+        QStringLiteral("{MyName} {CurrentDate} {MyEmailAddress} {AuctionSite} {SellerFirstName}")
+            .split(u' ');
     struct Case {
         SelectedItem item;
         QString title;
@@ -359,44 +354,43 @@ TEST_F(PackingTest, MissingDataStopsWithItsBoxNodeAndPanel) {
                                     {"ItemNumber", "nobody"},
                                     {"SellerName", stranger},
                                     {"OrderPaymentMethod", 1}});
-    const QString noAddress = QStringLiteral(
-        "Please enter an address for %1 before creating a "
-        "packing list");
+    const QString noAddress =
+        QStringLiteral("Please enter an address for %1 before creating a packing list");
     const QString noPayment = QStringLiteral(
-        "Please enter payment info for this item before "
-        "printing the remittance advice.");
-    struct Case {
-        SelectedItem item;
-        QString text;
+        "Please enter payment info for this item before printing the remittance advice.");
+    struct Stop {
         QString title;
         PackingStatus status;
         QString node;
         PackingPanel panel;
     };
+    const Stop address = {QStringLiteral("Missing Address"), PackingStatus::MissingAddress,
+                          QStringLiteral("PRA"), PackingPanel::Address};
+    const Stop payment = {QStringLiteral("Missing Payment Info"), PackingStatus::MissingPaymentInfo,
+                          QStringLiteral("PRP"), PackingPanel::Payment};
+    struct Case {
+        SelectedItem item;
+        QString text;
+        Stop stop;
+    };
     const Case cases[] = {
-        {Sale(stranger), noAddress.arg(stranger), QStringLiteral("Missing Address"),
-         PackingStatus::MissingAddress, QStringLiteral("PRA"), PackingPanel::Address},
-        {Sale(QStringLiteral("no street")), noAddress.arg(QStringLiteral("no street")),
-         QStringLiteral("Missing Address"), PackingStatus::MissingAddress, QStringLiteral("PRA"),
-         PackingPanel::Address},
-        {Bid(QStringLiteral("null")), noPayment, QStringLiteral("Missing Payment Info"),
-         PackingStatus::MissingPaymentInfo, QStringLiteral("PRP"), PackingPanel::Payment},
-        {Bid(QStringLiteral("-1")), noPayment, QStringLiteral("Missing Payment Info"),
-         PackingStatus::MissingPaymentInfo, QStringLiteral("PRP"), PackingPanel::Payment},
-        {Bid(QStringLiteral("nobody")), noAddress.arg(stranger), QStringLiteral("Missing Address"),
-         PackingStatus::MissingAddress, QStringLiteral("PRA"), PackingPanel::Address},
+        {Sale(stranger), noAddress.arg(stranger), address},
+        {Sale(QStringLiteral("no street")), noAddress.arg(QStringLiteral("no street")), address},
+        {Bid(QStringLiteral("null")), noPayment, payment},
+        {Bid(QStringLiteral("-1")), noPayment, payment},
+        {Bid(QStringLiteral("nobody")), noAddress.arg(stranger), address},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text.toStdString());
         const size_t shown = m_ui.History().size();
         const PackingOutcome outcome = Build(c.item);
-        EXPECT_EQ(outcome.status, c.status);
-        EXPECT_EQ(outcome.node, c.node);
-        EXPECT_EQ(outcome.panel, c.panel);
+        EXPECT_EQ(outcome.status, c.stop.status);
+        EXPECT_EQ(outcome.node, c.stop.node);
+        EXPECT_EQ(outcome.panel, c.stop.panel);
         EXPECT_TRUE(outcome.frameTitle.endsWith(u'#' + c.item.itemNumber));
         ASSERT_EQ(m_ui.History().size(), shown + 1);
         EXPECT_EQ(m_ui.History().back().text, c.text);
-        EXPECT_EQ(m_ui.History().back().title, c.title);
+        EXPECT_EQ(m_ui.History().back().title, c.stop.title);
         EXPECT_EQ(Text(), QStringLiteral("{AuctionItems}"));  // stopped before the items
     }
 }
@@ -507,33 +501,26 @@ TEST_F(PackingTest, TheShippedTemplatesHoldTheirTokensAndReachConfigsOnce) {
     AddSale(QStringLiteral("100"), kTitle, QStringLiteral("$10.00"));
     AddBid(QStringLiteral("200"), kTitle, QStringLiteral("$10.00"), 1, QStringLiteral("$1.00"));
     struct Case {
-        Side side;
         SelectedItem item;
-        QStringList tokens;
+        const char* tokens;  // separated by spaces
         QString twice;
     };
     const Case cases[] = {
-        {Side::Sales,
-         Sale(QStringLiteral("100")),
-         {QStringLiteral("{MyAddress}"), QStringLiteral("{MyName}"),
-          QStringLiteral("{CurrentDate}"), QStringLiteral("{MyEmailAddress}"),
-          QStringLiteral("{BuyerAddress}"), QStringLiteral("{AuctionSite}"),
-          QStringLiteral("{AuctionItems}")},
+        {Sale(QStringLiteral("100")),
+         "{MyAddress} {MyName} {CurrentDate} {MyEmailAddress} {BuyerAddress} {AuctionSite} "
+         "{AuctionItems}",
          kBuyerAddress.toUpper()},
-        {Side::Bids,
-         Bid(QStringLiteral("200")),
-         {QStringLiteral("{MyAddress}"), QStringLiteral("{MyName}"),
-          QStringLiteral("{CurrentDate}"), QStringLiteral("{MyEmailAddress}"),
-          QStringLiteral("{SellerAddress}"), QStringLiteral("{SellerFirstName}"),
-          QStringLiteral("{AuctionSite}"), QStringLiteral("{AuctionItems}"),
-          QStringLiteral("{PaymentInfo}")},
+        {Bid(QStringLiteral("200")),
+         "{MyAddress} {MyName} {CurrentDate} {MyEmailAddress} {SellerAddress} {SellerFirstName} "
+         "{AuctionSite} {AuctionItems} {PaymentInfo}",
          QStringLiteral("Please send the items to:\n") + kMyAddress},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(lw::tasks::PackingTemplateName(c.side).toStdString());
+        SCOPED_TRACE(lw::tasks::PackingTemplateName(c.item.side).toStdString());
         QTextDocument shipped;
-        ASSERT_TRUE(lw::richtext::LoadRtfFile(lw::tasks::PackingTemplatePath(c.side), shipped).ok);
-        for (const QString& token : c.tokens) {
+        ASSERT_TRUE(
+            lw::richtext::LoadRtfFile(lw::tasks::PackingTemplatePath(c.item.side), shipped).ok);
+        for (const QString& token : QString::fromLatin1(c.tokens).split(u' ')) {
             EXPECT_TRUE(shipped.toPlainText().contains(token)) << token.toStdString();
         }
         ASSERT_TRUE(Build(c.item).Built());

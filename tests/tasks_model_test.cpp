@@ -114,11 +114,13 @@ protected:
             .Run();
     }
 
-    qint64 Complete(const QString& table, const QString& item, const QString& bidder = {}) {
+    qint64 Complete(const QString& table, const QString& item, const QString& bidder = {},
+                    const QString& user = kUser) {
         auto read = Db().Prepare(QStringLiteral("SELECT ToDoComplete FROM %1 WHERE ItemNumber = "
-                                                "? AND IFNULL(HighBidderName, '') LIKE ?")
+                                                "? AND IFNULL(HighBidderName, '') LIKE ? AND "
+                                                "UserName = ?")
                                      .arg(table));
-        read.BindAll(item, bidder.isEmpty() ? QStringLiteral("%") : bidder);
+        read.BindAll(item, bidder.isEmpty() ? QStringLiteral("%") : bidder, user);
         return read.Step() ? read.Value(0).toLongLong() : -1;
     }
 
@@ -215,20 +217,6 @@ TEST_F(TasksTest, EachTaskIsDoneByItsOwnFieldAndNoOther) {
     EXPECT_TRUE(States(SaleItem(QStringLiteral("999"))).isEmpty()) << "no such item: no pictures";
 }
 
-TEST_F(TasksTest, ADutchWinnersTasksAreOnItsOwnRow) {
-    Sale(QStringLiteral("300"),
-         {{QStringLiteral("HighBidderName"), QStringLiteral("Dutch Auction")}});
-    Winner(QStringLiteral("300"), QStringLiteral("dee"),
-           {{QStringLiteral("ShippingDate"), QStringLiteral("06/08/00")}});
-    Winner(QStringLiteral("300"), QStringLiteral("eve"));
-    EXPECT_EQ(
-        States(SaleItem(QStringLiteral("300"), QStringLiteral("dee"))).value(QStringLiteral("SHS")),
-        QStringLiteral("done"));
-    EXPECT_EQ(
-        States(SaleItem(QStringLiteral("300"), QStringLiteral("eve"))).value(QStringLiteral("SHS")),
-        QStringLiteral("pending"));
-}
-
 TEST_F(TasksTest, TheAddressTaskWantsMoreThanAnEmail) {
     struct Case {
         const char* what;
@@ -323,11 +311,18 @@ TEST_F(TasksTest, OnlyTheTaskThePreferenceNamesEndsAnItem) {
     }
 }
 
-TEST_F(TasksTest, ADutchSaleEndsWinnerByWinner) {
+TEST_F(TasksTest, ADutchSalesWinnersHaveTheirOwnTasksAndEndOneByOne) {
     Sale(QStringLiteral("300"),
          {{QStringLiteral("HighBidderName"), QStringLiteral("Dutch Auction")}});
-    Winner(QStringLiteral("300"), QStringLiteral("dee"));
+    Winner(QStringLiteral("300"), QStringLiteral("dee"),
+           {{QStringLiteral("ShippingDate"), QStringLiteral("06/08/00")}});
     Winner(QStringLiteral("300"), QStringLiteral("eve"));
+    for (const auto& [winner, state] : {std::pair{"dee", "done"}, std::pair{"eve", "pending"}}) {
+        EXPECT_EQ(States(SaleItem(QStringLiteral("300"), QLatin1String(winner)))
+                      .value(QStringLiteral("SHS")),
+                  QLatin1String(state))
+            << winner;
+    }
     Set(QStringLiteral("Users"), QStringLiteral("AuctionRemoveTag"), QStringLiteral("FBL"));
     const ItemListRow dee = {QStringLiteral("D300: Title of 300 (dee)"), QStringLiteral("300")};
     const ItemListRow eve = {QStringLiteral("D300: Title of 300 (eve)"), QStringLiteral("300")};
@@ -356,12 +351,9 @@ TEST_F(TasksTest, ThePopUpsReturnTheUsersOwnRow) {
     Bid(QStringLiteral("200"), {{QStringLiteral("ToDoComplete"), true}});
     lw::views::ReturnSaleToTask(Db(), QStringLiteral("100"));
     lw::views::ReturnBidToTask(Db(), QStringLiteral("200"));
-    EXPECT_EQ(Db().ScalarInt(QStringLiteral(
-                  "SELECT COUNT(*) FROM Auctions WHERE ToDoComplete = 0 AND UserName = 'D''Arcy'")),
-              1);
-    EXPECT_EQ(Db().ScalarInt(QStringLiteral(
-                  "SELECT COUNT(*) FROM Auctions WHERE ToDoComplete = 1 AND UserName = 'Ben'")),
-              1);
+    EXPECT_EQ(Complete(QStringLiteral("Auctions"), QStringLiteral("100")), 0);
+    EXPECT_EQ(
+        Complete(QStringLiteral("Auctions"), QStringLiteral("100"), {}, QStringLiteral("Ben")), 1);
     EXPECT_EQ(Complete(QStringLiteral("Bids"), QStringLiteral("200")), 0);
 }
 

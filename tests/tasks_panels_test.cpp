@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <ostream>
 
@@ -46,97 +47,47 @@ QVariant Null() {
 // The fields a test reads back or sets, by name.
 using Fields = std::vector<std::pair<const char*, QVariant>>;
 
-// Rows of the database every test starts from: (table, fields).
-const std::vector<std::pair<const char*, Fields>> kRows = {
+// Rows of the database every test starts from: (table, "Field=value|...").
+const std::pair<const char*, const char*> kRows[] = {
     // A plain sale to a buyer with a quote in the name, his earlier sales
     // (one with notes), and another buyer's.
     {"Auctions",
-     {{"ItemNumber", "100"},
-      {"ItemTitle", "Brass lamp"},
-      {"ItemCategory", "Lamps"},
-      {"EndDate", "01/02/20, 10:00:00 PST"},
-      {"HighBid", "$10.00"},
-      {"MinimumBid", "$1.00"},
-      {"ReserveBid", "$5.00"},
-      {"NumberBids", "3"},
-      {"Quantity", "1"},
-      {"HighBidderName", "o'brien"},
-      {"HighBidderFeedback", "(12)"}}},
+     "ItemNumber=100|ItemTitle=Brass lamp|ItemCategory=Lamps|EndDate=01/02/20, 10:00:00 PST|"
+     "HighBid=$10.00|MinimumBid=$1.00|ReserveBid=$5.00|NumberBids=3|Quantity=1|"
+     "HighBidderName=o'brien|HighBidderFeedback=(12)"},
     {"Auctions",
-     {{"ItemNumber", "101"},
-      {"ItemTitle", "Clock"},
-      {"ItemCategory", "Clocks"},
-      {"EndDate", "12/01/19, 09:00:00 PST"},
-      {"HighBid", "$20.00"},
-      {"HighBidderName", "o'brien"},
-      {"AuctionNotes", "Paid fast"}}},
+     "ItemNumber=101|ItemTitle=Clock|ItemCategory=Clocks|EndDate=12/01/19, 09:00:00 PST|"
+     "HighBid=$20.00|HighBidderName=o'brien|AuctionNotes=Paid fast"},
     {"Auctions",
-     {{"ItemNumber", "102"},
-      {"ItemTitle", "Shade"},
-      {"ItemCategory", "lamps"},
-      {"EndDate", "11/01/19, 09:00:00 PST"},
-      {"HighBid", "$5.00"},
-      {"HighBidderName", "O'BRIEN"}}},
+     "ItemNumber=102|ItemTitle=Shade|ItemCategory=lamps|EndDate=11/01/19, 09:00:00 PST|"
+     "HighBid=$5.00|HighBidderName=O'BRIEN"},
     {"Auctions",
-     {{"ItemNumber", "103"},
-      {"ItemTitle", "Vase"},
-      {"EndDate", "11/02/19, 09:00:00 PST"},
-      {"HighBid", "$1.00"},
-      {"HighBidderName", "someone"},
-      {"AuctionNotes", "Not his"}}},
+     "ItemNumber=103|ItemTitle=Vase|EndDate=11/02/19, 09:00:00 PST|HighBid=$1.00|"
+     "HighBidderName=someone|AuctionNotes=Not his"},
     {"Auctions",
-     {{"ItemNumber", "105"},
-      {"ItemTitle", "Future"},
-      {"EndDate", "12/31/90, 10:00:00 PST"},
-      {"HighBid", "$1.00"},
-      {"HighBidderName", "newbie"}}},
+     "ItemNumber=105|ItemTitle=Future|EndDate=12/31/90, 10:00:00 PST|HighBid=$1.00|"
+     "HighBidderName=newbie"},
     // Multi-winner sales: spoons to amy and bob, forks to the same buyer.
     {"Auctions",
-     {{"ItemNumber", "200"},
-      {"ItemTitle", "Spoons"},
-      {"ItemCategory", "Kitchen"},
-      {"EndDate", "01/03/20, 10:00:00 PST"},
-      {"HighBidderName", "Dutch Auction"},
-      {"AuctionNotes", "parent row"}}},
-    {"Dutch",
-     {{"ItemNumber", "200"}, {"HighBidderName", "amy"}, {"HighBid", "$2.00"}, {"Quantity", "2"}}},
-    {"Dutch", {{"ItemNumber", "200"}, {"HighBidderName", "bob"}, {"HighBid", "$2.50"}}},
+     "ItemNumber=200|ItemTitle=Spoons|ItemCategory=Kitchen|EndDate=01/03/20, 10:00:00 PST|"
+     "HighBidderName=Dutch Auction|AuctionNotes=parent row"},
+    {"Dutch", "ItemNumber=200|HighBidderName=amy|HighBid=$2.00|Quantity=2"},
+    {"Dutch", "ItemNumber=200|HighBidderName=bob|HighBid=$2.50"},
     {"Auctions",
-     {{"ItemNumber", "201"},
-      {"ItemTitle", "Forks"},
-      {"ItemCategory", "Kitchen"},
-      {"EndDate", "01/05/20, 09:00:00 PST"},
-      {"HighBidderName", "Dutch Auction"}}},
-    {"Dutch",
-     {{"ItemNumber", "201"},
-      {"HighBidderName", "o'brien"},
-      {"HighBid", "$3.00"},
-      {"AuctionNotes", "Wants spoons"}}},
+     "ItemNumber=201|ItemTitle=Forks|ItemCategory=Kitchen|EndDate=01/05/20, 09:00:00 PST|"
+     "HighBidderName=Dutch Auction"},
+    {"Dutch", "ItemNumber=201|HighBidderName=o'brien|HighBid=$3.00|AuctionNotes=Wants spoons"},
     // Bids won from sam: a plain one, another, and a share of a multi-winner item.
     {"Bids",
-     {{"ItemNumber", "300"},
-      {"ItemTitle", "Atlas"},
-      {"ItemCategory", "Books"},
-      {"EndDate", "01/04/20, 10:00:00 PST"},
-      {"HighBid", "$7.00"},
-      {"Winning", 1},
-      {"SellerName", "sam"},
-      {"SellerFeedback", "(40)"}}},
+     "ItemNumber=300|ItemTitle=Atlas|ItemCategory=Books|EndDate=01/04/20, 10:00:00 PST|"
+     "HighBid=$7.00|Winning=1|SellerName=sam|SellerFeedback=(40)"},
     {"Bids",
-     {{"ItemNumber", "301"},
-      {"ItemCategory", "Games"},
-      {"EndDate", "01/05/20, 10:00:00 PST"},
-      {"HighBid", "$3.00"},
-      {"Winning", 1},
-      {"SellerName", "sam"}}},
+     "ItemNumber=301|ItemCategory=Games|EndDate=01/05/20, 10:00:00 PST|HighBid=$3.00|Winning=1|"
+     "SellerName=sam"},
     {"Bids",
-     {{"ItemNumber", "302"},
-      {"ItemCategory", "Toys"},
-      {"EndDate", "01/06/20, 10:00:00 PST"},
-      {"HighBid", "$50.00"},
-      {"HighBidderName", "Dutch Auction"},
-      {"SellerName", "sam"}}},
-    {"DutchBids", {{"ItemNumber", "302"}, {"HighBidderName", "darcy_buys"}, {"HighBid", "$4.00"}}}};
+     "ItemNumber=302|ItemCategory=Toys|EndDate=01/06/20, 10:00:00 PST|HighBid=$50.00|"
+     "HighBidderName=Dutch Auction|SellerName=sam"},
+    {"DutchBids", "ItemNumber=302|HighBidderName=darcy_buys|HighBid=$4.00"}};
 
 class TaskPanelsTest : public ::testing::Test {
 protected:
@@ -144,27 +95,28 @@ protected:
         m_db.emplace(lw::test::StartUserStore(m_root, m_ui, kUser, kSiteId));
         auto rate = Db().Prepare(QStringLiteral("UPDATE Users SET SalesTaxRate = 0.0825"));
         rate.Run();
-        for (const auto& [table, fields] : kRows) {
-            Insert(QString::fromLatin1(table), fields);
+        for (const auto& [table, row] : kRows) {
+            Insert(QString::fromLatin1(table), row);
         }
     }
     void TearDown() override { lw::core::SetSettingsFolder(QString()); }
 
     Database& Db() { return *m_db; }
 
-    // Column names come from the test itself, never from a value.
-    void Insert(const QString& table, Fields fields) {
-        fields.emplace_back("UserName", kUser);
-        QStringList names;
-        for (const auto& field : fields) {
-            names << QString::fromLatin1(field.first);
+    // Inserts a row given as "Field=value|...", the user's unless it names
+    // another. Column names come from the test itself; the values are bound.
+    void Insert(const QString& table, const char* row) {
+        QVariantMap fields = {{QStringLiteral("UserName"), kUser}};
+        for (const QString& field : QString::fromUtf8(row).split(u'|')) {
+            fields.insert(field.section(u'=', 0, 0), field.section(u'=', 1));
         }
         auto insert =
-            Db().Prepare(QStringLiteral("INSERT INTO \"%1\" (%2) VALUES (%3)")
-                             .arg(table, names.join(u','),
-                                  QStringLiteral("?,").repeated(names.size()).chopped(1)));
-        for (size_t i = 0; i < fields.size(); ++i) {
-            insert.Bind(static_cast<int>(i) + 1, fields[i].second);
+            Db().Prepare(QStringLiteral("INSERT INTO \"%1\" (\"%2\") VALUES (%3)")
+                             .arg(table, fields.keys().join(QStringLiteral("\",\"")),
+                                  QStringLiteral("?,").repeated(fields.size()).chopped(1)));
+        int index = 1;
+        for (const QVariant& value : fields) {
+            insert.Bind(index++, value);
         }
         insert.Run();
     }
@@ -480,52 +432,44 @@ TEST_F(TaskPanelsTest, ClicksEnableTheirDatesAndPutTodayThere) {
     EXPECT_FALSE(payment.txtPayInfo0Enabled);
     EXPECT_EQ(payment.txtPayInfo0, QString());
 
-    ShippingPanel shipping;
-    ChooseShippingMethod(shipping, 0, kToday);
-    EXPECT_TRUE(shipping.txtShippingDateEnabled);
-    EXPECT_EQ(shipping.txtShippingDate, kTodayText);
-    ChooseShippingMethod(shipping, -1, kToday);
-    EXPECT_FALSE(shipping.txtShippingDateEnabled);
-    EXPECT_EQ(shipping.txtShippingDate, QString());
-
-    // Every box that enables a date: ticked, then cleared.
+    // Every list or box that enables a date: set, then cleared, on one panel.
     struct Tick {
         const char* name;
         std::function<std::pair<bool, QString>(bool)> tick;  // enabled, date
     };
     const std::vector<Tick> ticks = {
+        {"lstShippingMethod",
+         [p = std::make_shared<ShippingPanel>()](bool on) {
+             ChooseShippingMethod(*p, on ? 0 : -1, kToday);
+             return std::pair(p->txtShippingDateEnabled, p->txtShippingDate);
+         }},
         {"chkDateCleared",
-         [](bool on) {
-             PaymentPanel p;
-             TickDateCleared(p, on, kToday);
-             return std::pair(p.txtDateClearedEnabled, p.txtDateCleared);
+         [p = std::make_shared<PaymentPanel>()](bool on) {
+             TickDateCleared(*p, on, kToday);
+             return std::pair(p->txtDateClearedEnabled, p->txtDateCleared);
          }},
         {"chkItemReceived",
-         [](bool on) {
-             ItemReceivedPanel p;
-             TickItemReceived(p, on, kToday);
-             return std::pair(p.txtReceivedDateEnabled, p.txtReceivedDate);
+         [p = std::make_shared<ItemReceivedPanel>()](bool on) {
+             TickItemReceived(*p, on, kToday);
+             return std::pair(p->txtReceivedDateEnabled, p->txtReceivedDate);
          }},
         {"chkReceivedFeedback",
-         [](bool on) {
-             FeedbackPanel p;
-             p.txtReceivedFeedbackComment = QStringLiteral("kept while ticked");
-             p.optReceivedFeedback = 1;
-             TickFeedback(p, on, kToday);
-             EXPECT_EQ(p.txtReceivedFeedbackComment.isEmpty(), !on);
-             EXPECT_EQ(p.optReceivedFeedback, on ? 1 : -1);
-             return std::pair(p.detailsEnabled, p.txtReceivedFeedbackDate);
+         [p = std::make_shared<FeedbackPanel>()](bool on) {
+             p->txtReceivedFeedbackComment = QStringLiteral("kept while ticked");
+             p->optReceivedFeedback = 1;
+             TickFeedback(*p, on, kToday);
+             EXPECT_EQ(p->txtReceivedFeedbackComment.isEmpty(), !on);
+             EXPECT_EQ(p->optReceivedFeedback, on ? 1 : -1);
+             return std::pair(p->detailsEnabled, p->txtReceivedFeedbackDate);
          }},
         {"chkEmailSent",
-         [](bool on) {
-             EntryTaskPanel p;
-             TickEmailSent(p, on, kToday);
-             return std::pair(p.txtEmailSentDateEnabled, p.txtEmailSentDate);
+         [p = std::make_shared<EntryTaskPanel>()](bool on) {
+             TickEmailSent(*p, on, kToday);
+             return std::pair(p->txtEmailSentDateEnabled, p->txtEmailSentDate);
          }},
-        {"chkEmailSent2", [](bool on) {
-             EmailTaskPanel p;
-             TickEmailSent2(p, on, kToday);
-             return std::pair(p.txtSentDateEnabled, p.txtSentDate);
+        {"chkEmailSent2", [p = std::make_shared<EmailTaskPanel>()](bool on) {
+             TickEmailSent2(*p, on, kToday);
+             return std::pair(p->txtSentDateEnabled, p->txtSentDate);
          }}};
     for (const Tick& t : ticks) {
         EXPECT_EQ(t.tick(true), std::pair(true, kTodayText)) << t.name;
@@ -706,10 +650,8 @@ TEST_F(TaskPanelsTest, NotesShowTheOtherNotesOfTheSamePartner) {
     EXPECT_EQ(notes->lblToDoPriorNotes, QStringLiteral("Other Notes About o'brien"));
     // The buyer's plain sale and his multi-winner win, oldest first; not
     // another buyer's, not a sale without notes, not another user's.
-    Insert(QStringLiteral("Auctions"), {{"ItemNumber", "104"},
-                                        {"UserName", "Other user"},
-                                        {"HighBidderName", "o'brien"},
-                                        {"AuctionNotes", "no"}});
+    Insert(QStringLiteral("Auctions"),
+           "ItemNumber=104|UserName=Other user|HighBidderName=o'brien|AuctionNotes=no");
     notes = ShowNotes(Db(), m_sale);
     EXPECT_EQ(notes->txtToDoPriorNotes,
               QStringLiteral("#101 (Clock)\nENDED: 12/01/19, 09:00:00 PST\nNOTE: Paid fast\n"
@@ -845,6 +787,7 @@ TEST_F(TaskPanelsTest, AddressRowsAreAddedThenEditedByTheirPartnersKey) {
 // ------------------------------------------------------------ mail tasks
 
 TEST_F(TaskPanelsTest, MailTaskFindsTheMailInTheArchiveThenTheOutbox) {
+    using Found = EmailTaskPanel::Found;
     const char* mail100 = "o'brien\nme@example.org\nYou won\nDear Pat,\n\nThanks.\n";
     const char* mail101 = "o'brien\nme@example.org\nBoth items\nTwo items.\n";
     struct File {
@@ -852,82 +795,72 @@ TEST_F(TaskPanelsTest, MailTaskFindsTheMailInTheArchiveThenTheOutbox) {
         const char* name;
         const char* lines;
     };
+    // What the panel shows of the mail found: subject and message.
+    struct Shown {
+        const char* subject;
+        const char* message;
+    };
+    const Shown none = {"", ""};
+    const Shown won = {"You won", "Dear Pat,\n\nThanks.\n"};
+    const Shown both = {"Both items", "Two items.\n"};
+    const char* stored = "01/06/20";
+    const char* waiting = "Currently in Outbox";
     struct Case {
         const char* name;
         SelectedItem item;
         std::vector<File> files;
-        EmailTaskPanel::Found found;
-        const char* subject;
-        const char* message;
+        Found found;
+        Shown shown;
         const char* sentDate;
     };
     const std::vector<Case> cases = {
-        {"no mail", m_sale, {}, EmailTaskPanel::Found::Nowhere, "", "", "01/06/20"},
-        {"sent",
-         m_sale,
-         {{true, "100CON.dat", mail100}},
-         EmailTaskPanel::Found::Archive,
-         "You won",
-         "Dear Pat,\n\nThanks.\n",
-         "01/06/20"},
+        {"no mail", m_sale, {}, Found::Nowhere, none, stored},
+        {"sent", m_sale, {{true, "100CON.dat", mail100}}, Found::Archive, won, stored},
         {"the archive first",
          m_sale,
          {{true, "100CON.dat", mail100}, {false, "100CON.dat", mail101}},
-         EmailTaskPanel::Found::Archive,
-         "You won",
-         "Dear Pat,\n\nThanks.\n",
-         "01/06/20"},
-        {"waiting",
-         m_sale,
-         {{false, "100CON.dat", mail100}},
-         EmailTaskPanel::Found::Outbox,
-         "You won",
-         "Dear Pat,\n\nThanks.\n",
-         "Currently in Outbox"},
+         Found::Archive,
+         won,
+         stored},
+        {"waiting", m_sale, {{false, "100CON.dat", mail100}}, Found::Outbox, won, waiting},
         {"a marker of a mail of several items",
          m_sale,
          {{false, "100CON.dat", "WITH ITEM#\n101\n"}, {false, "101CON.dat", mail101}},
-         EmailTaskPanel::Found::Outbox,
-         "Both items",
-         "Two items.\n",
-         "Currently in Outbox"},
+         Found::Outbox,
+         both,
+         waiting},
         {"a marker in the archive",
          m_sale,
          {{true, "100CON.dat", "WITH ITEM#\n101\n"}, {true, "101CON.dat", mail101}},
-         EmailTaskPanel::Found::Archive,
-         "Both items",
-         "Two items.\n",
-         "01/06/20"},
+         Found::Archive,
+         both,
+         stored},
         {"a marker never leads out of its folder",
          m_sale,
          {{false, "100CON.dat", "WITH ITEM#\n../../Archive/Emails/101\n"},
           {true, "101CON.dat", mail101}},
-         EmailTaskPanel::Found::Nowhere,
-         "",
-         "",
-         "01/06/20"},
+         Found::Nowhere,
+         none,
+         stored},
         {"a winner's mail by name",
          m_amy,
          {{false, "200DamyCON.dat", mail101}},
-         EmailTaskPanel::Found::Outbox,
-         "Both items",
-         "Two items.\n",
-         "Currently in Outbox"},
+         Found::Outbox,
+         both,
+         waiting},
         {"a winner's mail by number and addressee",
          m_amy,
          {{true, "200D0CON.dat", "bob\n\nFor bob\n"}, {true, "200D1CON.dat", "amy\n\nFor amy\n"}},
-         EmailTaskPanel::Found::Archive,
-         "For amy",
-         "",
+         Found::Archive,
+         {"For amy", ""},
          ""},
         {"another winner's mail is not this one's",
          m_bob,
          {{true, "200D1CON.dat", "amy\n\nFor amy\n"}},
-         EmailTaskPanel::Found::Nowhere,
-         "",
-         "",
+         Found::Nowhere,
+         none,
          ""}};
-    Set(m_sale, {{"EmailEndOfAuction", 1}, {"EmailEndOfAuctionDate", "01/06/20"}});
+    Set(m_sale, {{"EmailEndOfAuction", 1}, {"EmailEndOfAuctionDate", stored}});
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         for (const QString& folder : {OutboxMailFolder(), ArchiveMailFolder()}) {
@@ -943,21 +876,21 @@ TEST_F(TaskPanelsTest, MailTaskFindsTheMailInTheArchiveThenTheOutbox) {
             QStringLiteral("EmailEndOfAuction"), QStringLiteral("emailendofauctiondate"));
         ASSERT_TRUE(panel.has_value());
         EXPECT_EQ(panel->found, c.found);
-        EXPECT_EQ(panel->frmShowMessage, c.found != EmailTaskPanel::Found::Nowhere);
-        EXPECT_EQ(panel->txtEmailSubject, QString::fromUtf8(c.subject));
-        EXPECT_EQ(panel->txtEmailMessage, QString::fromUtf8(c.message));
+        EXPECT_EQ(panel->frmShowMessage, c.found != Found::Nowhere);
+        EXPECT_EQ(panel->txtEmailSubject, QString::fromUtf8(c.shown.subject));
+        EXPECT_EQ(panel->txtEmailMessage, QString::fromUtf8(c.shown.message));
         EXPECT_EQ(panel->txtSentDate, QString::fromUtf8(c.sentDate));
-        EXPECT_EQ(panel->cmdSaveEmailInfoEnabled, c.found != EmailTaskPanel::Found::Archive);
-        EXPECT_FALSE(panel->cmdComposeEmailEnabled && panel->chkEmailSent2);
+        EXPECT_EQ(panel->cmdSaveEmailInfoEnabled, c.found != Found::Archive);
+        // Only the plain sale is marked sent: its date box is open, and no
+        // new mail is offered; otherwise one is while none is found.
+        const bool sent = c.item.itemNumber == m_sale.itemNumber;
+        EXPECT_EQ(panel->chkEmailSent2, sent);
+        EXPECT_EQ(panel->txtSentDateEnabled, sent);
+        EXPECT_EQ(panel->cmdComposeEmailEnabled, !sent && c.found == Found::Nowhere);
+        EXPECT_EQ(panel->lblEmailKey, QStringLiteral("CON"));
+        EXPECT_EQ(panel->frameTitle, u"Congratulations (#" + c.item.itemNumber + u')');
+        EXPECT_EQ(panel->chkEmailSent2Caption, QStringLiteral("\"Congratulations\" Email Sent"));
     }
-    const auto panel =
-        ShowEmailTask(Db(), m_sale, QStringLiteral("Congratulations"), QStringLiteral("CON"),
-                      QStringLiteral("Congratulations (winner)"), QStringLiteral("CON"),
-                      QStringLiteral("EmailEndOfAuction"), QStringLiteral("EmailEndOfAuctionDate"));
-    EXPECT_EQ(panel->lblEmailKey, QStringLiteral("CON"));
-    EXPECT_EQ(panel->frameTitle, QStringLiteral("Congratulations (#100)"));
-    EXPECT_EQ(panel->chkEmailSent2Caption, QStringLiteral("\"Congratulations\" Email Sent"));
-    EXPECT_TRUE(panel->chkEmailSent2 && panel->txtSentDateEnabled);
 }
 
 TEST_F(TaskPanelsTest, MailTaskSaveSetsTheMarksAndAClearedTaskDropsItsWaitingFile) {
