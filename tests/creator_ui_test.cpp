@@ -19,7 +19,6 @@
 #include <QPlainTextEdit>
 #include <QTabWidget>
 #include <QTableView>
-#include <QTimer>
 #include <QtTest>
 #include <functional>
 #include <memory>
@@ -73,6 +72,19 @@ QStringList Asked(const test::ScriptedUi& ui) {
 
 int Colour(QWidget* window, const QString& label) {
     return Named<QLabel>(window, label)->property("colour").toInt();
+}
+
+// A row of test data, text given as literals.
+template <class T>
+T Cell(T value) {
+    return value;
+}
+QString Cell(const char* text) {
+    return QString::fromUtf8(text);
+}
+template <class... Cells>
+void Row(const char* name, Cells... cells) {
+    (QTest::newRow(name) << ... << Cell(cells));
 }
 
 }  // namespace
@@ -177,17 +189,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("title");
         // The Default row heads the templates; drafts and saved auctions are
         // listed newest first.
-        QTest::newRow("templates")
-            << 0 << "lstUserTemp" << QStringList{"Default", "Lamp template"} << "Lamp template"
-            << "T1";
-        QTest::newRow("drafts") << 1 << "lstDraft" << QStringList{"Second draft", "First draft"}
-                                << "Second draft"
-                                << "D2";
-        QTest::newRow("saved auctions")
-            << 3 << "lstOldAuction" << QStringList{"Sent lantern"} << "Sent lantern"
-            << "O1";
-        QTest::newRow("same as last") << 2 << "" << QStringList{} << "Sent lantern"
-                                      << "O1";
+        Row("templates", 0, "lstUserTemp", QStringList{"Default", "Lamp template"}, "Lamp template",
+            "T1");
+        Row("drafts", 1, "lstDraft", QStringList{"Second draft", "First draft"}, "Second draft",
+            "D2");
+        Row("saved auctions", 3, "lstOldAuction", QStringList{"Sent lantern"}, "Sent lantern",
+            "O1");
+        Row("same as last", 2, "", QStringList{}, "Sent lantern", "O1");
     }
 
     void theChooserOffersEachKindAndOpensTheChosenRow() {
@@ -282,50 +290,23 @@ private Q_SLOTS:
         QTest::addColumn<QString>("control");
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("column");
-        QTest::addColumn<QString>("stored");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("title") << "txtItemTitle"
-                               << "Tin robot, wind-up"
-                               << "ItemTitleLong"
-                               << "Tin robot, wind-up"
-                               << "Tin robot, wind-up";
-        QTest::newRow("site title follows") << "txtItemTitle"
-                                            << "Tin robot, wind-up"
-                                            << "eBayAuctionTitle"
-                                            << "Tin robot, wind-up"
-                                            << "";
-        QTest::newRow("minimum bid") << "txtMinimumBid"
-                                     << "7.5"
-                                     << "MinimumBid"
-                                     << "7.5"
-                                     << "$7.50";
-        QTest::newRow("reserve") << "txtReserve"
-                                 << "30"
-                                 << "Reserve"
-                                 << "30"
-                                 << "$30.00";
-        QTest::newRow("location") << "txtItemLocationEbay"
-                                  << "Cork, Ireland"
-                                  << "ItemLocation"
-                                  << "Cork, Ireland"
-                                  << "Cork, Ireland";
-        QTest::newRow("caption") << "txtProductDetails0"
-                                 << "State:"
-                                 << "PDCaption0"
-                                 << "State:"
-                                 << "State:";
-        QTest::newRow("link") << "txtLinkLink0"
-                              << "http://shop.example.org"
-                              << "LinkLink0"
-                              << "http://shop.example.org"
-                              << "http://shop.example.org";
+        // What is typed is stored as typed; reopened, the box shows it as
+        // given here (nothing: not looked at).
+        Row("title", "txtItemTitle", "Tin robot, wind-up", "ItemTitleLong", "Tin robot, wind-up");
+        Row("site title follows", "txtItemTitle", "Tin robot, wind-up", "eBayAuctionTitle", "");
+        Row("minimum bid", "txtMinimumBid", "7.5", "MinimumBid", "$7.50");
+        Row("reserve", "txtReserve", "30", "Reserve", "$30.00");
+        Row("location", "txtItemLocationEbay", "Cork, Ireland", "ItemLocation", "Cork, Ireland");
+        Row("caption", "txtProductDetails0", "State:", "PDCaption0", "State:");
+        Row("link", "txtLinkLink0", "http://shop.example.org", "LinkLink0",
+            "http://shop.example.org");
     }
 
     void editsOfATemplateSaveAsADraftAndShowAgainWhenReopened() {
         QFETCH(QString, control);
         QFETCH(QString, typed);
         QFETCH(QString, column);
-        QFETCH(QString, stored);
         QFETCH(QString, shown);
         const qint64 templateId =
             AddRow(QString(creator::kTemplate), QStringLiteral("Toys"), QStringLiteral("Toy"));
@@ -365,7 +346,7 @@ private Q_SLOTS:
         }
         QCOMPARE(Column(draftId, QStringLiteral("AuctionName")).toString(),
                  QStringLiteral("Robot draft"));
-        QCOMPARE(Column(draftId, column).toString(), stored);
+        QCOMPARE(Column(draftId, column).toString(), typed);
         QCOMPARE(Column(draftId, QStringLiteral("AuctionThemeColor")).toString(),
                  QStringLiteral("Matte Blue"));
         QCOMPARE(Column(draftId, QStringLiteral("PictureLinks")).toString(),
@@ -415,11 +396,10 @@ private Q_SLOTS:
         QTest::addColumn<bool>("saveDialogOk");
         QTest::addColumn<bool>("closed");
         QTest::addColumn<int>("drafts");
-        QTest::newRow("cancel stays") << int(core::Answer::Cancel) << false << false << 0;
-        QTest::newRow("no leaves unsaved") << int(core::Answer::No) << false << true << 0;
-        QTest::newRow("yes saves and leaves") << int(core::Answer::Yes) << true << true << 1;
-        QTest::newRow("yes, dialog cancelled, stays")
-            << int(core::Answer::Yes) << false << false << 0;
+        Row("cancel stays", int(core::Answer::Cancel), false, false, 0);
+        Row("no leaves unsaved", int(core::Answer::No), false, true, 0);
+        Row("yes saves and leaves", int(core::Answer::Yes), true, true, 1);
+        Row("yes, dialog cancelled, stays", int(core::Answer::Yes), false, false, 0);
     }
 
     void leavingAChangedDocumentAsksToSaveIt() {
@@ -515,22 +495,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("afterTheTab");
         // Digits and one point; the quantity is whole. Leaving the item tab
         // shows the prices as money.
-        QTest::newRow("minimum bid") << "txtMinimumBid"
-                                     << "a1.2.5$"
-                                     << "1.25"
-                                     << "$1.25";
-        QTest::newRow("reserve") << "txtReserve"
-                                 << "30"
-                                 << "30"
-                                 << "$30.00";
-        QTest::newRow("quantity") << "txtQuantity"
-                                  << "2.5x"
-                                  << "25"
-                                  << "25";
-        QTest::newRow("title") << "txtItemTitle"
-                               << "Tin robot"
-                               << "Tin robot"
-                               << "Tin robot";
+        Row("minimum bid", "txtMinimumBid", "a1.2.5$", "1.25", "$1.25");
+        Row("reserve", "txtReserve", "30", "30", "$30.00");
+        Row("quantity", "txtQuantity", "2.5x", "25", "25");
+        Row("title", "txtItemTitle", "Tin robot", "Tin robot", "Tin robot");
     }
 
     void boxesTakeWhatTheirFieldsAllow() {
@@ -664,14 +632,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("route");
         QTest::addColumn<QString>("page");
         QTest::addColumn<bool>("siteUp");
-        QTest::newRow("direct") << "mnuAPost"
-                                << "" << true;
-        QTest::newRow("review page") << "mnuReviewPage"
-                                     << "ebaypost.html" << true;
-        QTest::newRow("sell page") << "mnuSellPage"
-                                   << "ebaysell.html" << true;
-        QTest::newRow("site down") << "mnuAPost"
-                                   << "" << false;
+        Row("direct", "mnuAPost", "", true);
+        Row("review page", "mnuReviewPage", "ebaypost.html", true);
+        Row("sell page", "mnuSellPage", "ebaysell.html", true);
+        Row("site down", "mnuAPost", "", false);
     }
 
     void postNowSendsTheDocumentByTheChosenRoute() {
@@ -728,23 +692,29 @@ private Q_SLOTS:
         QCOMPARE(Count(sent), 1);
         const qint64 id =
             m_db->ScalarInt(QStringLiteral("SELECT ID FROM AuctionCreator WHERE ") + sent);
-        const qint64 listed = m_db->ScalarInt(
-            QStringLiteral("SELECT COUNT(*) FROM Auctions WHERE AuctionCreatorID = %1 AND "
-                           "ItemTitle = 'Brass ship''s lantern' AND UserName = 'Demo'")
-                .arg(id));
+        // Sent directly, it is listed among the seller's sales under the
+        // number the confirmation gives.
+        const auto listed = [this](const QVariant& creatorId) {
+            core::Statement s = m_db->Prepare(
+                QStringLiteral("SELECT ItemNumber FROM Auctions WHERE ItemTitle = ? AND UserName "
+                               "= ? AND (? IS NULL OR AuctionCreatorID = ?)"));
+            s.BindAll(QStringLiteral("Brass ship's lantern"), QStringLiteral("Demo"), creatorId,
+                      creatorId);
+            QStringList numbers;
+            while (s.Step()) {
+                numbers << s.Text(0);
+            }
+            return numbers;
+        };
+        const QStringList numbers = listed(id);
         QCOMPARE(posted.Acted(), page.isEmpty());
-        QCOMPARE(listed, page.isEmpty() ? 1 : 0);
+        QCOMPARE(numbers.size(), page.isEmpty() ? 1 : 0);
         if (page.isEmpty()) {
-            core::Statement number = m_db->Prepare(
-                QStringLiteral("SELECT ItemNumber FROM Auctions WHERE AuctionCreatorID = ?"));
-            number.Bind(1, id);
-            QVERIFY(number.Step());
             QCOMPARE(said,
-                     QStringLiteral("Your auction was posted as item #%1.").arg(number.Text(0)));
+                     QStringLiteral("Your auction was posted as item #%1.").arg(numbers.at(0)));
             QCOMPARE(core::GetSetting(QStringLiteral("Tolvane"), QStringLiteral("Options"),
                                       QStringLiteral("AuctionConfirmOff")),
                      QStringLiteral("-1"));
-            number.Reset();  // its read would keep this connection from seeing the next post
             QString shownAgain;
             WhenShown again(QStringLiteral("frmGeneral"), [&shownAgain](QWidget* dialog) {
                 shownAgain = dialog->windowTitle();
@@ -755,10 +725,7 @@ private Q_SLOTS:
             Click(w.get(), QStringLiteral("cmdPostNow"));
             QVERIFY2(!again.Acted(), qPrintable(shownAgain));
             QVERIFY2(m_ui->Messages().isEmpty(), qPrintable(m_ui->Messages().join(u'|')));
-            QCOMPARE(
-                m_db->ScalarInt(QStringLiteral(
-                    "SELECT COUNT(*) FROM Auctions WHERE ItemTitle = 'Brass ship''s lantern'")),
-                2);
+            QCOMPARE(listed(QVariant()).size(), 2);
         }
         QCOMPARE(m_opened.size(), page.isEmpty() ? 0 : 1);
         if (!page.isEmpty()) {
@@ -809,16 +776,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("message");
-        QTest::newRow("number") << "110"
-                                << "Antiques: Lamps & Lighting (110)"
-                                << "";
-        QTest::newRow("full name") << "Antiques: Lamps & Lighting"
-                                   << "Antiques: Lamps & Lighting (110)"
-                                   << "";
-        QTest::newRow("unknown number")
-            << "99999"
-            << ""
-            << "Category #99999 not found.  Please enter another category number.";
+        Row("number", "110", "Antiques: Lamps & Lighting (110)", "");
+        Row("full name", "Antiques: Lamps & Lighting", "Antiques: Lamps & Lighting (110)", "");
+        Row("unknown number", "99999", "",
+            "Category #99999 not found.  Please enter another category number.");
     }
 
     void theCategoryBoxTakesANumberANameOrTheBrowsersChoice() {
@@ -841,17 +802,14 @@ private Q_SLOTS:
         QTest::addColumn<bool>("allWords");
         QTest::addColumn<QString>("caption");
         QTest::addColumn<QString>("chosen");
-        QTest::newRow("a word") << "TOLEWARE" << false << "Search Categories: 1 matches found"
-                                << "Antiques: Toleware (117)";
-        QTest::newRow("a number") << "117" << false << "Search Categories: Match found"
-                                  << "Antiques: Toleware (117)";
-        QTest::newRow("any word") << "antiques toleware" << false
-                                  << "Search Categories: 20 matches found"
-                                  << "Antiques: Architectural & Garden (106)";
+        Row("a word", "TOLEWARE", false, "Search Categories: 1 matches found",
+            "Antiques: Toleware (117)");
+        Row("a number", "117", false, "Search Categories: Match found", "Antiques: Toleware (117)");
+        Row("any word", "antiques toleware", false, "Search Categories: 20 matches found",
+            "Antiques: Architectural & Garden (106)");
         // All words must stand in one of the two names, not across them.
-        QTest::newRow("all words across names")
-            << "antiques toleware" << true << "Search Categories: No Matches Found"
-            << "";
+        Row("all words across names", "antiques toleware", true,
+            "Search Categories: No Matches Found", "");
     }
 
     void theCategoryBrowserSearchesAndChooses() {
@@ -894,8 +852,8 @@ private Q_SLOTS:
     void theMainWindowOpensTheCreatorForANewAuctionAndARelist_data() {
         QTest::addColumn<bool>("fromCreator");
         QTest::addColumn<QString>("title");
-        QTest::newRow("posted from the creator") << true << "Lantern as the creator has it";
-        QTest::newRow("posted elsewhere") << false << "Lantern as the site lists it";
+        Row("posted from the creator", true, "Lantern as the creator has it");
+        Row("posted elsewhere", false, "Lantern as the site lists it");
     }
 
     void theMainWindowOpensTheCreatorForANewAuctionAndARelist() {

@@ -32,7 +32,6 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QTextBrowser>
-#include <QTimer>
 #include <QToolButton>
 #include <QTreeWidget>
 #include <QtTest>
@@ -84,10 +83,6 @@ QString Describe(const QWidget* w) {
     return QString::fromLatin1(w->metaObject()->className()) + u' ' + name;
 }
 
-QKeySequence Mnemonic(const QString& caption) {
-    return QKeySequence::mnemonic(caption);
-}
-
 // A caption shown on screen that the Tab key or a mnemonic can reach.
 bool Shown(const QWidget* w, const QWidget* window) {
     return w->isVisibleTo(window) && w->window() == window;
@@ -133,7 +128,7 @@ QStringList Faults(QWidget* window) {
     // Mnemonics in view at the same time: a key may open one thing only.
     QMap<QKeySequence, QString> taken;
     auto claim = [&](const QString& caption, const QString& owner) {
-        const QKeySequence key = Mnemonic(caption);
+        const QKeySequence key = QKeySequence::mnemonic(caption);
         if (key.isEmpty()) {
             faults << owner + QStringLiteral(": no mnemonic in \"") + caption + u'"';
             return;
@@ -159,7 +154,7 @@ QStringList Faults(QWidget* window) {
                     continue;
                 }
                 const QString owner = menu->objectName() + u'/' + action->text();
-                const QKeySequence key = Mnemonic(action->text());
+                const QKeySequence key = QKeySequence::mnemonic(action->text());
                 if (key.isEmpty()) {
                     faults << owner + QStringLiteral(": no mnemonic");
                 } else if (inMenu.contains(key)) {
@@ -209,7 +204,7 @@ QStringList Faults(QWidget* window) {
         if (!Shown(label, window)) {
             continue;
         }
-        if (label->buddy() != nullptr && !Mnemonic(label->text()).isEmpty()) {
+        if (label->buddy() != nullptr && !QKeySequence::mnemonic(label->text()).isEmpty()) {
             claim(label->text(), Describe(label));
         }
         // Greyed by being disabled, a caption reads as unavailable and may
@@ -286,23 +281,13 @@ bool DrawnIn(QWidget* widget, const QRect& area, const QColor& colour) {
     return false;
 }
 
-// Acts on the first visible top-level of that name once it shows, from
-// inside its modal loop.
-void WhenShown(const QString& objectName, std::function<void(QWidget*)> act) {
-    auto* poll = new QTimer;
-    poll->setInterval(20);
-    QObject::connect(poll, &QTimer::timeout, [poll, objectName, act = std::move(act)] {
-        const auto widgets = QApplication::topLevelWidgets();
-        for (QWidget* widget : widgets) {
-            if (widget->objectName() == objectName && widget->isVisible()) {
-                poll->stop();
-                poll->deleteLater();
-                act(widget);
-                return;
-            }
+// Makes the row of that item the current one, when it is listed.
+void SelectItem(QTableView* grid, const QString& item) {
+    for (int row = 0; row < grid->model()->rowCount(); ++row) {
+        if (grid->model()->index(row, 0).data().toString() == item) {
+            grid->setCurrentIndex(grid->model()->index(row, 0));
         }
-    });
-    poll->start();
+    }
 }
 
 // A window and the states it is looked at in, each made by a step on it.
@@ -316,6 +301,10 @@ void Nothing(QWidget*) {}
 
 std::function<void(QWidget*)> TabOf(const QString& tabs, int index) {
     return [tabs, index](QWidget* w) { Named<QTabWidget>(w, tabs)->setCurrentIndex(index); };
+}
+
+std::function<void(QWidget*)> ClickOn(const QString& button) {
+    return [button](QWidget* w) { Named<QAbstractButton>(w, button)->click(); };
 }
 
 // An ended sale to a buyer with an address and an ended bid won, for the
@@ -385,15 +374,21 @@ private:
 
     std::vector<WindowCase> Windows() {
         std::vector<WindowCase> cases;
-        cases.push_back(
-            {QStringLiteral("frmAuction"),
-             [this] { return std::unique_ptr<QWidget>(OpenMain()); },
-             {{QStringLiteral("My Sales"), TabOf(QStringLiteral("SSTab1"), 0)},
-              {QStringLiteral("My Bids"), TabOf(QStringLiteral("SSTab1"), 1)},
-              {QStringLiteral("Task Manager"), TabOf(QStringLiteral("SSTab1"), 2)},
-              {QStringLiteral("Auction Analysis"), TabOf(QStringLiteral("SSTab1"), 3)}}});
+        // A window looked at as it opens, then in the states added to it (the
+        // reference returned holds until the next window is added).
+        const auto add = [&cases](const QString& name,
+                                  std::function<std::unique_ptr<QWidget>()> open) -> WindowCase& {
+            cases.push_back({name, std::move(open), {{QString(), Nothing}}});
+            return cases.back();
+        };
+        WindowCase& main = add(QStringLiteral("frmAuction"),
+                               [this] { return std::unique_ptr<QWidget>(OpenMain()); });
+        const char* const mainTabs[] = {"My Sales", "My Bids", "Task Manager", "Auction Analysis"};
+        for (int tab = 0; tab < 4; ++tab) {
+            main.states.emplace_back(QString::fromLatin1(mainTabs[tab]),
+                                     TabOf(QStringLiteral("SSTab1"), tab));
+        }
         // Each panel of the Task Manager, on the side that has it.
-        WindowCase& main = cases.back();
         for (const char* key :
              {"SUM", "SUMS", "SUMN", "PRA", "CON", "SHP", "SHS", "SHR", "FBL", "FBR"}) {
             main.states.emplace_back(QStringLiteral("sale task ") + QLatin1String(key),
@@ -407,80 +402,55 @@ private:
             TaskNode(true, QStringLiteral("PRP"), QStringLiteral("lstPaymentMethods=2")));
         main.states.emplace_back(QStringLiteral("bid task IRR"),
                                  TaskNode(true, QStringLiteral("IRR")));
-        WindowCase preferences{QStringLiteral("frmUserPreferences"),
-                               [] { return std::make_unique<ui::frmUserPreferences>(); },
-                               {}};
+
+        WindowCase& preferences = add(QStringLiteral("frmUserPreferences"),
+                                      [] { return std::make_unique<ui::frmUserPreferences>(); });
         for (int tab = 0; tab < 7; ++tab) {
             preferences.states.emplace_back(QStringLiteral("tab %1").arg(tab),
                                             TabOf(QStringLiteral("tabPreferences"), tab));
         }
         preferences.states.emplace_back(QStringLiteral("proxy shown"), [](QWidget* w) {
             TabOf(QStringLiteral("tabPreferences"), 2)(w);
-            Named<QAbstractButton>(w, QStringLiteral("optConnection3"))->click();
+            ClickOn(QStringLiteral("optConnection3"))(w);
         });
-        preferences.states.emplace_back(QStringLiteral("password change"), [](QWidget* w) {
-            Named<QAbstractButton>(w, QStringLiteral("cmdChangePassword"))->click();
-        });
-        cases.push_back(std::move(preferences));
-        cases.push_back({QStringLiteral("frmUpdate"),
-                         [] { return std::make_unique<ui::frmUpdate>(); },
-                         {{QStringLiteral("short"), Nothing},
-                          {QStringLiteral("details"), [](QWidget* w) {
-                               Named<QAbstractButton>(w, QStringLiteral("cmdShowDetails"))->click();
-                           }}}});
-        cases.push_back({QStringLiteral("frmNewUser"),
-                         [] { return std::make_unique<ui::frmNewUser>(); },
-                         {{QString(), Nothing}}});
-        cases.push_back({QStringLiteral("frmTip"),
-                         [] { return std::make_unique<ui::frmTip>(); },
-                         {{QString(), Nothing}}});
-        cases.push_back(
-            {QStringLiteral("frmGeneral item cost"),
-             [] { return std::make_unique<ui::frmGeneral>(ui::frmGeneral::ItemCostForm); },
-             {{QString(), Nothing}}});
-        cases.push_back(
-            {QStringLiteral("frmGeneral posted"),
-             [] { return std::make_unique<ui::frmGeneral>(ui::frmGeneral::PostedForm); },
-             {{QString(), Nothing}}});
-        cases.push_back({QStringLiteral("frmGeneral about"),
-                         [] { return std::make_unique<ui::frmGeneral>(ui::frmGeneral::AboutForm); },
-                         {{QString(), Nothing}}});
-        WindowCase creator{QStringLiteral("frmLWAC"),
-                           [] {
-                               auto w = std::make_unique<ui::frmLWAC>();
-                               w->SetUrlOpener([](const QUrl&) {});
-                               return w;
-                           },
-                           {}};
-        for (int option = 0; option < 4; ++option) {
-            creator.states.emplace_back(
-                QStringLiteral("chooser %1").arg(option), [option](QWidget* w) {
-                    Named<QAbstractButton>(w, QStringLiteral("optACChoice%1").arg(option))->click();
-                });
+        preferences.states.emplace_back(QStringLiteral("password change"),
+                                        ClickOn(QStringLiteral("cmdChangePassword")));
+
+        add(QStringLiteral("frmUpdate"), [] { return std::make_unique<ui::frmUpdate>(); })
+            .states.emplace_back(QStringLiteral("details"),
+                                 ClickOn(QStringLiteral("cmdShowDetails")));
+        add(QStringLiteral("frmNewUser"), [] { return std::make_unique<ui::frmNewUser>(); });
+        add(QStringLiteral("frmTip"), [] { return std::make_unique<ui::frmTip>(); });
+        const std::pair<const char*, ui::frmGeneral::Form> forms[] = {
+            {"item cost", ui::frmGeneral::ItemCostForm},
+            {"posted", ui::frmGeneral::PostedForm},
+            {"about", ui::frmGeneral::AboutForm}};
+        for (const auto& [name, form] : forms) {
+            add(QStringLiteral("frmGeneral ") + QLatin1String(name),
+                [form] { return std::make_unique<ui::frmGeneral>(form); });
         }
-        creator.states.emplace_back(QStringLiteral("editing"), [](QWidget* w) {
-            Named<QAbstractButton>(w, QStringLiteral("cmdLoadDefault"))->click();
+        add(QStringLiteral("frmGeneral categories"), [this] {
+            return std::make_unique<ui::frmGeneral>(ui::frmGeneral::CategoryForm, *m_db);
+        }).states.emplace_back(QStringLiteral("search"), TabOf(QStringLiteral("tabCategories"), 1));
+        add(QStringLiteral("frmGeneral save"),
+            [this] { return std::make_unique<ui::frmGeneral>(ui::frmGeneral::SaveForm, *m_db); })
+            .states.emplace_back(QStringLiteral("template"),
+                                 ClickOn(QStringLiteral("optSaveAuction1")));
+
+        WindowCase& creator = add(QStringLiteral("frmLWAC"), [] {
+            auto w = std::make_unique<ui::frmLWAC>();
+            w->SetUrlOpener([](const QUrl&) {});
+            return w;
         });
+        for (int option = 0; option < 4; ++option) {
+            creator.states.emplace_back(QStringLiteral("chooser %1").arg(option),
+                                        ClickOn(QStringLiteral("optACChoice%1").arg(option)));
+        }
+        creator.states.emplace_back(QStringLiteral("editing"),
+                                    ClickOn(QStringLiteral("cmdLoadDefault")));
         for (int tab = 1; tab <= ui::frmLWAC::kPaymentTab; ++tab) {
             creator.states.emplace_back(QStringLiteral("tab %1").arg(tab),
                                         TabOf(QStringLiteral("SSTab1"), tab));
-        }
-        cases.push_back(std::move(creator));
-        for (const auto form : {ui::frmGeneral::CategoryForm, ui::frmGeneral::SaveForm}) {
-            WindowCase general{
-                form == ui::frmGeneral::CategoryForm ? QStringLiteral("frmGeneral categories")
-                                                     : QStringLiteral("frmGeneral save"),
-                [this, form] { return std::make_unique<ui::frmGeneral>(form, *m_db); },
-                {{QString(), Nothing}}};
-            if (form == ui::frmGeneral::CategoryForm) {
-                general.states.emplace_back(QStringLiteral("search"),
-                                            TabOf(QStringLiteral("tabCategories"), 1));
-            } else {
-                general.states.emplace_back(QStringLiteral("template"), [](QWidget* w) {
-                    Named<QAbstractButton>(w, QStringLiteral("optSaveAuction1"))->click();
-                });
-            }
-            cases.push_back(std::move(general));
         }
         return cases;
     }
@@ -584,11 +554,12 @@ private Q_SLOTS:
         QApplication::setActiveWindow(w.get());
         QVERIFY(QTest::qWaitForWindowActive(w.get()));
         QString guide;
-        WhenShown(QStringLiteral("frmHelp"), [&guide](QWidget* help) {
-            guide = Named<QTextBrowser>(help, QStringLiteral("txtHelp"))->toPlainText();
-            static_cast<QDialog*>(help)->reject();
+        test::WhenModal help(QStringLiteral("frmHelp"), [&guide](QWidget* dialog) {
+            guide = Named<QTextBrowser>(dialog, QStringLiteral("txtHelp"))->toPlainText();
+            static_cast<QDialog*>(dialog)->reject();
         });
         QTest::keySequence(w.get(), QKeySequence(QKeySequence::HelpContents));
+        QVERIFY(help.Acted());
         QVERIFY2(guide.contains(QStringLiteral("The desktop program")),
                  qPrintable(guide.left(200)));
 
@@ -606,24 +577,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("found");
         // The search starts after the selected row and wraps round; an item
         // number matches whole, a title by any part, case aside.
-        QTest::newRow("title word") << "1001"
-                                    << "LAMP SHADE"
-                                    << "1002";
-        QTest::newRow("next after the selected") << "1001"
-                                                 << "lamp"
-                                                 << "1002";
-        QTest::newRow("wraps to the top") << "1002"
-                                          << "lamp"
-                                          << "1001";
-        QTest::newRow("item number") << "1001"
-                                     << " 1003 "
-                                     << "1003";
-        QTest::newRow("part of a number is no match") << "1001"
-                                                      << "100"
-                                                      << "";
-        QTest::newRow("nothing matches") << "1003"
-                                         << "clock"
-                                         << "";
+        const auto row = [](const char* name, const char* selected, const char* asked,
+                            const char* found) {
+            QTest::newRow(name) << QString(selected) << QString(asked) << QString(found);
+        };
+        row("title word", "1001", "LAMP SHADE", "1002");
+        row("next after the selected", "1001", "lamp", "1002");
+        row("wraps to the top", "1002", "lamp", "1001");
+        row("item number", "1001", " 1003 ", "1003");
+        row("part of a number is no match", "1001", "100", "");
+        row("nothing matches", "1003", "clock", "");
     }
 
     void findGoesToTheNextMatchingItemOfTheListInView() {
@@ -632,11 +595,7 @@ private Q_SLOTS:
         QFETCH(QString, found);
         std::unique_ptr<ui::frmAuction> w = OpenMain();
         auto* grid = Named<QTableView>(w.get(), QStringLiteral("grdAuction"));
-        for (int row = 0; row < grid->model()->rowCount(); ++row) {
-            if (grid->model()->index(row, 0).data().toString() == selected) {
-                grid->setCurrentIndex(grid->model()->index(row, 0));
-            }
-        }
+        SelectItem(grid, selected);
         m_ui->ScriptPrompt(asked);
         w->mnuFindItem_Click();
         const QString current = grid->currentIndex().siblingAtColumn(0).data().toString();
@@ -808,11 +767,7 @@ private Q_SLOTS:
         // The panel shown when the palette changed, then the panel of each:
         // the figure and the frame's title, coloured alike.
         for (const QString& item : {QString(), QStringLiteral("1001"), QStringLiteral("1002")}) {
-            for (int row = 0; row < grid->model()->rowCount(); ++row) {
-                if (grid->model()->index(row, 0).data().toString() == item) {
-                    grid->setCurrentIndex(grid->model()->index(row, 0));
-                }
-            }
+            SelectItem(grid, item);
             auto* currently = Named<QLabel>(w.get(), QStringLiteral("lblCurrently"));
             const QColor ground = w->palette().color(QPalette::Window);
             QCOMPARE(currently->palette().color(QPalette::Window), ground);
@@ -890,11 +845,7 @@ private Q_SLOTS:
             const char* picture;
         } rows[] = {{"1001", "eBay100-499"}, {"1002", "eBay10000"}, {"1003", "eBayNoStar"}};
         for (const auto& r : rows) {
-            for (int row = 0; row < grid->model()->rowCount(); ++row) {
-                if (grid->model()->index(row, 0).data().toString() == QLatin1String(r.item)) {
-                    grid->setCurrentIndex(grid->model()->index(row, 0));
-                }
-            }
+            SelectItem(grid, QString::fromLatin1(r.item));
             auto* star = Named<QLabel>(w.get(), QStringLiteral("picStar"));
             QCOMPARE(star->property("picture").toString(), QString::fromLatin1(r.picture));
             QCOMPARE(star->toolTip(), ui::StarMeaning(QString::fromLatin1(r.picture)));
