@@ -243,9 +243,10 @@ TEST_F(WriterTest, JetQueriesRunAndCompareAsTheRuleFilesMeanThem) {
     auto items = [this](const std::vector<qint64>& rowids) {
         QStringList found;
         for (const qint64 rowid : rowids) {
-            found << QString::number(
-                Count(QStringLiteral("SELECT ItemNumber FROM Auctions WHERE rowid = ") +
-                      QString::number(rowid)));
+            lw::core::Statement item =
+                m_db->Prepare(QStringLiteral("SELECT ItemNumber FROM Auctions WHERE rowid = ?"));
+            item.BindAll(rowid);
+            found << (item.Step() ? item.Text(0) : QStringLiteral("?"));
         }
         return found.join(u',');
     };
@@ -319,6 +320,10 @@ TEST_F(WriterTest, BoundQueriesFindTheRowsThatTheirBuiltTextFinds) {
         {"ItemTitle LIKE '*[1]*' ORDER BY ItemNumber", "'"},
         {"ItemTitle = [1] OR ItemNumber = \"[A1]\"", "a%b", "100"},
         {"ItemTitle = [1] OR ItemNumber = \"[A1]\"", "[A1]", "[1]"},
+        // Against an expression, which has no collation of its own, a bare
+        // macro compares as the text would: with its case.
+        {"ItemTitle || '' = [1]", "A%B"},
+        {"ItemTitle || '' = [1]", "a%b"},
         // [3] has no value: it stays text, so the last test fails with two
         // items and holds with an empty third.
         {"ItemNumber IN ('[1]', '[2]') OR '[3]' = ''", "100|102"},
