@@ -54,11 +54,6 @@ protected:
         row.Bind(1, id);
         return row.Step() ? row.Value(0) : QVariant();
     }
-    qint64 Count(const QString& sql, const QString& value) {
-        Statement count = Db().Prepare(sql);
-        count.Bind(1, value);
-        return count.Step() ? count.Value(0).toLongLong() : -1;
-    }
 };
 
 // ------------------------------------------------------------ column groups
@@ -221,65 +216,7 @@ TEST_F(CreatorDocumentTest, EachGroupOfColumnsIsSavedAndLoadedByItsRule) {
     }
 }
 
-TEST_F(CreatorDocumentTest, OlderRowsKeepTheCreditCardAmongTheOptions) {
-    CreatorDocument doc = NewCreatorDocument(m_lists);
-    const qint64 id = Save(doc);
-    Db().Prepare(QStringLiteral("UPDATE AuctionCreator SET eBayOptionalSettings = '11~49~0~~x' "
-                                "WHERE ID = ?"))
-        .Bind(1, id)
-        .Run();
-    const CreatorDocument loaded = Load(id);
-    EXPECT_TRUE(loaded.chkbillpointCCAccepted);
-    EXPECT_EQ(loaded.lstEbayOptions, QList<int>{FindItemData(m_lists.lstEbayOptions, 11)});
-}
-
-// ------------------------------------------------------------ one write
-
-TEST_F(CreatorDocumentTest, ASaveIsOneWriteOfTheRow) {
-    Db().Exec(
-        QStringLiteral("CREATE TEMP TABLE Writes (kind TEXT);"
-                       "CREATE TEMP TRIGGER CountInserts AFTER INSERT ON main.AuctionCreator "
-                       "BEGIN INSERT INTO Writes VALUES ('insert'); END;"
-                       "CREATE TEMP TRIGGER CountUpdates AFTER UPDATE ON main.AuctionCreator "
-                       "BEGIN INSERT INTO Writes VALUES ('update'); END;"));
-    const auto writes = [this](const char* kind) {
-        return Count(QStringLiteral("SELECT COUNT(*) FROM Writes WHERE kind = ?"),
-                     QString::fromLatin1(kind));
-    };
-    CreatorDocument doc = lw::test::FullSampleDocument(m_lists);
-    doc.dirty = true;
-    const qint64 id = Save(doc, QString(kOldAuction));
-    EXPECT_EQ(writes("insert"), 1);
-    EXPECT_EQ(writes("update"), 0);
-    EXPECT_FALSE(doc.dirty);
-    Save(doc, QString(kOldAuction), id);
-    EXPECT_EQ(writes("insert"), 1);
-    EXPECT_EQ(writes("update"), 1);
-    // The status told the save as it went, and was cleared at its end.
-    const QStringList statuses = m_ui.Statuses();
-    ASSERT_FALSE(statuses.isEmpty());
-    EXPECT_EQ(statuses.first(), QStringLiteral("Saving Auction."));
-    EXPECT_TRUE(statuses.last().isEmpty());
-    for (const QString& status : statuses) {
-        EXPECT_LE(status.size(), 50);
-    }
-}
-
-TEST_F(CreatorDocumentTest, SavingTheDefaultTwiceLeavesOneDefaultRowAtItsID) {
-    CreatorDocument doc = Load(1);
-    doc.txtItemLocationEbay = QStringLiteral("Hamburg");
-    Save(doc, QString(kDefault), 1, QStringLiteral("Default"));
-    Save(doc, QString(kDefault), 1, QStringLiteral("Default"));
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM AuctionCreator WHERE ACType = ?"),
-                    QString(kDefault)),
-              1);
-    EXPECT_EQ(Load(1).txtItemLocationEbay, QStringLiteral("Hamburg"));
-    EXPECT_EQ(lw::core::GetSetting(QStringLiteral("Tolvane Auction Creator"),
-                                   QStringLiteral("Settings"), QStringLiteral("LastAuctionID")),
-              QStringLiteral("1"));
-}
-
-// ------------------------------------------------------------ names
+// ------------------------------------------------------------ saving and names
 
 TEST(MakeUniqueNames, AMatchingNameGetsTheFirstFreeNumber) {
     const struct {
@@ -299,14 +236,58 @@ TEST(MakeUniqueNames, AMatchingNameGetsTheFirstFreeNumber) {
     }
 }
 
-TEST_F(CreatorDocumentTest, ASecondDraftOfTheSameNameIsNumberedUnlessOverwritten) {
-    CreatorDocument doc = NewCreatorDocument(m_lists);
-    const qint64 first = Save(doc);
-    const qint64 second = Save(doc);
+TEST_F(CreatorDocumentTest, ASaveIsOneWriteOverItsIdOrOfANewRowWithAFreeName) {
+    // Each write leaves the row's ID behind: no value goes into the triggers' SQL.
+    Db().Exec(
+        QStringLiteral("CREATE TEMP TABLE Inserts (n);"
+                       "CREATE TEMP TABLE Updates (n);"
+                       "CREATE TEMP TRIGGER CountInserts AFTER INSERT ON main.AuctionCreator "
+                       "BEGIN INSERT INTO Inserts VALUES (NEW.ID); END;"
+                       "CREATE TEMP TRIGGER CountUpdates AFTER UPDATE ON main.AuctionCreator "
+                       "BEGIN INSERT INTO Updates VALUES (NEW.ID); END;"));
+    const auto writes = [this](const char* table) {
+        return Db().ScalarInt(QStringLiteral("SELECT COUNT(*) FROM temp.") + QLatin1String(table));
+    };
+    CreatorDocument doc = lw::test::FullSampleDocument(m_lists);
+    doc.dirty = true;
+    const qint64 first = Save(doc, QString(kOldAuction));
+    EXPECT_EQ(writes("Inserts"), 1);
+    EXPECT_EQ(writes("Updates"), 0);
+    EXPECT_FALSE(doc.dirty);
+    const qint64 second = Save(doc, QString(kOldAuction));
     EXPECT_EQ(Column(second, QStringLiteral("AuctionName")).toString(),
               QStringLiteral("Lantern (2)"));
-    Save(doc, QString(kDraft), first);
+    Save(doc, QString(kOldAuction), first);
     EXPECT_EQ(Column(first, QStringLiteral("AuctionName")).toString(), QStringLiteral("Lantern"));
+    EXPECT_EQ(writes("Inserts"), 2);
+    EXPECT_EQ(writes("Updates"), 1);
+    // Drafts compete with drafts only.
+    EXPECT_EQ(Column(Save(doc), QStringLiteral("AuctionName")).toString(),
+              QStringLiteral("Lantern"));
+    EXPECT_EQ(Column(Save(doc), QStringLiteral("AuctionName")).toString(),
+              QStringLiteral("Lantern (2)"));
+    // The status told each save as it went, and was cleared at its end.
+    const QStringList statuses = m_ui.Statuses();
+    ASSERT_FALSE(statuses.isEmpty());
+    EXPECT_EQ(statuses.first(), QStringLiteral("Saving Auction."));
+    EXPECT_TRUE(statuses.last().isEmpty());
+    for (const QString& status : statuses) {
+        EXPECT_LE(status.size(), 50);
+    }
+
+    // The Default row, saved twice, stays the one row of its type at its ID.
+    CreatorDocument defaults = Load(1);
+    defaults.txtItemLocationEbay = QStringLiteral("Hamburg");
+    Save(defaults, QString(kDefault), 1, QStringLiteral("Default"));
+    Save(defaults, QString(kDefault), 1, QStringLiteral("Default"));
+    Statement count =
+        Db().Prepare(QStringLiteral("SELECT COUNT(*) FROM AuctionCreator WHERE ACType = ?"));
+    ASSERT_TRUE(count.Bind(1, QString(kDefault)).Step());
+    EXPECT_EQ(count.Value(0).toLongLong(), 1);
+    EXPECT_EQ(Load(1).txtItemLocationEbay, QStringLiteral("Hamburg"));
+    EXPECT_EQ(lw::core::GetSetting(QStringLiteral("Tolvane Auction Creator"),
+                                   QStringLiteral("Settings"), QStringLiteral("LastAuctionID")),
+              QStringLiteral("1"));
     // Templates compete with the Default row's list text and the user's own only.
     EXPECT_EQ(MakeUniqueName(Db(), QStringLiteral("default"), QString(kTemplate), kUser),
               QStringLiteral("default (2)"));
@@ -317,12 +298,11 @@ TEST_F(CreatorDocumentTest, ASecondDraftOfTheSameNameIsNumberedUnlessOverwritten
 // ------------------------------------------------------------ Default row and preferences
 
 TEST_F(CreatorDocumentTest, TheDefaultRowGivesTheCaptionsAndThePreferencesGoOverIt) {
-    Db().Prepare(
-            QStringLiteral("UPDATE UserSites SET LocationPref = 'Hamburg', ShipFromCountryPref = "
-                           "'Germany', ZIPCodePref = 'Denver', PaymentTypePref = "
-                           "'Personal Check~~~Discover~~~Nothing', ShipPayPref = "
-                           "'Seller pays shipping', shipUSPlus = 1, asia = 1 WHERE UserName = ?"))
-        .Bind(1, kUser)
+    Db().Prepare(QStringLiteral("UPDATE UserSites SET LocationPref = ?, ShipFromCountryPref = ?, "
+                                "ZIPCodePref = ?, PaymentTypePref = ?, ShipPayPref = ?, "
+                                "shipUSPlus = ?, asia = ? WHERE UserName = ?"))
+        .BindAll("Hamburg", "Germany", "Denver", "Personal Check~~~Discover~~~Nothing",
+                 "Seller pays shipping", 1, 1, kUser)
         .Run();
     CreatorDocument doc = Load(1);
     EXPECT_EQ(doc.caption, QStringLiteral("Lotwright AC: Default"));
@@ -377,6 +357,7 @@ TEST_F(CreatorDocumentTest, EachRequiredLabelTurnsRedOnItsOwnRule) {
         {"lblRequiredeBay(6)", [](CreatorDocument& d) { d.lstEbayAcceptedPayment.clear(); }},
         {"lblRequiredeBay(7)", [](CreatorDocument& d) { d.lstEbayShippingPref.clear(); }},
         {"lblRequiredeBay(8)", [](CreatorDocument& d) { d.optEbayWorldShipping = -1; }},
+        {"lblRequiredeBay(8)", [](CreatorDocument& d) { d.optEbayWorldShipping = 3; }},
     };
     for (const auto& [label, spoil] : cases) {
         CreatorDocument doc = ValidDocument(m_lists);
@@ -428,7 +409,7 @@ TEST_F(CreatorDocumentTest, TheSaveQuestionIsAskedOnlyOfAVisibleChangedDocument)
         {"draft", "Lamp", true, true, lw::core::Answer::Cancel, SaveAnswer::Cancel,
          "You have not saved your changes to this draft (Lamp).  Would you like to save your "
          "work as a draft?"},
-        {"Old Auction", "", true, true, lw::core::Answer::No, SaveAnswer::No,
+        {"OLD AUCTION", "", true, true, lw::core::Answer::No, SaveAnswer::No,
          "You have not saved your changes to this auction.  Would you like to save your work "
          "as a draft?"},
         {"template", "Lamp", true, true, lw::core::Answer::Yes, SaveAnswer::Yes,
@@ -466,13 +447,19 @@ TEST_F(CreatorDocumentTest, SettingsKeepTheLastAuctionAndThePostOption) {
     EXPECT_EQ(settings.LastAuctionType, QStringLiteral("Template"));
     EXPECT_EQ(SameAsLastCaption(), QStringLiteral("Same As Last Auction (Lamps)"));
     EXPECT_EQ(settings.PostOption, 1);
-    SavePostOption(7);  // any other value means direct
-    EXPECT_EQ(LoadCreatorSettings().PostOption, 1);
+    // Options run from 1 to 3; any other value means direct, 1.
+    for (const auto& [saved, loaded] : {std::pair{7, 1}, {3, 3}, {0, 1}, {2, 2}}) {
+        SavePostOption(saved);
+        EXPECT_EQ(LoadCreatorSettings().PostOption, loaded) << saved;
+    }
     settings.PostOption = 3;
     settings.DraftChoice = 4;
+    settings.JustGo = true;
     SaveLeavingSettings(settings);
-    EXPECT_EQ(LoadCreatorSettings().PostOption, 3);
-    EXPECT_EQ(LoadCreatorSettings().DraftChoice, 4);
+    settings = LoadCreatorSettings();
+    EXPECT_EQ(settings.PostOption, 3);
+    EXPECT_EQ(settings.DraftChoice, 4);
+    EXPECT_TRUE(settings.JustGo);
 }
 
 // ------------------------------------------------------------ favourites
@@ -504,10 +491,14 @@ TEST_F(CreatorDocumentTest, FavouritesAreAddedRemovedAndPictureLinksPruned) {
     EXPECT_EQ(m_lists.cmbPictureLink.size(), 2u);
 }
 
-// ------------------------------------------------------------ deleting
+// ------------------------------------------------------------ chooser and deleting
 
-TEST_F(CreatorDocumentTest, TheDefaultTemplateCannotBeDeletedAndOthersOnlyAfterYes) {
-    CreatorDocument doc = NewCreatorDocument(m_lists);
+TEST_F(CreatorDocumentTest, TheChooserTellsARowAndDeletesATemplateOnlyAfterYesNeverTheDefault) {
+    Db().Prepare(QStringLiteral("INSERT INTO eBayCategories VALUES (?, ?, ?)"))
+        .BindAll("102", "Silver", "Antiques")
+        .Run();
+    CreatorDocument doc = lw::test::FullSampleDocument(m_lists);
+    doc.cmbEbayCategory = {QStringLiteral("Antiques: Silver (102)"), QStringLiteral("102")};
     const qint64 id = Save(doc, QString(kTemplate), 0, QStringLiteral("Lamps"));
     const std::vector<ChooserRow> rows = ChooserRows(Db(), QString(kTemplate), kUser);
     ASSERT_EQ(rows.size(), 2u);
@@ -515,6 +506,14 @@ TEST_F(CreatorDocumentTest, TheDefaultTemplateCannotBeDeletedAndOthersOnlyAfterY
     EXPECT_FALSE(DeleteTemplate(Db(), 0, rows[0], m_ui));
     m_ui.ScriptAnswer(lw::core::Answer::No);
     EXPECT_FALSE(DeleteTemplate(Db(), 1, rows[1], m_ui));
+    // Kept after No, the row tells its details.
+    const QStringList details = ChooserDetails(Db(), id);
+    ASSERT_EQ(details.size(), 6);
+    EXPECT_EQ(details[1], QStringLiteral("Description: <P>A brass ship's la..."));
+    EXPECT_EQ(details[2], QStringLiteral("Minimum Bid: $25.00"));
+    EXPECT_EQ(details[4], QStringLiteral("eBay Category: 102"));
+    EXPECT_EQ(details[5], QStringLiteral("Antiques: Silver (102)"));
+    EXPECT_EQ(Load(id).cmbEbayCategory.text, QStringLiteral("Antiques: Silver (102)"));
     m_ui.ScriptAnswer(lw::core::Answer::Yes);
     EXPECT_TRUE(DeleteTemplate(Db(), 1, rows[1], m_ui));
     EXPECT_EQ(m_ui.Messages(), QStringList{QStringLiteral("Default template cannot be deleted.")});
@@ -524,29 +523,20 @@ TEST_F(CreatorDocumentTest, TheDefaultTemplateCannotBeDeletedAndOthersOnlyAfterY
     EXPECT_EQ(ChooserRows(Db(), QString(kTemplate), kUser).size(), 1u);
 }
 
-// ------------------------------------------------------------ chooser and broken rows
+// ------------------------------------------------------------ broken rows
 
-TEST_F(CreatorDocumentTest, TheChooserDetailsTellTheRow) {
-    Db().Exec(QStringLiteral("INSERT INTO eBayCategories VALUES ('102', 'Silver', 'Antiques')"));
-    CreatorDocument doc = lw::test::FullSampleDocument(m_lists);
-    doc.cmbEbayCategory = {QStringLiteral("Antiques: Silver (102)"), QStringLiteral("102")};
-    const qint64 id = Save(doc);
-    const QStringList details = ChooserDetails(Db(), id);
-    ASSERT_EQ(details.size(), 6);
-    EXPECT_EQ(details[1], QStringLiteral("Description: <P>A brass ship's la..."));
-    EXPECT_EQ(details[2], QStringLiteral("Minimum Bid: $25.00"));
-    EXPECT_EQ(details[4], QStringLiteral("eBay Category: 102"));
-    EXPECT_EQ(details[5], QStringLiteral("Antiques: Silver (102)"));
-    EXPECT_EQ(Load(id).cmbEbayCategory.text, QStringLiteral("Antiques: Silver (102)"));
-}
-
-TEST_F(CreatorDocumentTest, ABrokenRowLoadsAndAMissingOneLeavesTheDocument) {
-    Db().Exec(QStringLiteral(
-        "INSERT INTO AuctionCreator (ID, ACType, AuctionName, MinimumBid, Quantity, Country, "
-        "eBayRegion, eBayGiftIcon, DefaultFontSize, PictureLinks, eBayOptionalSettings, "
-        "AuctionStyle, AuctionFontColor, billpointinstantpurchase, billpointsalestaxstate, "
-        "eBayCategory) VALUES (50, 'Draft', NULL, 'lots', 'many', 'x', -4, 9999, NULL, "
-        "'~~~', '~~~~~', 'No Such Style', 'Mauve', 'True', 'ZZ', '999')"));
+// An older row keeps the credit card among its options, as code 49, with
+// empty and unknown codes beside it.
+TEST_F(CreatorDocumentTest, ABrokenOrOlderRowLoadsAndAMissingOneLeavesTheDocument) {
+    Db().Prepare(QStringLiteral(
+                     "INSERT INTO AuctionCreator (ID, ACType, AuctionName, MinimumBid, Quantity, "
+                     "Country, eBayRegion, eBayGiftIcon, DefaultFontSize, PictureLinks, "
+                     "eBayOptionalSettings, AuctionStyle, AuctionFontColor, "
+                     "billpointinstantpurchase, billpointsalestaxstate, eBayCategory) VALUES "
+                     "(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"))
+        .BindAll(50, "Draft", QVariant(), "lots", "many", "x", -4, 9999, QVariant(), "~~~",
+                 "11~49~0~~x", "No Such Style", "Mauve", "True", "ZZ", "999")
+        .Run();
     CreatorDocument doc = Load(50);
     EXPECT_EQ(doc.caption, QStringLiteral("Lotwright AC: "));
     EXPECT_EQ(doc.txtMinimumBid, QStringLiteral("lots"));
@@ -555,12 +545,17 @@ TEST_F(CreatorDocumentTest, ABrokenRowLoadsAndAMissingOneLeavesTheDocument) {
     EXPECT_EQ(doc.lstEbayGiftIcon, -1);
     EXPECT_EQ(doc.cmbFontSize, 1);
     EXPECT_EQ(doc.lstPictureLink, QStringList{QString()});
-    EXPECT_TRUE(doc.lstEbayOptions.isEmpty());
+    EXPECT_EQ(doc.lstEbayOptions, QList<int>{FindItemData(m_lists.lstEbayOptions, 11)});
+    EXPECT_TRUE(doc.chkbillpointCCAccepted);
     EXPECT_EQ(doc.lstTemplateStyle, m_lists.lstTemplateStyle.front().name);
     EXPECT_EQ(doc.cmbFontColor, QStringLiteral("Black"));
     EXPECT_EQ(doc.lstipTaxState, 0);
     EXPECT_TRUE(doc.cmbEbayCategory.text.isEmpty());
     EXPECT_EQ(doc.lbleBayCat, QStringLiteral("999"));
+
+    const QStringList details = ChooserDetails(Db(), 50);
+    ASSERT_EQ(details.size(), 5);  // no category of that number
+    EXPECT_EQ(details[1], QStringLiteral("Description: Not available"));
 
     doc.txtItemTitle = QStringLiteral("typed, not saved");
     EXPECT_FALSE(LoadCreatorRecord(Db(), 51, m_lists, m_rules, doc));

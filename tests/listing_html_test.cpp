@@ -42,14 +42,25 @@ protected:
 
 // ------------------------------------------------------------ the shipped styles
 
+// Beyond the kept listing: a filled one holds every part, a bare one none of
+// the optional ones and no empty line where one was.
 TEST_F(ListingTest, EachStyleBuildsTheListingKeptForIt) {
     const bool write = qEnvironmentVariableIsSet("LW_WRITE_EXPECTED");
     const QRegularExpression leftToken(QStringLiteral("\\[(txt|cmb|lbl|lst|chk)[A-Za-z]"));
+    const CreatorDocument full = lw::test::FullSampleDocument(m_lists);
+    // The first two stand in a bare listing too.
+    QStringList parts = {full.txtItemTitle, full.txtDescription, lw::test::SamplePicture(1),
+                         lw::test::SamplePicture(5)};
+    for (const char* part :
+         {"Used, good", "Shipping Cost:", "$12.50", "Combined shipping on request", "NO RESERVE",
+          "to darcy@example.org", "ViewListedItems&userid=darcy_sells", "mailto:darcy@example.org",
+          "http://127.0.0.1:8750/lanterns", "#666699"}) {
+        parts << QString::fromLatin1(part);
+    }
     const struct {
         const char* suffix;
         CreatorDocument doc;
-    } documents[] = {{"full", lw::test::FullSampleDocument(m_lists)},
-                     {"bare", lw::test::BareSampleDocument(m_lists)}};
+    } documents[] = {{"full", full}, {"bare", lw::test::BareSampleDocument(m_lists)}};
     for (const StyleFile& style : kStyleFiles) {
         for (const auto& [suffix, doc] : documents) {
             const QString name = QFileInfo(QString::fromLatin1(style.file)).completeBaseName() +
@@ -58,59 +69,33 @@ TEST_F(ListingTest, EachStyleBuildsTheListingKeptForIt) {
             const ListingResult listing =
                 BuildListing(QString::fromLatin1(style.style), doc, m_lists, m_context);
             ASSERT_TRUE(listing.problem.isEmpty()) << listing.problem.toStdString();
-            EXPECT_FALSE(leftToken.match(listing.html).hasMatch())
-                << leftToken.match(listing.html).captured().toStdString();
-            EXPECT_FALSE(listing.html.contains(QStringLiteral("[START]")));
-            EXPECT_FALSE(listing.html.contains(QStringLiteral("SPDX")));
+            const QString& html = listing.html;
+            EXPECT_FALSE(leftToken.match(html).hasMatch())
+                << leftToken.match(html).captured().toStdString();
+            EXPECT_FALSE(html.contains(QStringLiteral("[START]")));
+            EXPECT_FALSE(html.contains(QStringLiteral("SPDX")));
+            if (QLatin1String(style.style) != kPlainStyle) {
+                const bool filled = QByteArray(suffix) == "full";
+                for (const QString& part : filled ? parts : parts.mid(2)) {
+                    EXPECT_EQ(html.contains(part), filled) << part.toStdString();
+                }
+                if (!filled) {
+                    EXPECT_FALSE(html.contains(
+                        QRegularExpression(QStringLiteral("<BR>\\s*(<B></B>|<I></I>)?\\s*<BR>"))));
+                    EXPECT_TRUE(
+                        html.contains(QStringLiteral("FACE=\" ")));  // "[cmbFontType]," went
+                }
+            }
             const QString path =
                 lw::test::SourceDir() + QStringLiteral("/tests/listing_html/") + name;
             if (write) {
                 QFile file(path);
                 ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-                file.write(listing.html.toUtf8());
+                file.write(html.toUtf8());
                 continue;
             }
-            EXPECT_EQ(listing.html, QString::fromUtf8(lw::test::ReadAll(path)));
+            EXPECT_EQ(html, QString::fromUtf8(lw::test::ReadAll(path)));
         }
-    }
-}
-
-TEST_F(ListingTest, AFilledListingHoldsEveryPartAndABareOneNoneOfTheOptional) {
-    const CreatorDocument full = lw::test::FullSampleDocument(m_lists);
-    const CreatorDocument bare = lw::test::BareSampleDocument(m_lists);
-    const QStringList parts = {full.txtItemTitle,
-                               full.txtDescription,
-                               lw::test::SamplePicture(1),
-                               lw::test::SamplePicture(5),
-                               QStringLiteral("Used, good"),
-                               QStringLiteral("Shipping Cost:"),
-                               QStringLiteral("$12.50"),
-                               QStringLiteral("Combined shipping on request"),
-                               QStringLiteral("NO RESERVE"),
-                               QStringLiteral("to darcy@example.org"),
-                               QStringLiteral("ViewListedItems&userid=darcy_sells"),
-                               QStringLiteral("mailto:darcy@example.org"),
-                               QStringLiteral("http://127.0.0.1:8750/lanterns"),
-                               QStringLiteral("#666699")};
-    for (const StyleFile& style : kStyleFiles) {
-        if (QLatin1String(style.style) == kPlainStyle) {
-            continue;
-        }
-        SCOPED_TRACE(style.style);
-        const QString filled =
-            BuildListing(QString::fromLatin1(style.style), full, m_lists, m_context).html;
-        for (const QString& part : parts) {
-            EXPECT_TRUE(filled.contains(part)) << part.toStdString();
-        }
-        const QString empty =
-            BuildListing(QString::fromLatin1(style.style), bare, m_lists, m_context).html;
-        for (const QString& part : parts.mid(2)) {
-            EXPECT_FALSE(empty.contains(part)) << part.toStdString();
-        }
-        // The <BR> of each line that is off went with it: no empty lines.
-        EXPECT_FALSE(empty.contains(
-            QRegularExpression(QStringLiteral("<BR>\\s*(<B></B>|<I></I>)?\\s*<BR>"))));
-        EXPECT_TRUE(empty.contains(QStringLiteral("FACE=\" ")));  // "[cmbFontType]," went whole
     }
 }
 
@@ -130,6 +115,10 @@ TEST(ReplaceTokens, FindsCaseBlindFromACaretAndLeavesATokenAtTheFirstCharacter) 
         {"a COLOR=\"[c]\" b", "COLOR=\"[C]\"", "", "a  b"},
         {"no token", "[X]", "1", "no token"},
         {"a [X]", "", "1", "a [X]"},
+        {"a [X", "[X]", "1", "a [X"},                     // cut off at the buffer's end
+        {"x AB= ab=", "ab=", "1", "x 1 1"},               // "=" found first, then the letters
+        {"x Fine WINE fine", "fine", "1", "x 1 WINE 1"},  // letters only
+        {"x FA B fa b", "fa b", "1", "x 1 1"},            // the blank as the last resort
     };
     for (const auto& c : cases) {
         QString buffer = QString::fromLatin1(c.buffer);
@@ -163,6 +152,16 @@ TEST(PictureBlocks, ThreeRowsGoFirstAndTheRestAfter) {
     const auto img = [](const QString& url) -> QString {
         return QStringLiteral("<IMG SRC=\"") + url + QStringLiteral("\">");
     };
+    const QStringList five = {a, b, a, b, a};
+    const QString firstThree = img(a) + img(b) + img(a);
+    const QString lastTwo = img(b) + img(a);
+    const QString sized = QStringLiteral(
+        "<A HREF=\"http://p/a.jpg\"><IMG SRC=\"http://p/a.jpg\" WIDTH=175 BORDER=0 "
+        "ALT='Click to enlarge'></A>");
+    const QString hr = QStringLiteral("<HR>");
+    const QString unset = QStringLiteral("http://");
+    const QString plain = QString(kPlainStyle);
+    const QString other;  // any style but the plain one
     const struct {
         const char* name;
         QString style;
@@ -172,44 +171,14 @@ TEST(PictureBlocks, ThreeRowsGoFirstAndTheRestAfter) {
         QString block;
         QString rest;
     } cases[] = {
-        {"zero pictures", QString(), {}, false, false, QString(), QString()},
-        {"zero pictures, plain", QString(kPlainStyle), {}, false, false, QString(), QString()},
-        {"five pictures",
-         QString(),
-         {a, b, a, b, a},
-         false,
-         false,
-         img(a) + img(b) + img(a),
-         QStringLiteral("<HR>") + img(b) + img(a)},
-        {"five pictures, plain",
-         QString(kPlainStyle),
-         {a, b, a, b, a},
-         false,
-         false,
-         QStringLiteral("<HR>") + img(a) + img(b) + img(a),
-         img(b) + img(a)},
-        {"http:// and empty rows count as rows but give no picture",
-         QString(),
-         {QStringLiteral("http://"), QString(), a, b},
-         false,
-         false,
-         img(a),
-         QStringLiteral("<HR>") + img(b)},
-        {"sized and returned",
-         QString(),
-         {a},
-         true,
-         true,
-         QStringLiteral("<A HREF=\"http://p/a.jpg\"><IMG SRC=\"http://p/a.jpg\" WIDTH=175 "
-                        "BORDER=0 ALT='Click to enlarge'></A><P>"),
-         QString()},
-        {"no return in the plain style",
-         QString(kPlainStyle),
-         {a},
-         false,
-         true,
-         QStringLiteral("<HR>") + img(a),
-         QString()},
+        {"zero pictures", other, {}, false, false, {}, {}},
+        {"zero pictures, plain", plain, {}, false, false, {}, {}},
+        {"five pictures", other, five, false, false, firstThree, hr + lastTwo},
+        {"five pictures, plain", plain, five, false, false, hr + firstThree, lastTwo},
+        // "http://" and empty rows count as rows but give no picture.
+        {"two unset rows", other, {unset, QString(), a, b}, false, false, img(a), hr + img(b)},
+        {"sized and returned", other, {a}, true, true, sized + QStringLiteral("<P>"), {}},
+        {"no return in the plain style", plain, {a}, false, true, hr + img(a), {}},
     };
     for (const auto& c : cases) {
         CreatorDocument doc;
@@ -233,15 +202,17 @@ TEST(Colours, ATokenTakesTheSevenCharactersAfterTheFirstBracket) {
     const struct {
         const char* name;
         const char* value;
-    } cases[] = {{"Red", "#ff0000"},
-                 {"brown", "663300)"},
-                 {"Pastel Yellow", "#FFFFCC"},
-                 {"Mauve", ""},
-                 {"", ""}};
+        std::array<int, 3> triple;
+    } cases[] = {{"Red", "#ff0000", {255, 0, 0}},
+                 {"brown", "663300)", {102, 51, 0}},
+                 {"Pastel Yellow", "#FFFFCC", {255, 255, 204}},
+                 {" Earth Light ", "#EEEECC", {238, 238, 204}},
+                 {"Mauve", "", {0, 0, 0}},
+                 {"", "", {0, 0, 0}}};
     for (const auto& c : cases) {
         EXPECT_EQ(ColourValue(QString::fromLatin1(c.name)), QString::fromLatin1(c.value)) << c.name;
+        EXPECT_EQ(ColourTriple(QString::fromLatin1(c.name)), c.triple) << c.name;
     }
-    EXPECT_EQ(ColourTriple(QStringLiteral("Earth Light")), (std::array<int, 3>{238, 238, 204}));
 }
 
 TEST(Fonts, TheCommonFourComeFirstAndSymbolFontsNever) {
@@ -373,26 +344,49 @@ TEST_F(ListingTest, StylesAreListedFromTheFilesAndInstalledWithoutOverwriting) {
     EXPECT_TRUE(ListAuctionStyles(m_root.File(QStringLiteral("nowhere"))).empty());
 }
 
-TEST_F(ListingTest, AMissingTemplateOrStyleKeepsThePreviousListingAndSaysWhy) {
+// A template that cannot be read, or a style that has none, keeps the previous
+// listing's block; a template of the user's is read as it stands.
+TEST_F(ListingTest, ATemplateIsReadOrThePreviousListingKeptAndTheProblemTold) {
     const CreatorDocument doc = lw::test::FullSampleDocument(m_lists);
-    ListingContext missing = m_context;
-    missing.templatesDir = m_root.File(QStringLiteral("no/such/folder"));
-    const ListingResult noFolder = BuildListing(QStringLiteral("Simple Elegant"), doc, m_lists,
-                                                missing, QStringLiteral("old[START]kept[END]"));
-    EXPECT_EQ(noFolder.html, QStringLiteral("kept"));
-    EXPECT_TRUE(noFolder.problem.contains(QStringLiteral("elegant.tem could not be read")));
-    const ListingResult unknown = BuildListing(QStringLiteral("Baroque"), doc, m_lists, m_context,
-                                               QStringLiteral("kept[END]x"));
-    EXPECT_EQ(unknown.html, QStringLiteral("kept"));
-    EXPECT_TRUE(unknown.problem.isEmpty());
-
-    // A template of the user's without its marks goes out whole.
-    const QString own =
-        m_root.Write(QStringLiteral("own/quick.tem"), "Style=Quick\n<P>[txtDescription]</P>");
-    ListingContext ownContext = m_context;
-    ownContext.templatesDir = QFileInfo(own).path();
-    EXPECT_EQ(BuildListing(QStringLiteral("Quick 'n' Easy"), doc, m_lists, ownContext).html,
-              QStringLiteral("Style=Quick\n<P>") + doc.txtDescription + QStringLiteral("</P>"));
+    const auto own = [this](const char* folder, const QByteArray& text) {
+        return QFileInfo(m_root.Write(QLatin1String(folder) + QStringLiteral("/quick.tem"), text))
+            .path();
+    };
+    QDir(m_root.Path()).mkpath(QStringLiteral("folder/quick.tem"));
+    const QString kept = QStringLiteral("kept");
+    const struct {
+        const char* name;
+        const char* style;
+        QString templatesDir;
+        QString html;
+        const char* problem;  // part of it; null: none
+    } cases[] = {
+        {"no folder", "Simple Elegant", m_root.File(QStringLiteral("no/such/folder")), kept,
+         "elegant.tem could not be read"},
+        {"no template for the style", "Baroque", m_context.templatesDir, kept, nullptr},
+        {"a folder of the template's name", "Quick 'n' Easy", m_root.File(QStringLiteral("folder")),
+         kept, "quick.tem could not be read"},
+        {"larger than a template can be", "Quick 'n' Easy",
+         own("big", QByteArray(8 * 1024 * 1024 + 1, ' ')), kept, "is larger than 8 MB"},
+        {"without its marks: whole", "Quick 'n' Easy",
+         own("whole", "Style=Quick\n<P>[txtDescription]</P>"),
+         QStringLiteral("Style=Quick\n<P>") + doc.txtDescription + QStringLiteral("</P>"), nullptr},
+        {"not UTF-8: Latin-1", "Quick 'n' Easy", own("latin", "[START]Caf\xe9 [txtDescription]"),
+         QStringLiteral("Caf\u00e9 ") + doc.txtDescription, nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ListingContext context = m_context;
+        context.templatesDir = c.templatesDir;
+        const ListingResult listing = BuildListing(QString::fromLatin1(c.style), doc, m_lists,
+                                                   context, QStringLiteral("old[START]kept[END]x"));
+        EXPECT_EQ(listing.html, c.html);
+        EXPECT_EQ(listing.problem.isEmpty(), c.problem == nullptr);
+        if (c.problem) {
+            EXPECT_TRUE(listing.problem.contains(QString::fromLatin1(c.problem)))
+                << listing.problem.toStdString();
+        }
+    }
 }
 
 TEST_F(ListingTest, AMegabyteDescriptionWithItsOwnHtmlGoesInWhole) {

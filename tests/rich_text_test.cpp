@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QImage>
+#include <QRegularExpression>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -108,40 +109,79 @@ QStringList Signature(const QTextDocument& document) {
 
 // ------------------------------------------------------------ the word processor's files
 
-struct TextCase {
-    const char* fixture;
-    QStringList blocks;
+// A document built here, with what the word processor's files leave out: a
+// table at the very start, a page break, sub- and superscript, an empty
+// paragraph, RTF's own special characters and a letter outside the Basic
+// Multilingual Plane.
+void BuildDocument(QTextDocument& document) {
+    QTextCursor cursor(&document);
+    QTextTable* table = cursor.insertTable(1, 2);
+    table->cellAt(0, 0).firstCursorPosition().insertText(QStringLiteral("cell {one}"));
+    table->cellAt(0, 1).firstCursorPosition().insertText(QStringLiteral("back\\slash"));
+    cursor = table->lastCursorPosition();
+    cursor.movePosition(QTextCursor::NextBlock);
+    QTextCharFormat super;
+    super.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
+    cursor.insertText(QStringLiteral("x"));
+    cursor.insertText(QStringLiteral("2"), super);
+    cursor.insertBlock();
+    cursor.insertBlock();
+    QTextBlockFormat page;
+    page.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+    page.setAlignment(Qt::AlignRight);
+    cursor.setBlockFormat(page);
+    cursor.insertText(QStringLiteral("Ω \U0001F600\ttab"), QTextCharFormat());
+}
+
+struct DocumentCase {
+    const char* fixture;  // "built": BuildDocument's
+    QStringList blocks;   // as read from the fixture
 };
 
-class FixtureText : public ::testing::TestWithParam<TextCase> {};
+class Documents : public ::testing::TestWithParam<DocumentCase> {};
 
-TEST_P(FixtureText, ReadsEveryParagraphInOrder) {
-    QTextDocument document;
-    Load(QString::fromUtf8(GetParam().fixture), document);
-    EXPECT_EQ(Blocks(document), GetParam().blocks);
+// Each paragraph is read in order; the writer writes 7-bit RTF that reads back
+// with every paragraph's and run's formats, and its own file reads back as itself.
+TEST_P(Documents, ReadInOrderAndRoundTripWithTheirFormats) {
+    QTextDocument first;
+    if (QByteArray(GetParam().fixture) == "built") {
+        BuildDocument(first);
+    } else {
+        Load(QString::fromUtf8(GetParam().fixture), first);
+        EXPECT_EQ(Blocks(first), GetParam().blocks);
+    }
+    const QByteArray rtf = SaveRtf(first);
+    EXPECT_TRUE(rtf.startsWith("{\\rtf1\\ansi\\ansicpg1252\\deff0"));
+    EXPECT_TRUE(std::all_of(rtf.begin(), rtf.end(), [](char c) { return uchar(c) < 0x80; }));
+    QTextDocument second;
+    const LoadResult result = LoadRtf(rtf, second);
+    ASSERT_TRUE(result.ok) << result.message.toStdString();
+    EXPECT_EQ(Signature(second), Signature(first));
+    EXPECT_EQ(SaveRtf(second), rtf);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    RichText, FixtureText,
-    ::testing::Values(TextCase{"formats",
-                               {QStringLiteral("Plain bold italic underlined struck"),
-                                QStringLiteral("Mono red eighteen"),
-                                QStringLiteral("Small on the right"),
-                                QStringLiteral("Indented and justified, marked"),
-                                QStringLiteral("Heading text")}},
-                      TextCase{"letters",
-                               {QStringLiteral("Café Müller, Straße 5, 20 € – 日本"),
-                                QStringLiteral("First line\u2028Second line")}},
-                      TextCase{"table",
-                               {QStringLiteral("Before the table"), QStringLiteral("Item"),
-                                QStringLiteral("Price"), QStringLiteral("Quantity"),
-                                QStringLiteral("Teapot"), QStringLiteral("$12.50"),
-                                QStringLiteral("2"), QStringLiteral("After the table")}},
-                      TextCase{"token",
-                               {QStringLiteral("Ship to:"), QStringLiteral("{BuyerAddress}"),
-                                QStringLiteral("From {MyName} on {CurrentDate}"),
-                                QStringLiteral("Label: {BuyerAddress}")}},
-                      TextCase{"picture", {QStringLiteral("Logo \ufffc after")}}),
+    RichText, Documents,
+    ::testing::Values(DocumentCase{"formats",
+                                   {QStringLiteral("Plain bold italic underlined struck"),
+                                    QStringLiteral("Mono red eighteen"),
+                                    QStringLiteral("Small on the right"),
+                                    QStringLiteral("Indented and justified, marked"),
+                                    QStringLiteral("Heading text")}},
+                      DocumentCase{"letters",
+                                   {QStringLiteral("Café Müller, Straße 5, 20 € – 日本"),
+                                    QStringLiteral("First line\u2028Second line")}},
+                      DocumentCase{"table",
+                                   {QStringLiteral("Before the table"), QStringLiteral("Item"),
+                                    QStringLiteral("Price"), QStringLiteral("Quantity"),
+                                    QStringLiteral("Teapot"), QStringLiteral("$12.50"),
+                                    QStringLiteral("2"), QStringLiteral("After the table")}},
+                      DocumentCase{"token",
+                                   {QStringLiteral("Ship to:"), QStringLiteral("{BuyerAddress}"),
+                                    QStringLiteral("From {MyName} on {CurrentDate}"),
+                                    QStringLiteral("Label: {BuyerAddress}")}},
+                      DocumentCase{"picture", {QStringLiteral("Logo \ufffc after")}},
+                      DocumentCase{"built", {}}),
     [](const auto& info) { return std::string(info.param.fixture); });
 
 // Formats looked for at the first character of a text; unset fields are not looked at.
@@ -150,12 +190,12 @@ struct Want {
     std::optional<bool> italic = {};
     std::optional<bool> underline = {};
     std::optional<bool> strike = {};
-    const char* family = nullptr;
-    double points = 0;
-    const char* color = nullptr;
-    const char* background = nullptr;
+    std::optional<QString> family = {};
+    std::optional<double> points = {};
+    std::optional<QString> color = {};
+    std::optional<QString> background = {};
     std::optional<Qt::Alignment> alignment = {};
-    double leftPixels = -1;
+    std::optional<double> leftPixels = {};
 };
 
 void ExpectFormat(const QTextDocument& document, const QString& text, const Want& want) {
@@ -166,36 +206,21 @@ void ExpectFormat(const QTextDocument& document, const QString& text, const Want
     at.setPosition(found.selectionStart() + 1);
     const QTextCharFormat f = at.charFormat();
     const QTextBlockFormat b = at.blockFormat();
-    if (want.bold) {
-        EXPECT_EQ(f.fontWeight() >= QFont::Bold, *want.bold);
-    }
-    if (want.italic) {
-        EXPECT_EQ(f.fontItalic(), *want.italic);
-    }
-    if (want.underline) {
-        EXPECT_EQ(f.fontUnderline(), *want.underline);
-    }
-    if (want.strike) {
-        EXPECT_EQ(f.fontStrikeOut(), *want.strike);
-    }
-    if (want.family) {
-        EXPECT_EQ(Family(f), QString::fromUtf8(want.family));
-    }
-    if (want.points > 0) {
-        EXPECT_DOUBLE_EQ(f.fontPointSize(), want.points);
-    }
-    if (want.color) {
-        EXPECT_EQ(f.foreground().color().name(), QString::fromUtf8(want.color));
-    }
-    if (want.background) {
-        EXPECT_EQ(f.background().color().name(), QString::fromUtf8(want.background));
-    }
-    if (want.alignment) {
-        EXPECT_EQ(b.alignment() & Qt::AlignHorizontal_Mask, *want.alignment);
-    }
-    if (want.leftPixels >= 0) {
-        EXPECT_DOUBLE_EQ(b.leftMargin(), want.leftPixels);
-    }
+    const auto expect = [](const char* what, const auto& wanted, const auto& actual) {
+        if (wanted) {
+            EXPECT_EQ(actual, *wanted) << what;
+        }
+    };
+    expect("bold", want.bold, f.fontWeight() >= QFont::Bold);
+    expect("italic", want.italic, f.fontItalic());
+    expect("underline", want.underline, f.fontUnderline());
+    expect("strike", want.strike, f.fontStrikeOut());
+    expect("family", want.family, Family(f));
+    expect("points", want.points, f.fontPointSize());
+    expect("color", want.color, f.foreground().color().name());
+    expect("background", want.background, f.background().color().name());
+    expect("alignment", want.alignment, b.alignment() & Qt::AlignHorizontal_Mask);
+    expect("left margin", want.leftPixels, b.leftMargin());
 }
 
 struct FormatCase {
@@ -352,72 +377,6 @@ TEST(RichTextReader, CellsBeyondTheLastColumnShareIt) {
     EXPECT_EQ(table->cellAt(0, 62).firstCursorPosition().block().text(), QStringLiteral("b\tc\td"));
 }
 
-// ------------------------------------------------------------ round trip
-
-// A document with what the word processor's files leave out: a table at the
-// very start, a page break, sub- and superscript, an empty paragraph, RTF's
-// own special characters and a letter outside the Basic Multilingual Plane.
-void BuildDocument(QTextDocument& document) {
-    QTextCursor cursor(&document);
-    QTextTable* table = cursor.insertTable(1, 2);
-    table->cellAt(0, 0).firstCursorPosition().insertText(QStringLiteral("cell {one}"));
-    table->cellAt(0, 1).firstCursorPosition().insertText(QStringLiteral("back\\slash"));
-    cursor = table->lastCursorPosition();
-    cursor.movePosition(QTextCursor::NextBlock);
-    QTextCharFormat super;
-    super.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
-    cursor.insertText(QStringLiteral("x"));
-    cursor.insertText(QStringLiteral("2"), super);
-    cursor.insertBlock();
-    cursor.insertBlock();
-    QTextBlockFormat page;
-    page.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
-    page.setAlignment(Qt::AlignRight);
-    cursor.setBlockFormat(page);
-    cursor.insertText(QStringLiteral("Ω \U0001F600\ttab"), QTextCharFormat());
-}
-
-class RoundTrip : public ::testing::TestWithParam<const char*> {};
-
-TEST_P(RoundTrip, KeepsTextAndFormats) {
-    QTextDocument first;
-    if (QByteArray(GetParam()) == "built") {
-        BuildDocument(first);
-    } else {
-        Load(QString::fromUtf8(GetParam()), first);
-    }
-    const QByteArray rtf = SaveRtf(first);
-    EXPECT_TRUE(rtf.startsWith("{\\rtf1\\ansi\\ansicpg1252\\deff0"));
-    EXPECT_TRUE(std::all_of(rtf.begin(), rtf.end(), [](char c) { return uchar(c) < 0x80; }))
-        << "the writer writes 7-bit text";
-    QTextDocument second;
-    const LoadResult result = LoadRtf(rtf, second);
-    ASSERT_TRUE(result.ok) << result.message.toStdString();
-    EXPECT_EQ(Signature(second), Signature(first));
-    // The writer's own file reads back as itself.
-    EXPECT_EQ(SaveRtf(second), rtf);
-}
-
-INSTANTIATE_TEST_SUITE_P(RichText, RoundTrip,
-                         ::testing::Values("formats", "letters", "table", "token", "picture",
-                                           "built"));
-
-TEST(RichTextFiles, SavedFileLoadsAndAnUnwritablePathSaysWhy) {
-    test::TempRoot root;
-    QTextDocument document;
-    Load(QStringLiteral("formats"), document);
-    QString error;
-    ASSERT_TRUE(SaveRtfFile(document, root.File(QStringLiteral("out.rtf")), &error))
-        << error.toStdString();
-    QTextDocument again;
-    ASSERT_TRUE(LoadRtfFile(root.File(QStringLiteral("out.rtf")), again).ok);
-    EXPECT_EQ(Signature(again), Signature(document));
-
-    const QString unwritable = root.File(QStringLiteral("no/such/folder/out.rtf"));
-    EXPECT_FALSE(SaveRtfFile(document, unwritable, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("out.rtf"))) << error.toStdString();
-}
-
 // ------------------------------------------------------------ tokens
 
 struct TokenCase {
@@ -455,6 +414,14 @@ const TokenCase kTokenCases[] = {
      {QStringLiteral("Ship to:"), QStringLiteral("{BuyerAddress}"),
       QStringLiteral("From Ann Lee on {CurrentDate}"), QStringLiteral("Label: {BuyerAddress}")},
      {.bold = true}},
+    {"LineEndingsOfEveryKindStartParagraphs",
+     "{MyName}",
+     "Ann\r\nB.\rLee",
+     nullptr,
+     {QStringLiteral("Ship to:"), QStringLiteral("{BuyerAddress}"), QStringLiteral("From Ann"),
+      QStringLiteral("B."), QStringLiteral("Lee on {CurrentDate}"),
+      QStringLiteral("Label: {BuyerAddress}")},
+     {.bold = true}},
     {"EmptyTextRemovesTheToken",
      "{CurrentDate}",
      "",
@@ -464,6 +431,7 @@ const TokenCase kTokenCases[] = {
     {"MissingTokenChangesNothing", "{SellerAddress}", "x", nullptr, kTokenBlocks},
     {"CaseCounts", "{buyeraddress}", "x", nullptr, kTokenBlocks},
     {"NothingBehindFrom", "{MyName}", "x", "Label", kTokenBlocks},
+    {"EmptyTokenChangesNothing", "", "x", nullptr, kTokenBlocks},
 };
 
 TEST(RichTextTokens, ReplacesTheFirstOccurrenceInPlace) {
@@ -483,12 +451,12 @@ TEST(RichTextTokens, ReplacesTheFirstOccurrenceInPlace) {
         }
         ASSERT_GE(end, 0);
         // The position returned is just behind the new text's last line.
+        const QStringList lines = text.split(QRegularExpression(QStringLiteral("\r\n|\r|\n")));
         QTextCursor behind(&document);
         behind.setPosition(end);
-        EXPECT_TRUE(
-            behind.block().text().left(behind.positionInBlock()).endsWith(text.section(u'\n', -1)));
+        EXPECT_TRUE(behind.block().text().left(behind.positionInBlock()).endsWith(lines.last()));
         if (!text.isEmpty()) {
-            ExpectFormat(document, text.section(u'\n', 0, 0), c.want);
+            ExpectFormat(document, lines.first(), c.want);
         }
     }
 }
@@ -517,16 +485,18 @@ const BadCase kBadCases[] = {
     {"BinaryPastTheEnd", [] { return QByteArray("{\\rtf1 a\\bin999999999 xyz}"); },
      "closing brace"},
     {"CutInsideAnEscape", [] { return QByteArray("{\\rtf1 a\\'"); }, "closing brace"},
-    {"TooDeep",
+    // One past each bound; DocumentsJustInsideEachBoundLoadWhole reads those just inside.
+    {"OneGroupTooDeep",
      []() -> QByteArray {
-         return "{\\rtf1 " + QByteArray(2000, '{') + "x" + QByteArray(2000, '}') + "}";
+         return "{\\rtf1 " + QByteArray(kMaxGroupDepth, '{') + "x" +
+                QByteArray(kMaxGroupDepth + 1, '}');
      },
      "1000 deep"},
-    {"LargerThanTheBound",
-     []() -> QByteArray { return "{\\rtf1 " + QByteArray(kMaxRtfBytes, 'x') + "}"; },
+    {"OneByteLargerThanTheBound",
+     []() -> QByteArray { return "{\\rtf1 " + QByteArray(kMaxRtfBytes - 7, 'x') + "}"; },
      "larger than"},
-    {"TooManyParagraphs",
-     []() -> QByteArray { return "{\\rtf1 " + QByteArray("\\par ").repeated(100001) + "}"; },
+    {"OneParagraphTooMany",
+     []() -> QByteArray { return "{\\rtf1 " + QByteArray("\\par ").repeated(100000) + "x}"; },
      "more than 100000 paragraphs"},
     {"BinaryJunk", [] { return Junk(1 << 20); }, nullptr},
 };
@@ -550,22 +520,33 @@ TEST(RichTextBadInput, GivesAMessageAndAnEmptyDocument) {
     }
 }
 
-TEST(RichTextBadInput, NestingJustInsideTheBoundAndTenMegabytesLoad) {
-    QTextDocument deep;
-    const int groups = kMaxGroupDepth;
-    ASSERT_TRUE(
-        LoadRtf("{\\rtf1 " + QByteArray(groups - 1, '{') + "x" + QByteArray(groups, '}'), deep).ok);
-    EXPECT_EQ(deep.toPlainText(), QStringLiteral("x"));
-
-    QByteArray big("{\\rtf1 ");
-    const QByteArray line = QByteArray(1000, 'w') + "\\par\n";
-    while (big.size() < 10 * 1024 * 1024) {
-        big += line;
+// Each document ends in a paragraph "end" that must be read.
+TEST(RichTextBadInput, DocumentsJustInsideEachBoundLoadWhole) {
+    const struct {
+        const char* name;
+        QByteArray rtf;
+    } cases[] = {
+        {"kMaxGroupDepth groups", "{\\rtf1 " + QByteArray(kMaxGroupDepth - 1, '{') + "end" +
+                                      QByteArray(kMaxGroupDepth, '}')},
+        {"100000 paragraphs", "{\\rtf1 " + QByteArray("\\par ").repeated(99999) + "end}"},
+        {"kMaxRtfBytes of paragraphs",
+         []() -> QByteArray {
+             QByteArray rtf("{\\rtf1 ");
+             const QByteArray line = QByteArray(1000, 'w') + "\\par\n";
+             while (rtf.size() + line.size() + 4 <= kMaxRtfBytes) {
+                 rtf += line;
+             }
+             return rtf + QByteArray(kMaxRtfBytes - rtf.size() - 4, 'w') + "end}";
+         }()},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        QTextDocument document;
+        const LoadResult result = LoadRtf(c.rtf, document);
+        ASSERT_TRUE(result.ok) << result.message.toStdString();
+        EXPECT_EQ(document.blockCount(), c.rtf.count("\\par") + 1);
+        EXPECT_TRUE(document.lastBlock().text().endsWith(QStringLiteral("end")));
     }
-    big += "}";
-    QTextDocument document;
-    ASSERT_TRUE(LoadRtf(big, document).ok);
-    EXPECT_EQ(document.blockCount(), (big.size() - 8) / line.size());
 }
 
 TEST(RichTextBadInput, FilesThatCannotBeReadSayWhy) {
@@ -593,9 +574,9 @@ TEST(RichTextBadInput, FilesThatCannotBeReadSayWhy) {
     }
 }
 
-// ------------------------------------------------------------ PDF
+// ------------------------------------------------------------ files written
 
-TEST(RichTextPdf, OnePagePerPageBreakWithThePictures) {
+TEST(RichTextFiles, RtfAndPdfAreWrittenAndAnUnwritablePathSaysWhy) {
     test::TempRoot root;
     QTextDocument document;
     Load(QStringLiteral("picture"), document);
@@ -606,16 +587,30 @@ TEST(RichTextPdf, OnePagePerPageBreakWithThePictures) {
     end.insertBlock(page);
     end.insertText(QStringLiteral("second page"));
 
-    const QString path = root.File(QStringLiteral("out.pdf"));
     QString error;
-    ASSERT_TRUE(WritePdf(document, path, &error)) << error.toStdString();
-    const QByteArray pdf = test::ReadAll(path);
+    ASSERT_TRUE(SaveRtfFile(document, root.File(QStringLiteral("out.rtf")), &error))
+        << error.toStdString();
+    QTextDocument again;
+    ASSERT_TRUE(LoadRtfFile(root.File(QStringLiteral("out.rtf")), again).ok);
+    EXPECT_EQ(Signature(again), Signature(document));
+
+    // One page per page break, with the pictures.
+    ASSERT_TRUE(WritePdf(document, root.File(QStringLiteral("out.pdf")), &error))
+        << error.toStdString();
+    const QByteArray pdf = test::ReadAll(root.File(QStringLiteral("out.pdf")));
     EXPECT_TRUE(pdf.startsWith("%PDF-"));
     EXPECT_EQ(pdf.count("/Type /Page\n"), 2);
     EXPECT_TRUE(pdf.contains("/Subtype /Image"));
 
-    EXPECT_FALSE(WritePdf(document, root.File(QStringLiteral("no/folder/out.pdf")), &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("out.pdf"))) << error.toStdString();
+    for (const auto& [name, write] : {std::pair{"out.rtf", &SaveRtfFile}, {"out.pdf", &WritePdf}}) {
+        SCOPED_TRACE(name);
+        const QString unwritable =
+            root.File(QStringLiteral("no/such/folder/") + QLatin1String(name));
+        error.clear();
+        EXPECT_FALSE(write(document, unwritable, &error));
+        EXPECT_TRUE(error.contains(QLatin1String(name))) << error.toStdString();
+        EXPECT_FALSE(QFile::exists(unwritable));
+    }
 }
 
 }  // namespace
