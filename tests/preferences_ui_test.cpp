@@ -36,6 +36,7 @@
 using namespace lw;
 
 using lw::test::Named;
+using lw::test::Retype;
 
 namespace {
 
@@ -46,6 +47,38 @@ QString Option(const QString& key) {
                             QStringLiteral("<absent>"));
 }
 
+// A column of the user's row in Users or UserSites.
+QVariant Stored(const char* table, const QString& column) {
+    core::Database db = core::OpenStore();
+    core::Statement s = db.Prepare(
+        QStringLiteral("SELECT * FROM %1 WHERE UserName = ?").arg(QString::fromLatin1(table)));
+    s.Bind(1, kUser);
+    return s.Step() ? s.Value(column) : QVariant(QStringLiteral("<no row>"));
+}
+
+// Each "name=value" as stored: a column of the user's row in table, or a
+// view and option setting when table is null. Null reads as empty.
+void ExpectStored(const char* table, const QStringList& values) {
+    for (const QString& expected : values) {
+        const QString name = expected.section(u'=', 0, 0);
+        const QString value = table != nullptr ? Stored(table, name).toString() : Option(name);
+        QCOMPARE(name + u'=' + value, expected);
+    }
+}
+
+template <class T>
+T* Get(QWidget* window, const char* name) {
+    return Named<T>(window, QString::fromLatin1(name));
+}
+
+QLineEdit* Pref(QWidget* window, int index) {
+    return Named<QLineEdit>(window, QStringLiteral("txtUserPref%1").arg(index));
+}
+
+void Press(QWidget* window, const char* button) {
+    QTest::mouseClick(Get<QPushButton>(window, button), Qt::LeftButton);
+}
+
 void ClickRow(QListWidget* list, int row) {
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
                       list->visualItemRect(list->item(row)).center());
@@ -53,7 +86,7 @@ void ClickRow(QListWidget* list, int row) {
 
 // Brings a tab to the front and lets its layout settle before clicks land on it.
 void ShowTab(QWidget* window, int index) {
-    window->findChild<QTabWidget*>(QStringLiteral("tabPreferences"))->setCurrentIndex(index);
+    Get<QTabWidget>(window, "tabPreferences")->setCurrentIndex(index);
     QTest::qWait(10);
 }
 
@@ -63,36 +96,12 @@ void ClickBox(QAbstractButton* box) {
     QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(6, box->height() / 2));
 }
 
-void Retype(QLineEdit* edit, const QString& text) {
-    edit->clear();
-    QTest::keyClicks(edit, text);
-}
-
 }  // namespace
 
 class PreferencesWindowTest : public QObject {
     Q_OBJECT
 
 private:
-    QVariant UserValue(const QString& column) {
-        core::Database db = core::OpenStore();
-        core::Statement s = db.Prepare(QStringLiteral("SELECT * FROM Users WHERE UserName = ?"));
-        s.Bind(1, kUser);
-        if (!s.Step()) {
-            return QStringLiteral("<no row>");
-        }
-        return s.Value(column);
-    }
-    QVariant SiteValue(const QString& column) {
-        core::Database db = core::OpenStore();
-        core::Statement s =
-            db.Prepare(QStringLiteral("SELECT * FROM UserSites WHERE UserName = ?"));
-        s.Bind(1, kUser);
-        if (!s.Step()) {
-            return QStringLiteral("<no row>");
-        }
-        return s.Value(column);
-    }
     // Shows the window and gives it the focus, as a person's click would.
     void Activate(QWidget* window) {
         window->show();
@@ -105,16 +114,13 @@ private:
         QTest::qWait(20);
     }
     void FillRequired(QWidget* w) {
-        const QList<std::pair<int, QString>> values = {
-            {0, QStringLiteral("Pat")},       {2, QStringLiteral("O'Brien")},
-            {5, QStringLiteral("1 Main St")}, {7, QStringLiteral("Springfield")},
-            {8, QStringLiteral("IL")},        {9, QStringLiteral("62701")},
-            {10, QStringLiteral("Pat")},      {12, QStringLiteral("O'Brien")},
-            {15, QStringLiteral("PO Box 4")}, {17, QStringLiteral("Springfield")},
-            {18, QStringLiteral("IL")},       {19, QStringLiteral("62705")},
+        const std::pair<int, const char*> values[] = {
+            {0, "Pat"},       {2, "O'Brien"},      {5, "1 Main St"}, {7, "Springfield"},
+            {8, "IL"},        {9, "62701"},        {10, "Pat"},      {12, "O'Brien"},
+            {15, "PO Box 4"}, {17, "Springfield"}, {18, "IL"},       {19, "62705"},
         };
         for (const auto& [index, text] : values) {
-            Retype(Named<QLineEdit>(w, QStringLiteral("txtUserPref%1").arg(index)), text);
+            Retype(Pref(w, index), QString::fromUtf8(text));
         }
     }
 
@@ -143,44 +149,42 @@ private Q_SLOTS:
     void controlsCarryTheSystemsNamesAndTheUsersValues() {
         ui::frmUserPreferences w;
         for (int index = 0; index < 34; ++index) {
-            auto* edit = Named<QLineEdit>(&w, QStringLiteral("txtUserPref%1").arg(index));
-            QCOMPARE(edit->property("index").toInt(), index);
-        }
-        for (const QString& name :
-             {QStringLiteral("cmdUpdate"), QStringLiteral("cmdReset"), QStringLiteral("cmdCancel"),
-              QStringLiteral("cmdChangePassword"), QStringLiteral("cmdUpdatePassword"),
-              QStringLiteral("cmdCancelPasswordChange"), QStringLiteral("cmdUseTolvane")}) {
-            Named<QPushButton>(&w, name);
+            QCOMPARE(Pref(&w, index)->property("index").toInt(), index);
         }
         for (int i = 0; i < 5; ++i) {
             Named<QRadioButton>(&w, QStringLiteral("optConnection%1").arg(i));
         }
-        QCOMPARE(
-            Named<QRadioButton>(&w, QStringLiteral("optConnection1"))->text(),
-            QStringLiteral("&Network (Including external DSL modem connected to a network card)"));
-        QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref20"))->text(), kUser);
-        QVERIFY(Named<QLineEdit>(&w, QStringLiteral("txtUserPref20"))->isReadOnly());
-        QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref24"))->text(),
-                 QStringLiteral("pat_sells"));
-        QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref25"))->text(),
-                 QStringLiteral("pat@example.com"));
-        QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref33"))->text(),
-                 QStringLiteral("secret"));
-        QVERIFY(Named<QLineEdit>(&w, QStringLiteral("txtUserPref33"))->isHidden());
+        // A new user is on the network option: no proxy shown.
+        auto* network = Get<QRadioButton>(&w, "optConnection1");
+        QCOMPARE(network->text(),
+                 QStringLiteral("&Network (Including external DSL modem connected to a "
+                                "network card)"));
+        QVERIFY(network->isChecked());
+        QVERIFY(Get<QLineEdit>(&w, "txtProxyPort")->isHidden());
+        // The user's values; the name only shown, the FTP defaults and the
+        // password kept without being shown.
+        const QList<std::pair<int, QString>> loaded = {{20, kUser},
+                                                       {24, QStringLiteral("pat_sells")},
+                                                       {25, QStringLiteral("pat@example.com")},
+                                                       {33, QStringLiteral("secret")}};
+        for (const auto& [index, text] : loaded) {
+            QCOMPARE(Pref(&w, index)->text(), text);
+        }
+        QVERIFY(Pref(&w, 20)->isReadOnly());
+        for (int index = 27; index <= 33; ++index) {
+            QVERIFY2(Pref(&w, index)->isHidden(), qPrintable(QString::number(index)));
+        }
         // The lists come from the rule store.
-        QCOMPARE(Named<QComboBox>(&w, QStringLiteral("cmbCountryShipping"))->itemText(0),
+        QCOMPARE(Get<QComboBox>(&w, "cmbCountryShipping")->itemText(0),
                  QStringLiteral("United States"));
-        QVERIFY(Named<QListWidget>(&w, QStringLiteral("lstRegions"))->count() > 0);
-        QCOMPARE(Named<QListWidget>(&w, QStringLiteral("lstShippingRegions"))->count(), 9);
+        QVERIFY(Get<QListWidget>(&w, "lstRegions")->count() > 0);
+        QCOMPARE(Get<QListWidget>(&w, "lstShippingRegions")->count(), 9);
         // A new user's removal rules are loaded by position.
-        QCOMPARE(Named<QComboBox>(&w, QStringLiteral("cmbSaleOverPref"))->currentText(),
+        QCOMPARE(Get<QComboBox>(&w, "cmbSaleOverPref")->currentText(),
                  QStringLiteral("Once I've received feedback from buyer"));
-        QCOMPARE(Named<QListWidget>(&w, QStringLiteral("lstDuration"))->currentItem()->text(),
+        QCOMPARE(Get<QListWidget>(&w, "lstDuration")->currentItem()->text(),
                  QStringLiteral("7 days"));
-        QCOMPARE(Named<QListWidget>(&w, QStringLiteral("lstTimeLeftOptions"))
-                     ->item(1)
-                     ->data(Qt::UserRole)
-                     .toInt(),
+        QCOMPARE(Get<QListWidget>(&w, "lstTimeLeftOptions")->item(1)->data(Qt::UserRole).toInt(),
                  65535);
         QVERIFY(m_ui->History().empty());
     }
@@ -188,79 +192,71 @@ private Q_SLOTS:
     void typingIsFilteredAndUpdateWritesTheRows() {
         ui::frmUserPreferences w;
         Activate(&w);
-        auto* shipCountry = Named<QComboBox>(&w, QStringLiteral("cmbCountryShipping"));
-        auto* payCountry = Named<QComboBox>(&w, QStringLiteral("cmbCountryPayment"));
-        shipCountry->setCurrentIndex(0);
+        auto* payCountry = Get<QComboBox>(&w, "cmbCountryPayment");
+        Get<QComboBox>(&w, "cmbCountryShipping")->setCurrentIndex(0);
         payCountry->setCurrentIndex(payCountry->findText(QStringLiteral("Canada")));
         FillRequired(&w);
-        Retype(Named<QLineEdit>(&w, QStringLiteral("txtUserPref9")),
-               QStringLiteral("62701-12a3 4"));
-        QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref9"))->text(),
-                 QStringLiteral("62701-1234"));
-        // Canada is not the first country: its postcode is typed as it is.
-        Retype(Named<QLineEdit>(&w, QStringLiteral("txtUserPref19")), QStringLiteral("M5V 2T6"));
-        QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref19"))->text(),
-                 QStringLiteral("M5V 2T6"));
-        Retype(Named<QLineEdit>(&w, QStringLiteral("txtUserPref22")), QStringLiteral("7,2x5%"));
-        QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref22"))->text(),
-                 QStringLiteral("725"));
-        Retype(Named<QLineEdit>(&w, QStringLiteral("txtUserPref22")), QStringLiteral("7.25"));
-        Retype(Named<QLineEdit>(&w, QStringLiteral("txtUserPref21")),
-               QStringLiteral("reply@example.com"));
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdUseTolvane")), Qt::LeftButton);
-        QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref23"))->text(),
-                 QStringLiteral("Use Tolvane Mail Server"));
-        Named<QComboBox>(&w, QStringLiteral("cmbWinningBidOver"))->setCurrentIndex(0);
+        // The first country's ZIP code takes digits and dashes, Canada's is
+        // typed as it is; the tax rate takes digits and a point.
+        const std::tuple<int, const char*, const char*> typing[] = {
+            {9, "62701-12a3 4", "62701-1234"},
+            {19, "M5V 2T6", "M5V 2T6"},
+            {22, "7,2x5%", "725"},
+            {22, "7.25", "7.25"},
+        };
+        for (const auto& [field, typed, shown] : typing) {
+            Retype(Pref(&w, field), QString::fromUtf8(typed));
+            QCOMPARE(Pref(&w, field)->text(), QString::fromUtf8(shown));
+        }
+        Retype(Pref(&w, 21), QStringLiteral("reply@example.com"));
+        Press(&w, "cmdUseTolvane");
+        QCOMPARE(Pref(&w, 23)->text(), QStringLiteral("Use Tolvane Mail Server"));
+        Get<QComboBox>(&w, "cmbWinningBidOver")->setCurrentIndex(0);
 
-        auto* regions = Named<QListWidget>(&w, QStringLiteral("lstShippingRegions"));
+        auto* regions = Get<QListWidget>(&w, "lstShippingRegions");
         QVERIFY(!regions->isEnabled());
-        QTest::mouseClick(Named<QRadioButton>(&w, QStringLiteral("optUSPlus")), Qt::LeftButton);
+        QTest::mouseClick(Get<QRadioButton>(&w, "optUSPlus"), Qt::LeftButton);
         QVERIFY(regions->isEnabled());
-        ShowTab(&w, 4);
-        ClickRow(regions, 1);
-        ClickRow(regions, 3);
-        ShowTab(&w, 3);
-        auto* payment = Named<QListWidget>(&w, QStringLiteral("lstPaymentPref"));
-        ClickRow(payment, 1);
-        ClickRow(payment, 2);
-        ClickRow(Named<QListWidget>(&w, QStringLiteral("lstDuration")), 4);
-        ShowTab(&w, 6);
-        ClickRow(Named<QListWidget>(&w, QStringLiteral("lstTimeLeftOptions")), 0);
+        // Rows clicked on their tabs: two regions, two payments, the fifth
+        // duration and the first refresh interval.
+        const std::tuple<int, const char*, int> rows[] = {
+            {4, "lstShippingRegions", 1}, {4, "lstShippingRegions", 3},
+            {3, "lstPaymentPref", 1},     {3, "lstPaymentPref", 2},
+            {3, "lstDuration", 4},        {6, "lstTimeLeftOptions", 0},
+        };
+        for (const auto& [tab, list, row] : rows) {
+            ShowTab(&w, tab);
+            ClickRow(Get<QListWidget>(&w, list), row);
+        }
+        auto* payment = Get<QListWidget>(&w, "lstPaymentPref");
 
         QSignalSpy timerSpy(&w, &ui::frmUserPreferences::TimeLeftTimerChanged);
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdUpdate")), Qt::LeftButton);
+        Press(&w, "cmdUpdate");
         QCOMPARE(m_ui->Messages(), QStringList());
         QCOMPARE(w.result(), int(QDialog::Accepted));
         QVERIFY(!w.isVisible());
 
-        QCOMPARE(UserValue(QStringLiteral("SFirstName")).toString(), QStringLiteral("Pat"));
-        QCOMPARE(UserValue(QStringLiteral("SLastName")).toString(), QStringLiteral("O'Brien"));
-        QCOMPARE(UserValue(QStringLiteral("zipcode")).toString(), QStringLiteral("62701-1234"));
-        QCOMPARE(UserValue(QStringLiteral("PZIPCode")).toString(), QStringLiteral("M5V 2T6"));
-        QVERIFY(UserValue(QStringLiteral("SMiddleName")).isNull());
-        QCOMPARE(UserValue(QStringLiteral("country")).toString(), QStringLiteral("United States"));
-        QCOMPARE(UserValue(QStringLiteral("PCountry")).toString(), QStringLiteral("Canada"));
-        QCOMPARE(UserValue(QStringLiteral("SalesTaxRate")).toDouble(), 0.0725);
-        QCOMPARE(UserValue(QStringLiteral("MailServer")).toString(),
-                 QStringLiteral("Use Tolvane Mail Server"));
-        QCOMPARE(UserValue(QStringLiteral("BidRemoveTag")).toString(), QStringLiteral("IRR"));
-        QCOMPARE(SiteValue(QStringLiteral("shipUSPlus")).toInt(), 1);
-        QCOMPARE(SiteValue(QStringLiteral("europe")).toInt(), 1);
-        QCOMPARE(SiteValue(QStringLiteral("asia")).toInt(), 1);
-        QCOMPARE(SiteValue(QStringLiteral("northamerica")).toInt(), 0);
-        QCOMPARE(SiteValue(QStringLiteral("PaymentTypePref")).toString(),
+        // An empty box is Null; the rate is kept as a fraction.
+        QVERIFY(Stored("Users", "SMiddleName").isNull());
+        QCOMPARE(Stored("Users", "SalesTaxRate").toDouble(), 0.0725);
+        ExpectStored("Users", {"SFirstName=Pat", "SLastName=O'Brien", "zipcode=62701-1234",
+                               "PZIPCode=M5V 2T6", "country=United States", "PCountry=Canada",
+                               "ReplyEmailAddress=reply@example.com",
+                               "MailServer=Use Tolvane Mail Server", "BidRemoveTag=IRR"});
+        ExpectStored("UserSites",
+                     {"shipUSPlus=1", "europe=1", "asia=1", "northamerica=0", "duration=10"});
+        QCOMPARE(Stored("UserSites", "PaymentTypePref").toString(),
                  payment->item(1)->text() + QStringLiteral("~~~") + payment->item(2)->text());
-        QCOMPARE(SiteValue(QStringLiteral("duration")).toInt(), 10);
         QCOMPARE(timerSpy.count(), 1);
         const auto timer = timerSpy.at(0).at(0).value<core::TimeLeftTimer>();
         QVERIFY(timer.enabled);
         QCOMPARE(timer.intervalMs, 30000);
     }
 
-    void leavingABadFieldTellsAndPutsTheFocusBack() {
+    void leavingAFieldRunsItsCheckAndPutsTheFocusBack() {
         ui::frmUserPreferences w;
         Activate(&w);
-        auto* first = Named<QLineEdit>(&w, QStringLiteral("txtUserPref0"));
+        QLineEdit* first = Pref(&w, 0);
         first->setFocus();
         QTRY_COMPARE(QApplication::focusWidget(), first);
         LeaveWithTab(first);
@@ -275,7 +271,7 @@ private Q_SLOTS:
         QCOMPARE(m_ui->Messages().size(), 1);
 
         ShowTab(&w, 1);
-        auto* reply = Named<QLineEdit>(&w, QStringLiteral("txtUserPref21"));
+        QLineEdit* reply = Pref(&w, 21);
         reply->setFocus();
         QTRY_COMPARE(QApplication::focusWidget(), reply);
         Retype(reply, QStringLiteral("pat-at-example.com"));
@@ -288,176 +284,189 @@ private Q_SLOTS:
 
         // Pressing Update straight from the bad field runs the check first
         // and writes nothing.
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdUpdate")), Qt::LeftButton);
+        QSignalSpy saved(&w, &ui::frmUserPreferences::PreferencesSaved);
+        Press(&w, "cmdUpdate");
         QTRY_COMPARE(m_ui->Messages().size(), 3);
         QVERIFY(w.isVisible());
-        QVERIFY(UserValue(QStringLiteral("SFirstName")).isNull());
-    }
+        QCOMPARE(saved.count(), 0);
+        QVERIFY(Stored("Users", "SFirstName").isNull());
 
-    void aSmallTaxRateIsOfferedAsPercent() {
-        ui::frmUserPreferences w;
-        Activate(&w);
-        FillRequired(&w);
-        ShowTab(&w, 1);
-        auto* tax = Named<QLineEdit>(&w, QStringLiteral("txtUserPref22"));
+        // A small tax rate is offered as percent; taken, the focus comes back.
+        Retype(reply, QStringLiteral("reply@example.com"));
+        QLineEdit* tax = Pref(&w, 22);
         tax->setFocus();
         QTRY_COMPARE(QApplication::focusWidget(), tax);
+        FillRequired(&w);
         QTest::keyClicks(tax, QStringLiteral("0.5"));
         m_ui->ScriptAnswer(core::Answer::Yes);
         LeaveWithTab(tax);
-        QTRY_COMPARE(m_ui->History().size(), size_t(1));
-        QCOMPARE(m_ui->History()[0].kind, QStringLiteral("ask"));
-        QCOMPARE(m_ui->History()[0].text,
+        QTRY_COMPARE(m_ui->History().size(), size_t(4));
+        QCOMPARE(m_ui->History()[3].kind, QStringLiteral("ask"));
+        QCOMPARE(m_ui->History()[3].text,
                  QStringLiteral("0.5 Is Less Than One Percent, Do You Mean 50.00%?"));
-        QCOMPARE(m_ui->History()[0].title, QStringLiteral("Sales Tax Rate"));
+        QCOMPARE(m_ui->History()[3].title, QStringLiteral("Sales Tax Rate"));
         QCOMPARE(tax->text(), QStringLiteral("50"));
         QTRY_COMPARE(QApplication::focusWidget(), tax);
 
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdUpdate")), Qt::LeftButton);
-        QCOMPARE(UserValue(QStringLiteral("SalesTaxRate")).toDouble(), 0.5);
-
+        Press(&w, "cmdUpdate");
+        QCOMPARE(saved.count(), 1);
+        QCOMPARE(Stored("Users", "SalesTaxRate").toDouble(), 0.5);
         ui::frmUserPreferences again;
-        QCOMPARE(Named<QLineEdit>(&again, QStringLiteral("txtUserPref22"))->text(),
-                 QStringLiteral("50.00"));
+        QCOMPARE(Pref(&again, 22)->text(), QStringLiteral("50.00"));
     }
 
-    void proxyControlsFollowTheConnection() {
+    void theConnectionTabsChoicesAreStored() {
         ui::frmUserPreferences w;
         FillRequired(&w);
-        auto* port = Named<QLineEdit>(&w, QStringLiteral("txtProxyPort"));
-        auto* server = Named<QLineEdit>(&w, QStringLiteral("txtProxyServer"));
-        // A new user is on the network option: no proxy shown.
-        QVERIFY(Named<QRadioButton>(&w, QStringLiteral("optConnection1"))->isChecked());
-        QVERIFY(port->isHidden());
-        QTest::mouseClick(Named<QRadioButton>(&w, QStringLiteral("optConnection3")),
-                          Qt::LeftButton);
+        auto* port = Get<QLineEdit>(&w, "txtProxyPort");
+        auto* server = Get<QLineEdit>(&w, "txtProxyServer");
+        auto* connections = Get<QSpinBox>(&w, "spnConnections");
+        auto choose = [](QWidget* window, int option) {
+            QTest::mouseClick(
+                Named<QRadioButton>(window, QStringLiteral("optConnection%1").arg(option)),
+                Qt::LeftButton);
+        };
+        // Shown above the second option, an empty port filled in.
+        choose(&w, 3);
         QVERIFY(!port->isHidden());
         QVERIFY(!server->isHidden());
         QCOMPARE(port->text(), QStringLiteral("80"));
-        QTest::mouseClick(Named<QRadioButton>(&w, QStringLiteral("optConnection2")),
-                          Qt::LeftButton);
+        choose(&w, 2);
         QVERIFY(port->isHidden());
-        QTest::mouseClick(Named<QRadioButton>(&w, QStringLiteral("optConnection4")),
-                          Qt::LeftButton);
+        QVERIFY(server->isHidden());
+        choose(&w, 4);
         QTest::keyClicks(server, QStringLiteral("proxy.example.com"));
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdUpdate")), Qt::LeftButton);
-        QCOMPARE(UserValue(QStringLiteral("InternetConnection")).toInt(), 4);
-        QCOMPARE(UserValue(QStringLiteral("ProxyServer")).toString(),
-                 QStringLiteral("proxy.example.com"));
-        QCOMPARE(UserValue(QStringLiteral("ProxyPort")).toString(), QStringLiteral("80"));
-    }
-
-    void connectionsToTheSiteAreASettingOnTheConnectionTab() {
-        ui::frmUserPreferences w;
-        FillRequired(&w);
-        auto* connections = Named<QSpinBox>(&w, QStringLiteral("spnConnections"));
+        // The connections an update keeps to the site: a setting, not a column.
         QCOMPARE(connections->minimum(), 1);
         QCOMPARE(connections->maximum(), 8);
         QCOMPARE(connections->value(), 6);
-        QCOMPARE(Named<QLabel>(&w, QStringLiteral("lblConnectionsNote"))->text(),
-                 admin::ConnectionsNote());
-        QVERIFY(Named<QWidget>(&w, QStringLiteral("tabConnection"))->isAncestorOf(connections));
+        QCOMPARE(Get<QLabel>(&w, "lblConnectionsNote")->text(), admin::ConnectionsNote());
+        QVERIFY(Get<QWidget>(&w, "tabConnection")->isAncestorOf(connections));
         connections->setValue(2);
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdUpdate")), Qt::LeftButton);
+        Press(&w, "cmdUpdate");
+        ExpectStored("Users",
+                     {"InternetConnection=4", "ProxyServer=proxy.example.com", "ProxyPort=80"});
         QCOMPARE(update::ConnectionsSetting(), 2);
+
+        // Without a proxy the proxy columns are Null again.
         ui::frmUserPreferences again;
-        QCOMPARE(Named<QSpinBox>(&again, QStringLiteral("spnConnections"))->value(), 2);
+        QCOMPARE(Get<QSpinBox>(&again, "spnConnections")->value(), 2);
+        QCOMPARE(Get<QLineEdit>(&again, "txtProxyServer")->text(),
+                 QStringLiteral("proxy.example.com"));
+        choose(&again, 2);
+        Press(&again, "cmdUpdate");
+        QCOMPARE(Stored("Users", "InternetConnection").toInt(), 2);
+        QVERIFY(Stored("Users", "ProxyServer").isNull());
+        QVERIFY(Stored("Users", "ProxyPort").isNull());
     }
 
     void passwordChangeRunsOnItsOwnTab() {
         ui::frmUserPreferences w;
         Activate(&w);
         FillRequired(&w);
-        auto* tabs = Named<QTabWidget>(&w, QStringLiteral("tabPreferences"));
-        auto* update = Named<QPushButton>(&w, QStringLiteral("cmdUpdate"));
-        tabs->setCurrentIndex(1);
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdChangePassword")),
-                          Qt::LeftButton);
-        QVERIFY(!update->isEnabled());
-        QVERIFY(!Named<QPushButton>(&w, QStringLiteral("cmdReset"))->isEnabled());
-        QVERIFY(!Named<QPushButton>(&w, QStringLiteral("cmdCancel"))->isEnabled());
-        int shown = 0;
-        for (int i = 0; i < tabs->count(); ++i) {
-            shown += tabs->isTabVisible(i) ? 1 : 0;
+        auto* tabs = Get<QTabWidget>(&w, "tabPreferences");
+        QLineEdit* pw[3];
+        for (int i = 0; i < 3; ++i) {
+            pw[i] = Named<QLineEdit>(&w, QStringLiteral("txtPassword%1").arg(i));
         }
-        QCOMPARE(shown, 1);
-        QCOMPARE(tabs->currentWidget()->objectName(), QStringLiteral("tabPassword"));
-
-        auto* oldPw = Named<QLineEdit>(&w, QStringLiteral("txtPassword0"));
-        auto* newPw = Named<QLineEdit>(&w, QStringLiteral("txtPassword1"));
-        auto* repeat = Named<QLineEdit>(&w, QStringLiteral("txtPassword2"));
-        auto* press = Named<QPushButton>(&w, QStringLiteral("cmdUpdatePassword"));
-        QTest::keyClicks(oldPw, QStringLiteral("guess"));
-        QTest::keyClicks(newPw, QStringLiteral("n3w'pw"));
-        QTest::keyClicks(repeat, QStringLiteral("n3w'pw"));
-        QTest::mouseClick(press, Qt::LeftButton);
-        QCOMPARE(m_ui->Messages(), QStringList{QStringLiteral("Old Password Is Not Correct")});
-        QCOMPARE(m_ui->Titles(), QStringList{QStringLiteral("Incorrect Old Password")});
-        QTRY_COMPARE(QApplication::focusWidget(), newPw);
-        QCOMPARE(tabs->currentWidget()->objectName(), QStringLiteral("tabPassword"));
-
-        Retype(oldPw, QStringLiteral("secret"));
-        Retype(repeat, QStringLiteral("other"));
-        QTest::mouseClick(press, Qt::LeftButton);
-        QCOMPARE(m_ui->Messages().last(), QStringLiteral("New Passwords Do Not Match"));
-
-        Retype(repeat, QStringLiteral("n3w'pw"));
-        QTest::mouseClick(press, Qt::LeftButton);
+        auto shownTabs = [tabs] {
+            QStringList shown;
+            for (int i = 0; i < tabs->count(); ++i) {
+                if (tabs->isTabVisible(i)) {
+                    shown << tabs->widget(i)->objectName();
+                }
+            }
+            return shown;
+        };
+        const QStringList allButPassword = shownTabs();
+        QVERIFY(!allButPassword.contains(QStringLiteral("tabPassword")));
+        // Cancelled, refused twice (told, the focus on the new password, the
+        // tab still up), then changed.
+        struct Attempt {
+            const char* typed[3];
+            const char* button;
+            const char* message;  // empty: the tab closes
+            const char* title;
+        };
+        const Attempt attempts[] = {
+            {{"secret", "", ""}, "cmdCancelPasswordChange", "", ""},
+            {{"guess", "n3w'pw", "n3w'pw"},
+             "cmdUpdatePassword",
+             "Old Password Is Not Correct",
+             "Incorrect Old Password"},
+            {{"secret", "n3w'pw", "other"},
+             "cmdUpdatePassword",
+             "New Passwords Do Not Match",
+             "Mismatched New Password"},
+            {{"secret", "n3w'pw", "n3w'pw"}, "cmdUpdatePassword", "", ""},
+        };
+        QString password = QStringLiteral("secret");
+        for (const Attempt& attempt : attempts) {
+            if (shownTabs() == allButPassword) {
+                tabs->setCurrentIndex(1);
+                Press(&w, "cmdChangePassword");
+                for (const char* name : {"cmdUpdate", "cmdReset", "cmdCancel"}) {
+                    QVERIFY(!Get<QPushButton>(&w, name)->isEnabled());
+                }
+                QCOMPARE(shownTabs(), QStringList{QStringLiteral("tabPassword")});
+                QCOMPARE(tabs->currentWidget()->objectName(), QStringLiteral("tabPassword"));
+                // Only the tab's own buttons end it: Escape closes nothing.
+                QTest::keyClick(&w, Qt::Key_Escape);
+                QVERIFY(w.isVisible());
+            }
+            for (int i = 0; i < 3; ++i) {
+                Retype(pw[i], QString::fromUtf8(attempt.typed[i]));
+            }
+            Press(&w, attempt.button);
+            if (*attempt.message != '\0') {
+                QCOMPARE(m_ui->Messages().last(), QString::fromUtf8(attempt.message));
+                QCOMPARE(m_ui->Titles().last(), QString::fromUtf8(attempt.title));
+                QTRY_COMPARE(QApplication::focusWidget(), pw[1]);
+                QCOMPARE(tabs->currentWidget()->objectName(), QStringLiteral("tabPassword"));
+                QCOMPARE(Pref(&w, 33)->text(), password);
+                continue;
+            }
+            if (QByteArray(attempt.button) == "cmdUpdatePassword") {
+                password = QString::fromUtf8(attempt.typed[1]);
+            }
+            QCOMPARE(tabs->currentIndex(), 1);
+            QCOMPARE(shownTabs(), allButPassword);
+            QVERIFY(Get<QPushButton>(&w, "cmdUpdate")->isEnabled());
+            QCOMPARE(pw[0]->text(), QString());
+            QCOMPARE(Pref(&w, 33)->text(), password);
+        }
         QCOMPARE(m_ui->Messages().size(), 2);
-        QCOMPARE(tabs->currentIndex(), 1);
-        QVERIFY(!tabs->isTabVisible(
-            tabs->indexOf(tabs->findChild<QWidget*>(QStringLiteral("tabPassword")))));
-        QVERIFY(tabs->isTabVisible(0));
-        QVERIFY(update->isEnabled());
-        QCOMPARE(oldPw->text(), QString());
         // Not stored until Update.
-        QCOMPARE(SiteValue(QStringLiteral("UserPassword")).toString(), QStringLiteral("secret"));
-        QTest::mouseClick(update, Qt::LeftButton);
-        QCOMPARE(SiteValue(QStringLiteral("UserPassword")).toString(), QStringLiteral("n3w'pw"));
-    }
-
-    void cancellingAPasswordChangeKeepsThePassword() {
-        ui::frmUserPreferences w;
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdChangePassword")),
-                          Qt::LeftButton);
-        QTest::keyClicks(Named<QLineEdit>(&w, QStringLiteral("txtPassword0")),
-                         QStringLiteral("secret"));
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdCancelPasswordChange")),
-                          Qt::LeftButton);
-        QVERIFY(Named<QPushButton>(&w, QStringLiteral("cmdUpdate"))->isEnabled());
-        QCOMPARE(Named<QLineEdit>(&w, QStringLiteral("txtUserPref33"))->text(),
-                 QStringLiteral("secret"));
-        QVERIFY(m_ui->History().empty());
+        QCOMPARE(Stored("UserSites", "UserPassword").toString(), QStringLiteral("secret"));
+        Press(&w, "cmdUpdate");
+        QCOMPARE(Stored("UserSites", "UserPassword").toString(), QStringLiteral("n3w'pw"));
     }
 
     void viewGroupsFollowTheirBoxesAndOrders() {
         ui::frmUserPreferences w;
         Activate(&w);
         ShowTab(&w, 6);
-        auto* group = Named<QCheckBox>(&w, QStringLiteral("chkViewArchiveGroup"));
-        auto* interval = Named<QLineEdit>(&w, QStringLiteral("txtAInterval"));
-        auto* order = Named<QListWidget>(&w, QStringLiteral("lstAOrder"));
-        auto* up = Named<QCheckBox>(&w, QStringLiteral("chkAAscending"));
-        auto* down = Named<QCheckBox>(&w, QStringLiteral("chkADescending"));
+        auto* group = Get<QCheckBox>(&w, "chkViewArchiveGroup");
+        auto* interval = Get<QLineEdit>(&w, "txtAInterval");
+        auto* order = Get<QListWidget>(&w, "lstAOrder");
+        auto* up = Get<QCheckBox>(&w, "chkAAscending");
+        auto* down = Get<QCheckBox>(&w, "chkADescending");
         QVERIFY(!interval->isEnabled());
         // The words of the tab: both page sizes count rows, and the refresh
         // rows read as they always have.
         QStringList words;
-        for (const QLabel* label :
-             Named<QWidget>(&w, QStringLiteral("tabViews"))->findChildren<QLabel*>()) {
+        for (const QLabel* label : Get<QWidget>(&w, "tabViews")->findChildren<QLabel*>()) {
             words << label->text();
         }
         QCOMPARE(words.count(QStringLiteral("Rows per page (0 for all):")), 2);
         QVERIFY2(words.filter(QStringLiteral("Days")).isEmpty(), qPrintable(words.join(u'|')));
         QStringList refresh;
-        auto* options = Named<QListWidget>(&w, QStringLiteral("lstTimeLeftOptions"));
+        auto* options = Get<QListWidget>(&w, "lstTimeLeftOptions");
         for (int row = 0; row < options->count(); ++row) {
             refresh << options->item(row)->text();
         }
-        QCOMPARE(refresh, QStringList({QStringLiteral("30 seconds"), QStringLiteral("minute"),
-                                       QStringLiteral("5 minutes"), QStringLiteral("10 minutes"),
-                                       QStringLiteral("15 minutes"), QStringLiteral("30 minutes"),
-                                       QStringLiteral("45 minutes"), QStringLiteral("hour")}));
+        QCOMPARE(refresh, QStringList({"30 seconds", "minute", "5 minutes", "10 minutes",
+                                       "15 minutes", "30 minutes", "45 minutes", "hour"}));
         ClickBox(group);
         QVERIFY(interval->isEnabled());
         ClickRow(order, 1);  // HighBid
@@ -469,81 +478,69 @@ private Q_SLOTS:
         QVERIFY(!up->isChecked());
         Retype(interval, QStringLiteral("30"));
 
-        auto* current = Named<QCheckBox>(&w, QStringLiteral("chkViewCurrentGroup"));
-        ClickBox(current);
-        ClickBox(Named<QCheckBox>(&w, QStringLiteral("chkCAscending")));
+        ClickBox(Get<QCheckBox>(&w, "chkViewCurrentGroup"));
+        ClickBox(Get<QCheckBox>(&w, "chkCAscending"));
         FillRequired(&w);
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdUpdate")), Qt::LeftButton);
-        QCOMPARE(Option(QStringLiteral("AAViewInterval")), QStringLiteral("30"));
-        QCOMPARE(Option(QStringLiteral("AAViewOrder")), QStringLiteral("ItemTitle"));
-        QCOMPARE(Option(QStringLiteral("AAViewOrder2")), QStringLiteral("DESC"));
-        QCOMPARE(Option(QStringLiteral("CAViewInterval")), QStringLiteral("30"));
-        QCOMPARE(Option(QStringLiteral("CAViewOrder")), QStringLiteral("ItemTitle"));
-        QCOMPARE(Option(QStringLiteral("CAViewOrder2")), QString());
+        Press(&w, "cmdUpdate");
+        ExpectStored(nullptr, {"AAViewInterval=30", "AAViewOrder=ItemTitle", "AAViewOrder2=DESC",
+                               "CAViewInterval=30", "CAViewOrder=ItemTitle", "CAViewOrder2="});
 
         // Unticking puts the group back to its resting state.
         ui::frmUserPreferences again;
-        auto* againGroup = Named<QCheckBox>(&again, QStringLiteral("chkViewArchiveGroup"));
+        auto* againGroup = Get<QCheckBox>(&again, "chkViewArchiveGroup");
+        auto* againInterval = Get<QLineEdit>(&again, "txtAInterval");
         QVERIFY(againGroup->isChecked());
-        QCOMPARE(Named<QLineEdit>(&again, QStringLiteral("txtAInterval"))->text(),
-                 QStringLiteral("30"));
+        QCOMPARE(againInterval->text(), QStringLiteral("30"));
         ClickBox(againGroup);
-        QCOMPARE(Named<QLineEdit>(&again, QStringLiteral("txtAInterval"))->text(),
-                 QStringLiteral("0"));
-        QCOMPARE(Named<QListWidget>(&again, QStringLiteral("lstAOrder"))->currentRow(), 0);
-        QVERIFY(Named<QCheckBox>(&again, QStringLiteral("chkAAscending"))->isChecked());
-        QVERIFY(!Named<QLineEdit>(&again, QStringLiteral("txtAInterval"))->isEnabled());
-        auto* againCurrent = Named<QCheckBox>(&again, QStringLiteral("chkViewCurrentGroup"));
-        ClickBox(againCurrent);
-        QVERIFY(Named<QCheckBox>(&again, QStringLiteral("chkCDescending"))->isChecked());
+        QCOMPARE(againInterval->text(), QStringLiteral("0"));
+        QCOMPARE(Get<QListWidget>(&again, "lstAOrder")->currentRow(), 0);
+        QVERIFY(Get<QCheckBox>(&again, "chkAAscending")->isChecked());
+        QVERIFY(!againInterval->isEnabled());
+        ClickBox(Get<QCheckBox>(&again, "chkViewCurrentGroup"));
+        QVERIFY(Get<QCheckBox>(&again, "chkCDescending")->isChecked());
     }
 
     void noShippingPreferenceStandsAlone() {
         ui::frmUserPreferences w;
         Activate(&w);
         ShowTab(&w, 4);
-        auto* list = Named<QListWidget>(&w, QStringLiteral("lstShippingPref"));
-        ClickRow(list, 2);
-        ClickRow(list, 3);
-        QCOMPARE(list->selectedItems().size(), 2);
-        ClickRow(list, 0);
-        QCOMPARE(list->selectedItems().size(), 1);
-        QVERIFY(list->item(0)->isSelected());
-        ClickRow(list, 1);
-        QCOMPARE(list->selectedItems().size(), 1);
-        QVERIFY(list->item(0)->isSelected());
+        auto* list = Get<QListWidget>(&w, "lstShippingPref");
+        // Row 0, no preference, is chosen alone: it clears the others and
+        // keeps them from being chosen beside it.
+        for (const auto& [row, selected] : {std::pair{2, "2"}, {3, "23"}, {0, "0"}, {1, "0"}}) {
+            ClickRow(list, row);
+            QString rows;
+            for (int i = 0; i < list->count(); ++i) {
+                rows += list->item(i)->isSelected() ? QString::number(i) : QString();
+            }
+            QCOMPARE(rows, QString::fromLatin1(selected));
+        }
     }
 
     void trackingIsOffUntilTickedAndWrittenAtOnce() {
-        {
-            // A new store: the report is off, and the window says what it sends.
+        // A new store: the report is off, and the window says what it sends.
+        // A click is written at once and stands the next time.
+        for (const char* track : {"ON", "OFF"}) {
             ui::frmUserPreferences w;
-            auto* box = Named<QCheckBox>(&w, QStringLiteral("chkTracking"));
-            QVERIFY(!box->isChecked());
-            QCOMPARE(Named<QLabel>(&w, QStringLiteral("lblTracking"))->text(),
-                     core::UsageReportSummary());
+            auto* box = Get<QCheckBox>(&w, "chkTracking");
+            QCOMPARE(box->isChecked(), QByteArray(track) == "OFF");
+            QCOMPARE(Get<QLabel>(&w, "lblTracking")->text(), core::UsageReportSummary());
             ClickBox(box);
-            QCOMPARE(Option(QStringLiteral("Track")), QStringLiteral("ON"));
+            QCOMPARE(Option("Track"), QString::fromLatin1(track));
         }
-        // The choice stands the next time.
-        ui::frmUserPreferences again;
-        auto* box = Named<QCheckBox>(&again, QStringLiteral("chkTracking"));
-        QVERIFY(box->isChecked());
-        ClickBox(box);
-        QCOMPARE(Option(QStringLiteral("Track")), QStringLiteral("OFF"));
     }
 
     void resetAndCancelLeaveTheStoreAsItWas() {
         ui::frmUserPreferences w;
-        auto* id = Named<QLineEdit>(&w, QStringLiteral("txtUserPref24"));
+        auto* id = Get<QLineEdit>(&w, "txtUserPref24");
         Retype(id, QStringLiteral("someone_else"));
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdReset")), Qt::LeftButton);
+        Press(&w, "cmdReset");
         QCOMPARE(id->text(), QStringLiteral("pat_sells"));
         Retype(id, QStringLiteral("someone_else"));
         w.show();
-        QTest::mouseClick(Named<QPushButton>(&w, QStringLiteral("cmdCancel")), Qt::LeftButton);
+        Press(&w, "cmdCancel");
         QCOMPARE(w.result(), int(QDialog::Rejected));
-        QCOMPARE(SiteValue(QStringLiteral("UserID")).toString(), QStringLiteral("pat_sells"));
+        QCOMPARE(Stored("UserSites", "UserID").toString(), QStringLiteral("pat_sells"));
     }
 
     void aMissingUserIsTold() {
@@ -554,31 +551,27 @@ private Q_SLOTS:
 
     void qtUiShowsTheSystemsTextsAndReturnsTheAnswer() {
         ui::QtUi qtUi;
-        QString shownText;
-        QString shownTitle;
-        QTimer::singleShot(0, this, [&] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            QVERIFY(box != nullptr);
-            shownText = box->text();
-            shownTitle = box->windowTitle();
-            box->button(QMessageBox::No)->click();
-        });
-        const core::Answer answer =
+        // Each box as "title|text", closed with the button given.
+        QStringList shown;
+        auto answer = [this, &shown](QMessageBox::StandardButton button) {
+            QTimer::singleShot(0, this, [&shown, button] {
+                auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                QVERIFY(box != nullptr);
+                shown << box->windowTitle() + u'|' + box->text();
+                box->button(button)->click();
+            });
+        };
+        answer(QMessageBox::No);
+        QCOMPARE(
             qtUi.Ask(QStringLiteral("150 Is Greater Than 100 Percent, Is This Correct?"),
-                     QStringLiteral("Sales Tax Rate"), core::Buttons::YesNo, core::Answer::Yes);
-        QCOMPARE(answer, core::Answer::No);
-        QCOMPARE(shownText, QStringLiteral("150 Is Greater Than 100 Percent, Is This Correct?"));
-        QCOMPARE(shownTitle, QStringLiteral("Sales Tax Rate"));
-
-        QTimer::singleShot(0, this, [&] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            QVERIFY(box != nullptr);
-            shownText = box->text();
-            box->button(QMessageBox::Ok)->click();
-        });
+                     QStringLiteral("Sales Tax Rate"), core::Buttons::YesNo, core::Answer::Yes),
+            core::Answer::No);
+        answer(QMessageBox::Ok);
         qtUi.Message(QStringLiteral("Trimming ZIP Code to 5 Digits"),
                      QStringLiteral("5 Digit ZIP Code"), core::Icon::Information);
-        QCOMPARE(shownText, QStringLiteral("Trimming ZIP Code to 5 Digits"));
+        QCOMPARE(shown,
+                 QStringList({"Sales Tax Rate|150 Is Greater Than 100 Percent, Is This Correct?",
+                              "5 Digit ZIP Code|Trimming ZIP Code to 5 Digits"}));
 
         QTimer::singleShot(0, this, [&] {
             auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
@@ -616,16 +609,16 @@ private Q_SLOTS:
         QVERIFY(w.grab().save(dir + QStringLiteral("/frmUserPreferences.png")));
         // Every tab on request, for a look at the whole window.
         if (qEnvironmentVariableIsSet("LW_SCREENSHOT_DIR")) {
-            auto* tabs = Named<QTabWidget>(&w, QStringLiteral("tabPreferences"));
+            auto* tabs = Get<QTabWidget>(&w, "tabPreferences");
             for (int i = 1; i < tabs->count() - 1; ++i) {
                 tabs->setCurrentIndex(i);
                 w.grab().save(dir + QStringLiteral("/frmUserPreferences_tab%1.png").arg(i));
             }
-            Named<QPushButton>(&w, QStringLiteral("cmdChangePassword"))->click();
+            Get<QPushButton>(&w, "cmdChangePassword")->click();
             w.grab().save(dir + QStringLiteral("/frmUserPreferences_password.png"));
-            Named<QPushButton>(&w, QStringLiteral("cmdCancelPasswordChange"))->click();
+            Get<QPushButton>(&w, "cmdCancelPasswordChange")->click();
             tabs->setCurrentIndex(2);
-            Named<QRadioButton>(&w, QStringLiteral("optConnection3"))->click();
+            Get<QRadioButton>(&w, "optConnection3")->click();
             w.grab().save(dir + QStringLiteral("/frmUserPreferences_proxy.png"));
         }
     }

@@ -134,6 +134,19 @@ int Picture(QTreeWidget* tree, const QString& key) {
     return NodeOf(tree, key)->data(0, Qt::UserRole + 1).toInt();
 }
 
+// A row of test data, one line a case, text given as literals.
+template <class T>
+T Cell(T value) {
+    return value;
+}
+QString Cell(const char* text) {
+    return QString::fromUtf8(text);
+}
+template <class... Cells>
+void Row(const char* name, Cells... cells) {
+    (QTest::newRow(name) << ... << Cell(cells));
+}
+
 }  // namespace
 
 class TaskManagerWindowTest : public QObject {
@@ -238,6 +251,8 @@ private:
             if (tick->isChecked() != (value == u"1")) {
                 tick->click();
             }
+        } else {
+            QFAIL(qPrintable(name + QStringLiteral(": no control the table can edit")));
         }
     }
 
@@ -265,15 +280,13 @@ private Q_SLOTS:
         QTest::addColumn<int>("panel");
         // The running items are not tasks; the winners' rows come after the
         // plain ones.
-        QTest::newRow("sales") << false << true
-                               << QStringList{"2001: Brass lamp", "2002: Tin robot",
-                                              "D2004: Marbles (winner_a)",
-                                              "D2004: Marbles (winner_b)"}
-                               << "(4)" << 6;
-        QTest::newRow("bids") << true << true << QStringList{"3001: Old map"} << "(1)" << 6;
-        QTest::newRow("no sales") << false << false << QStringList{"No Pending Tasks"} << "(0)"
-                                  << 13;
-        QTest::newRow("no bids") << true << false << QStringList{"No Pending Tasks"} << "(0)" << 14;
+        Row("sales", false, true,
+            QStringList{"2001: Brass lamp", "2002: Tin robot", "D2004: Marbles (winner_a)",
+                        "D2004: Marbles (winner_b)"},
+            "(4)", 6);
+        Row("bids", true, true, QStringList{"3001: Old map"}, "(1)", 6);
+        Row("no sales", false, false, QStringList{"No Pending Tasks"}, "(0)", 13);
+        Row("no bids", true, false, QStringList{"No Pending Tasks"}, "(0)", 14);
     }
 
     void eachSideListsItsEndedItemsOrShowsItsEmptyPanel() {
@@ -327,34 +340,21 @@ private Q_SLOTS:
         QTest::addColumn<QString>("node");
         QTest::addColumn<int>("panel");
         QTest::addColumn<QString>("title");
-        QTest::newRow("item") << false << "2001"
-                              << "SUM" << 5 << "Item Information: #2001";
-        QTest::newRow("winner's item") << false << "D2004: Marbles (winner_b)"
-                                       << "SUM" << 5 << "Item Information: #2004 (Dutch Auction)";
-        QTest::newRow("summary") << false << "2002"
-                                 << "SUMS" << 6 << "Bid Summary: #2002 (Ended ";
-        QTest::newRow("notes") << false << "2001"
-                               << "SUMN" << 3 << "Notes for Item #2001";
-        QTest::newRow("buyer's address") << false << "2001"
-                                         << "PRA" << 7 << "Address for buyer_one";
-        QTest::newRow("mail") << false << "2001"
-                              << "CON" << 10 << "Congratulations (#2001)";
-        QTest::newRow("sale payment") << false << "2001"
-                                      << "PRI" << 0 << "Payment Info for #2001";
-        QTest::newRow("shipping") << false << "2001"
-                                  << "SHS" << 1 << "Shipping Info for #2001";
-        QTest::newRow("yes or no") << false << "2001"
-                                   << "SHR" << 4 << "Buyer Received Item";
-        QTest::newRow("left feedback") << false << "2001"
-                                       << "FBL" << 12 << "Feedback Left: #2001";
-        QTest::newRow("received feedback") << false << "2001"
-                                           << "FBR" << 12 << "Received Feedback: #2001";
-        QTest::newRow("bid payment") << true << "3001"
-                                     << "PRP" << 0 << "Payment Info for #3001";
-        QTest::newRow("item received") << true << "3001"
-                                       << "IRR" << 2 << "Item Received: #3001";
-        QTest::newRow("seller's address") << true << "3001"
-                                          << "PRA" << 7 << "Address for map_seller";
+        Row("item", false, "2001", "SUM", 5, "Item Information: #2001");
+        Row("winner's item", false, "D2004: Marbles (winner_b)", "SUM", 5,
+            "Item Information: #2004 (Dutch Auction)");
+        Row("summary", false, "2002", "SUMS", 6, "Bid Summary: #2002 (Ended ");
+        Row("notes", false, "2001", "SUMN", 3, "Notes for Item #2001");
+        Row("buyer's address", false, "2001", "PRA", 7, "Address for buyer_one");
+        Row("mail", false, "2001", "CON", 10, "Congratulations (#2001)");
+        Row("sale payment", false, "2001", "PRI", 0, "Payment Info for #2001");
+        Row("shipping", false, "2001", "SHS", 1, "Shipping Info for #2001");
+        Row("yes or no", false, "2001", "SHR", 4, "Buyer Received Item");
+        Row("left feedback", false, "2001", "FBL", 12, "Feedback Left: #2001");
+        Row("received feedback", false, "2001", "FBR", 12, "Received Feedback: #2001");
+        Row("bid payment", true, "3001", "PRP", 0, "Payment Info for #3001");
+        Row("item received", true, "3001", "IRR", 2, "Item Received: #3001");
+        Row("seller's address", true, "3001", "PRA", 7, "Address for map_seller");
     }
 
     void eachNodeOpensItsPanelForTheSelectedItem() {
@@ -378,12 +378,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("box");
         QTest::addColumn<QString>("opens");
         QTest::addColumn<int>("panel");
-        QTest::newRow("packing list") << false << "SHP"
-                                      << "Missing Address"
-                                      << "PRA" << 7;
-        QTest::newRow("remittance advice") << true << "PRS"
-                                           << "Missing Payment Info"
-                                           << "PRP" << 0;
+        Row("packing list", false, "SHP", "Missing Address", "PRA", 7);
+        Row("remittance advice", true, "PRS", "Missing Payment Info", "PRP", 0);
     }
 
     void aPackingListWithoutItsDataOpensThePanelThatLacksIt() {
@@ -404,115 +400,82 @@ private Q_SLOTS:
         QTest::addColumn<bool>("bids");
         QTest::addColumn<QString>("row");
         QTest::addColumn<QString>("node");
-        QTest::addColumn<QStringList>("edits");
+        QTest::addColumn<QString>("edits");  // "control=value|..."
         QTest::addColumn<QString>("save");
         QTest::addColumn<QString>("record");
-        QTest::addColumn<QStringList>("written");
-        // "<today>" is today's date as the boxes take it, "<null>" Null.
-        QTest::newRow("notes") << false << "2001"
-                               << "SUMN" << QStringList{"txtToDoNotes=Wants it gift wrapped"}
-                               << "cmdSaveNotes"
-                               << "Auctions/2001"
-                               << QStringList{"AuctionNotes=Wants it gift wrapped"};
-        QTest::newRow("a winner's notes, the other winner's untouched")
-            << false << "D2004: Marbles (winner_b)"
-            << "SUMN" << QStringList{"txtToDoNotes=Two bags"} << "cmdSaveNotes"
-            << "Dutch/2004/winner_b" << QStringList{"AuctionNotes=Two bags"};
-        QTest::newRow("shipping, an empty box is Null")
-            << false << "2001"
-            << "SHS"
-            << QStringList{"lstShippingMethod=1", "txtTrackingNumber=", "txtShippingCost2=$4.00"}
-            << "cmdSaveShippingInfo"
-            << "Auctions/2001"
-            << QStringList{"ShippingMethod=1", "ShippingDate=<today>", "OrderShipping=$4.00",
-                           "ShippingTrackingNumber=<null>"};
-        QTest::newRow("a check with no bank")
-            << false << "2002"
-            << "PRI" << QStringList{"lstPaymentMethods=1", "txtCheckNumber=1042", "txtDrawnOnBank="}
-            << "cmdSavePaymentInfo"
-            << "Auctions/2002"
-            << QStringList{"OrderPaymentMethod=1", "OrderPaymentDate=<today>",
-                           "OrderPaymentNumber=1042", "OrderPaymentBank=<null>"};
-        QTest::newRow("received feedback")
-            << false << "2001"
-            << "FBR"
-            << QStringList{"chkReceivedFeedback=1", "optReceivedFeedback0=1",
-                           "txtReceivedFeedbackComment=Fast payment"}
-            << "cmdSaveReceivedFeedback"
-            << "Auctions/2001"
-            << QStringList{"ReturnFeedback=1", "ReturnFeedbackDate=<today>", "ReturnFeedbackType=0",
-                           "ReturnFeedbackComment=Fast payment"};
-        QTest::newRow("left feedback")
-            << false << "2001"
-            << "FBL"
-            << QStringList{"chkReceivedFeedback=1", "txtReceivedFeedbackComment=Great buyer"}
-            << "cmdSaveReceivedFeedback"
-            << "Auctions/2001"
-            << QStringList{"FeedbackLeft=1", "FeedbackLeftDate=<today>",
-                           "FeedbackLeftComment=Great buyer"};
-        QTest::newRow("yes or no")
-            << false << "2002"
-            << "SHR" << QStringList{"chkEmailSent=1"} << "cmdSaveToDoEmail"
-            << "Auctions/2002"
-            << QStringList{"EmailBuyerReceived=1", "EmailBuyerReceivedDate=<today>"};
-        QTest::newRow("mail sent")
-            << false << "2002"
-            << "CON" << QStringList{"chkEmailSent2=1"} << "cmdSaveEmailInfo"
-            << "Auctions/2002"
-            << QStringList{"EmailEndOfAuction=1", "EmailEndOfAuctionDate=<today>"};
-        QTest::newRow("buyer's address")
-            << false << "2001"
-            << "PRA"
-            << QStringList{"txtAddressFirst=Ann", "txtAddressStreet1=12 Elm St",
-                           "txtAddressState=oh", "txtAddressFax="}
-            << "cmdSaveAddress"
-            << "Buyers/buyer_one"
-            << QStringList{"FirstName=Ann", "StreetAddress1=12 Elm St", "FaxNumber=<null>"};
-        QTest::newRow("item received")
-            << true << "3001"
-            << "IRR" << QStringList{"chkItemReceived=1", "lstItemCondition=0", "txtItemNotes="}
-            << "cmdSaveItemReceived"
-            << "Bids/3001"
-            << QStringList{"Item Received=1", "ItemReceivedDate=<today>", "ItemCondition=0",
-                           "ItemNotes=<null>"};
-        QTest::newRow("bid payment by money order")
-            << true << "3001"
-            << "PRP" << QStringList{"lstPaymentMethods=3", "txtMoneyOrder=MO-77", "txtSalesTax="}
-            << "cmdSavePaymentInfo"
-            << "Bids/3001"
-            << QStringList{"OrderPaymentMethod=3", "OrderPaymentNumber=MO-77", "OrderTax=<null>"};
+        // "column=value|...": "<today>" is today's date as the boxes take it,
+        // "<null>" Null; "Table/key#column=value" is of another record.
+        QTest::addColumn<QString>("written");
+        Row("notes", false, "2001", "SUMN", "txtToDoNotes=Wants it gift wrapped", "cmdSaveNotes",
+            "Auctions/2001", "AuctionNotes=Wants it gift wrapped");
+        Row("a winner's notes, the other winner's untouched", false, "D2004: Marbles (winner_b)",
+            "SUMN", "txtToDoNotes=Two bags", "cmdSaveNotes", "Dutch/2004/winner_b",
+            "AuctionNotes=Two bags|Dutch/2004/winner_a#AuctionNotes=<null>|"
+            "Auctions/2004#AuctionNotes=<null>");
+        Row("shipping, an empty box is Null", false, "2001", "SHS",
+            "lstShippingMethod=1|txtTrackingNumber=|txtShippingCost2=$4.00", "cmdSaveShippingInfo",
+            "Auctions/2001",
+            "ShippingMethod=1|ShippingDate=<today>|OrderShipping=$4.00|"
+            "ShippingTrackingNumber=<null>");
+        Row("a check with no bank", false, "2002", "PRI",
+            "lstPaymentMethods=1|txtCheckNumber=1042|txtDrawnOnBank=", "cmdSavePaymentInfo",
+            "Auctions/2002",
+            "OrderPaymentMethod=1|OrderPaymentDate=<today>|OrderPaymentNumber=1042|"
+            "OrderPaymentBank=<null>");
+        Row("received feedback", false, "2001", "FBR",
+            "chkReceivedFeedback=1|optReceivedFeedback0=1|txtReceivedFeedbackComment=Fast payment",
+            "cmdSaveReceivedFeedback", "Auctions/2001",
+            "ReturnFeedback=1|ReturnFeedbackDate=<today>|ReturnFeedbackType=0|"
+            "ReturnFeedbackComment=Fast payment");
+        Row("left feedback", false, "2001", "FBL",
+            "chkReceivedFeedback=1|txtReceivedFeedbackComment=Great buyer",
+            "cmdSaveReceivedFeedback", "Auctions/2001",
+            "FeedbackLeft=1|FeedbackLeftDate=<today>|FeedbackLeftComment=Great buyer");
+        Row("yes or no", false, "2002", "SHR", "chkEmailSent=1", "cmdSaveToDoEmail",
+            "Auctions/2002", "EmailBuyerReceived=1|EmailBuyerReceivedDate=<today>");
+        Row("mail sent", false, "2002", "CON", "chkEmailSent2=1", "cmdSaveEmailInfo",
+            "Auctions/2002", "EmailEndOfAuction=1|EmailEndOfAuctionDate=<today>");
+        Row("buyer's address", false, "2001", "PRA",
+            "txtAddressFirst=Ann|txtAddressStreet1=12 Elm St|txtAddressState=oh|txtAddressFax=",
+            "cmdSaveAddress", "Buyers/buyer_one",
+            "FirstName=Ann|StreetAddress1=12 Elm St|FaxNumber=<null>");
+        Row("item received", true, "3001", "IRR",
+            "chkItemReceived=1|lstItemCondition=0|txtItemNotes=", "cmdSaveItemReceived",
+            "Bids/3001",
+            "Item Received=1|ItemReceivedDate=<today>|ItemCondition=0|ItemNotes=<null>");
+        Row("bid payment by money order", true, "3001", "PRP",
+            "lstPaymentMethods=3|txtMoneyOrder=MO-77|txtSalesTax=", "cmdSavePaymentInfo",
+            "Bids/3001", "OrderPaymentMethod=3|OrderPaymentNumber=MO-77|OrderTax=<null>");
     }
 
     void savesWriteTheRecordAndMarkTheTask() {
         QFETCH(bool, bids);
         QFETCH(QString, row);
         QFETCH(QString, node);
-        QFETCH(QStringList, edits);
+        QFETCH(QString, edits);
         QFETCH(QString, save);
         QFETCH(QString, record);
-        QFETCH(QStringList, written);
+        QFETCH(QString, written);
         Prepare();
         SetRemovalTags(QVariant(), QVariant());
         Open(bids);
         SelectRow(row);
         SelectNode(node);
         QCOMPARE(Picture(Tree(), node), 4);
-        for (const QString& edit : edits) {
+        for (const QString& edit : edits.split(u'|')) {
             Edit(edit);
         }
         Control<QPushButton>(save)->click();
-        const QString table = record.section(u'/', 0, 0);
-        const QString key = record.section(u'/', 1);
-        for (const QString& expected : written) {
+        for (const QString& entry : written.split(u'|')) {
+            const QString where = entry.contains(u'#') ? entry.section(u'#', 0, 0) : record;
+            const QString expected = entry.section(u'#', -1);
             const QString column = expected.section(u'=', 0, 0);
+            const QVariant stored =
+                Field(where.section(u'/', 0, 0), where.section(u'/', 1), column);
+            const QString shown = stored.isNull() ? QStringLiteral("<null>") : stored.toString();
             QString value = expected.section(u'=', 1);
-            const QVariant stored = Field(table, key, column);
-            if (value == u"<null>") {
-                QVERIFY2(stored.isNull(), qPrintable(column + u' ' + stored.toString()));
-                continue;
-            }
             value.replace(QStringLiteral("<today>"), Today());
-            QCOMPARE(stored.toString(), value);
+            QCOMPARE(where + u'#' + column + u'=' + shown, where + u'#' + column + u'=' + value);
         }
         // The task is done now, and the list shows the same item still.
         QCOMPARE(Picture(Tree(), node), 3);
@@ -524,31 +487,23 @@ private Q_SLOTS:
         QTest::addColumn<bool>("bids");
         QTest::addColumn<QString>("tag");
         QTest::addColumn<QString>("node");
-        QTest::addColumn<QStringList>("edits");
+        QTest::addColumn<QString>("edits");  // "control=value|..."
         QTest::addColumn<QString>("save");
         QTest::addColumn<bool>("ends");
-        QTest::newRow("left feedback ticked")
-            << false << "FBL"
-            << "FBL" << QStringList{"chkReceivedFeedback=1"} << "cmdSaveReceivedFeedback" << true;
-        QTest::newRow("left feedback clear")
-            << false << "FBL"
-            << "FBL" << QStringList{} << "cmdSaveReceivedFeedback" << false;
-        QTest::newRow("shipped, another task")
-            << false << "FBL"
-            << "SHS" << QStringList{"lstShippingMethod=1"} << "cmdSaveShippingInfo" << false;
-        QTest::newRow("shipped mail")
-            << false << "SHE"
-            << "SHE" << QStringList{"chkEmailSent2=1"} << "cmdSaveEmailInfo" << true;
-        QTest::newRow("item received")
-            << true << "IRR"
-            << "IRR" << QStringList{"chkItemReceived=1"} << "cmdSaveItemReceived" << true;
+        Row("left feedback ticked", false, "FBL", "FBL", "chkReceivedFeedback=1",
+            "cmdSaveReceivedFeedback", true);
+        Row("left feedback clear", false, "FBL", "FBL", "", "cmdSaveReceivedFeedback", false);
+        Row("shipped, another task", false, "FBL", "SHS", "lstShippingMethod=1",
+            "cmdSaveShippingInfo", false);
+        Row("shipped mail", false, "SHE", "SHE", "chkEmailSent2=1", "cmdSaveEmailInfo", true);
+        Row("item received", true, "IRR", "IRR", "chkItemReceived=1", "cmdSaveItemReceived", true);
     }
 
     void onlyThePreferredTaskEndsAnItem() {
         QFETCH(bool, bids);
         QFETCH(QString, tag);
         QFETCH(QString, node);
-        QFETCH(QStringList, edits);
+        QFETCH(QString, edits);
         QFETCH(QString, save);
         QFETCH(bool, ends);
         Prepare();
@@ -558,7 +513,7 @@ private Q_SLOTS:
         const QStringList before = Rows(List());
         SelectRow(item);
         SelectNode(node);
-        for (const QString& edit : edits) {
+        for (const QString& edit : edits.split(u'|', Qt::SkipEmptyParts)) {
             Edit(edit);
         }
         Control<QPushButton>(save)->click();
@@ -570,8 +525,7 @@ private Q_SLOTS:
             return;
         }
         after.removeIf([&item](const QString& r) { return r.startsWith(item); });
-        const QString count =
-            after.isEmpty() ? QStringLiteral("(0)") : QStringLiteral("(%1)").arg(after.size());
+        const QString count = QStringLiteral("(%1)").arg(after.size());
         if (after.isEmpty()) {
             after << QStringLiteral("No Pending Tasks");
             QCOMPARE(ShownPanel(), bids ? 14 : 13);
