@@ -106,13 +106,16 @@ TEST_F(CategoryDirectoryTest, AFileLoadsItsGoodLinesAndStepsOverTheBrokenOnes) {
          "Travel=-215\n"
          "History=210=1\n"
          "Tab\tName=216\n"
-         "Magazines=205\n",
-         {QStringLiteral("Books: Magazines (205)")},
-         9},
+         "Huge=1234567890123456789\n"  // more digits than a number holds
+         "Magazines=205\n"
+         "Long=123456789012345678\n",
+         {QStringLiteral("Books: Magazines (205)"),
+          QStringLiteral("Books: Long (123456789012345678)")},
+         10},
         {"a broken header drops the lines under it, not those of the next",
-         "[Books\nFiction=201\n[]\nPoetry=213\n[Coins]\nBullion=306\n",
+         "[Books\nFiction=201\n[]\nPoetry=213\n[Bad\tName]\nGems=307\n[Coins]\nBullion=306\n",
          {QStringLiteral("Coins: Bullion (306)")},
-         4},
+         6},
         {"a line longer than the bound",
          "[Books]\n" + QByteArray(kMaxCategoryLineLength, 'x') + "=207\nHistory=210\n",
          {QStringLiteral("Books: History (210)")},
@@ -220,17 +223,6 @@ TEST_F(CategoryDirectoryTest, ANewDatabaseTakesTheShippedFileUnderItsOwnTopLevel
     EXPECT_EQ(Rows(), QStringList{QStringLiteral("Books: Fiction (201)")});
 }
 
-TEST_F(CategoryDirectoryTest, BrowsingListsTopLevelNamesAndTheCategoriesUnderOne) {
-    const QStringList seeded = TopLevelNames(*m_db);
-    const CategoryFileLoad load = Load(kDirectory);
-    // A top-level name new to the browser joins its list, after the others.
-    EXPECT_EQ(load.newTopLevel, QStringList{QStringLiteral("\u00c9POQUE")});
-    EXPECT_EQ(TopLevelNames(*m_db), seeded + load.newTopLevel);
-    EXPECT_EQ(Numbers(CategoriesUnder(*m_db, QStringLiteral("collectibles"))),
-              (std::vector<qint64>{418, 430, 431, 432, 434}));
-    EXPECT_TRUE(CategoriesUnder(*m_db, QStringLiteral("Art")).empty());
-}
-
 TEST_F(CategoryDirectoryTest, SearchFindsWordsAsPlainTextInOneColumnOrByNumber) {
     Load(kDirectory);
     struct Case {
@@ -280,10 +272,21 @@ TEST_F(CategoryDirectoryTest, SearchFindsWordsAsPlainTextInOneColumnOrByNumber) 
         many << QStringLiteral("w%1").arg(i);
     }
     EXPECT_EQ(SearchCategories(*m_db, many.join(u' '), false).terms, many.mid(0, kMaxSearchTerms));
+    // Only so much of the text is read: here the word's last letter is not.
+    EXPECT_EQ(SearchCategories(*m_db, QString(kMaxSearchText - 5, u' ') + u"silver", true).terms,
+              QStringList{QStringLiteral("silve")});
 }
 
-TEST_F(CategoryDirectoryTest, NamesAndNumbersTurnIntoEachOther) {
-    Load(kDirectory);
+TEST_F(CategoryDirectoryTest, BrowsingListsTheCategoriesAndNamesAndNumbersTurnIntoEachOther) {
+    const QStringList seeded = TopLevelNames(*m_db);
+    const CategoryFileLoad load = Load(kDirectory);
+    // A top-level name new to the browser joins its list, after the others.
+    EXPECT_EQ(load.newTopLevel, QStringList{QStringLiteral("\u00c9POQUE")});
+    EXPECT_EQ(TopLevelNames(*m_db), seeded + load.newTopLevel);
+    EXPECT_EQ(Numbers(CategoriesUnder(*m_db, QStringLiteral("collectibles"))),
+              (std::vector<qint64>{418, 430, 431, 432, 434}));
+    EXPECT_TRUE(CategoriesUnder(*m_db, QStringLiteral("Art")).empty());
+
     const struct {
         const char* fullName;
         qint64 number;
@@ -431,6 +434,9 @@ TEST_F(CategoryDirectoryTest, TheBrowserShowsChoosesSearchesAndKeepsFavourites) 
     EXPECT_EQ(browser.lstCategorys.size(), 1u);
     EXPECT_FALSE(browser.Selection().has_value());
     EXPECT_FALSE(browser.AddChosenToFavorites(*m_db, kUser));
+    browser.ChooseFavorite(*m_db, 0);
+    EXPECT_EQ(browser.categorysIndex, 0);
+    EXPECT_EQ(browser.txtSelCal, QStringLiteral("Sports: Silver (103)"));
 
     browser.ChooseItem(1);
     EXPECT_EQ(browser.txtSelCal, QStringLiteral("Antiques: Lamps & Lighting (110)"));

@@ -197,41 +197,6 @@ TEST(CliInit, ATerminalPromptHidesTheTypingAndPutsTheEchoBack) {
     }
 }
 
-TEST(CliInit, WrongWordsGiveUsageAndNoFiles) {
-    TempRoot root;
-    const CliRun missing =
-        Cli(root.Path(), {QStringLiteral("init"), QStringLiteral("--user"), QStringLiteral("Ann")});
-    EXPECT_EQ(missing.code, 2);
-    EXPECT_FALSE(QFile::exists(root.File(QStringLiteral("Data"))));
-    const CliRun unknown = Cli(root.Path(), {QStringLiteral("frobnicate")});
-    EXPECT_EQ(unknown.code, 2);
-    EXPECT_TRUE(unknown.err.contains(QStringLiteral("Usage")));
-}
-
-TEST(CliRules, LookUpKeysAndNamesByTheStoreRules) {
-    TempRoot root;
-    ASSERT_EQ(Init(root.Path()).code, 0);
-    const CliRun site = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
-                                          QStringLiteral("SITES"), QStringLiteral("Site0")});
-    EXPECT_EQ(site.code, 0) << site.err.toStdString();
-    EXPECT_EQ(site.out, QStringLiteral("eBay\n"));
-    const CliRun name = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("name"),
-                                          QStringLiteral("Sites"), QStringLiteral("eBay")});
-    EXPECT_EQ(name.out, QStringLiteral("Site0\n"));
-    const CliRun wrongCase = Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"),
-                                               QStringLiteral("Sites"), QStringLiteral("site0")});
-    EXPECT_EQ(wrongCase.code, 3) << "keys are case-sensitive";
-    EXPECT_EQ(wrongCase.out, QStringLiteral("ERROR\n"));
-    const CliRun mail = Cli(
-        root.Path(), {QStringLiteral("rules"), QStringLiteral("get"), QStringLiteral("Mail Server"),
-                      QStringLiteral("Server"), QStringLiteral("--store"), QStringLiteral("1")});
-    EXPECT_EQ(mail.code, 0) << mail.err.toStdString();
-    const CliRun badStore =
-        Cli(root.Path(), {QStringLiteral("rules"), QStringLiteral("get"), QStringLiteral("Sites"),
-                          QStringLiteral("Site0"), QStringLiteral("--store"), QStringLiteral("7")});
-    EXPECT_EQ(badStore.code, 2);
-}
-
 TEST(CliRules, InstallChecksTheFilesAndRestorePutsTheEarlierRulesBack) {
     TempRoot root;
     ASSERT_EQ(Init(root.Path()).code, 0);
@@ -333,36 +298,50 @@ TEST(CliProcess, RunsWithCoreDumpsTurnedOff) {
     }
 }
 
-TEST(CliQuery, ReadsOnlyAndEscapesCells) {
+// The rule look-ups by the store's rules, and queries that only read, their
+// cells escaped: the answer on standard output, and standard error empty
+// only on success.
+TEST(CliLookUps, RulesByKeyOrNameAndQueriesThatOnlyRead) {
     TempRoot root;
     ASSERT_EQ(Init(root.Path()).code, 0);
-    const CliRun refused =
-        Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("DELETE FROM Users")});
-    EXPECT_EQ(refused.code, 2);
-    EXPECT_TRUE(refused.err.contains(QStringLiteral("Only reading")));
-    const CliRun two =
-        Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT 1; DELETE FROM Users")});
-    EXPECT_NE(two.code, 0);
-    EXPECT_EQ(Cli(root.Path(),
-                  {QStringLiteral("query"), QStringLiteral("SELECT COUNT(*) AS n FROM Users")})
-                  .out,
-              QStringLiteral("n\n1\n"));
-    const CliRun cells =
-        Cli(root.Path(),
-            {QStringLiteral("query"), QStringLiteral("SELECT 'a' || char(9) || 'b' AS t, NULL AS "
-                                                     "n, 'it''s' AS q")});
-    EXPECT_EQ(cells.out, QStringLiteral("t\tn\tq\na\\tb\t\tit's\n"));
-    // SQL in the rule files' spelling: trailing blanks in a compared literal
-    // do not count, and Left$( runs.
-    const CliRun jet = Cli(root.Path(), {QStringLiteral("query"),
-                                         QStringLiteral("SELECT UserName FROM Users WHERE "
-                                                        "UserName = 'ann  ' AND Left$(UserName, "
-                                                        "1) = 'A' AND Left(UserName, 2) = 'An'")});
-    EXPECT_EQ(jet.out, QStringLiteral("UserName\nAnn\n")) << jet.err.toStdString();
-    const CliRun broken =
-        Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT FROM")});
-    EXPECT_EQ(broken.code, 1);
-    EXPECT_FALSE(broken.err.isEmpty());
+    const struct {
+        QStringList args;
+        int code;
+        const char* out;
+        const char* err;  // a part of standard error
+    } cases[] = {
+        {{"rules", "get", "SITES", "Site0"}, 0, "eBay\n", ""},
+        {{"rules", "name", "Sites", "eBay"}, 0, "Site0\n", ""},
+        {{"rules", "get", "Sites", "site0"}, 3, "ERROR\n", "site0"},  // keys are case-sensitive
+        {{"rules", "get", "Mail Server", "Server", "--store", "1"}, 0, "127.0.0.1:8025\n", ""},
+        {{"rules", "get", "Sites", "Site0", "--store", "7"}, 2, "", ""},
+        {{"rules", "get", "Sites"}, 2, "", "SECTION KEY"},
+        {{"query", "DELETE FROM Users"}, 2, "", "Only reading"},
+        {{"query", "SELECT 1; DELETE FROM Users"}, 1, "", ""},
+        {{"query", "SELECT COUNT(*) AS n FROM Users"}, 0, "n\n1\n", ""},  // neither of those ran
+        {{"query", "SELECT 'a' || char(9) || 'b' AS t, NULL AS n, 'it''s' AS q"},
+         0,
+         "t\tn\tq\na\\tb\t\tit's\n",
+         ""},
+        // SQL in the rule files' spelling: trailing blanks in a compared
+        // literal do not count, and Left$( runs.
+        {{"query",
+          "SELECT UserName FROM Users WHERE UserName = 'ann  ' AND Left$(UserName, 1) = "
+          "'A' AND Left(UserName, 2) = 'An'"},
+         0,
+         "UserName\nAnn\n",
+         ""},
+        {{"query", "SELECT FROM"}, 1, "", ""},
+        {{"query", "SELECT 1", "SELECT 2"}, 2, "", "one SQL text"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.args.join(u' ').toStdString());
+        const CliRun run = Cli(root.Path(), c.args);
+        EXPECT_EQ(run.code, c.code) << run.err.toStdString();
+        EXPECT_EQ(run.out, QLatin1String(c.out));
+        EXPECT_TRUE(run.err.contains(QLatin1String(c.err))) << run.err.toStdString();
+        EXPECT_EQ(run.err.isEmpty(), c.code == 0) << run.err.toStdString();
+    }
 }
 
 TEST(CliCategories, SearchAndBrowseTheShippedDirectoryAndTakeADownloadedOne) {
@@ -436,11 +415,19 @@ TEST(CliCategories, SearchAndBrowseTheShippedDirectoryAndTakeADownloadedOne) {
     EXPECT_FALSE(QFile::exists(downloaded));
 }
 
-TEST(CliFailures, NoDatabaseDamagedDatabaseAndUnwritableRoot) {
+// Wrong words, and a command on a root without a database, make no files.
+TEST(CliFailures, WrongWordsNoDatabaseDamagedDatabaseAndUnwritableRoot) {
     TempRoot root;
-    const CliRun none = Cli(root.Path(), {QStringLiteral("query"), QStringLiteral("SELECT 1")});
+    const CliRun missing = Cli(root.Path(), {"init", "--user", "Ann"});
+    EXPECT_EQ(missing.code, 2);
+    EXPECT_TRUE(missing.err.contains(QStringLiteral("--site-id"))) << missing.err.toStdString();
+    const CliRun unknown = Cli(root.Path(), {"frobnicate"});
+    EXPECT_EQ(unknown.code, 2);
+    EXPECT_TRUE(unknown.err.contains(QStringLiteral("Usage"))) << unknown.err.toStdString();
+    const CliRun none = Cli(root.Path(), {"query", "SELECT 1"});
     EXPECT_EQ(none.code, 1);
     EXPECT_TRUE(none.err.contains(QStringLiteral("init"))) << none.err.toStdString();
+    EXPECT_FALSE(QFile::exists(root.File(QStringLiteral("Data"))));
 
     const QByteArray junk(5000, '\x07');
     const QString db = root.Write(QStringLiteral("Data/Lotwright.db"), junk);
@@ -463,11 +450,12 @@ TEST(CliListing, ListsShowsAndBuildsTheCreatorsDocuments) {
     {
         lw::core::Database db =
             lw::core::Database::Open(root.File(QStringLiteral("Data/Lotwright.db")));
-        db.Exec(QStringLiteral(
-            "INSERT INTO AuctionCreator (ID, UserName, ACType, AuctionName, CreationDate, "
-            "IncludeLongTitle, ItemTitleLong, ItemDescription, AuctionStyle) VALUES (7, 'Ann', "
-            "'Draft', 'Lamp', '2024-05-01 10:00:00', 1, 'Brass lamp', '<P>Bright & brass</P>', "
-            "'Simple Elegant')"));
+        db.Prepare(QStringLiteral("INSERT INTO AuctionCreator (ID, UserName, ACType, AuctionName, "
+                                  "CreationDate, IncludeLongTitle, ItemTitleLong, ItemDescription, "
+                                  "AuctionStyle) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"))
+            .BindAll(7, "Ann", "Draft", "Lamp", "2024-05-01 10:00:00", 1, "Brass lamp",
+                     "<P>Bright & brass</P>", "Simple Elegant")
+            .Run();
     }
     // The user's own copy of a style is what the listing is built from.
     root.Write(QStringLiteral("Templates/Auctions/elegant.tem"),

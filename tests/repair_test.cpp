@@ -10,6 +10,8 @@
 #include <QHash>
 #include <QStringList>
 #include <algorithm>
+#include <array>
+#include <iterator>
 #include <optional>
 #include <random>
 #include <vector>
@@ -61,14 +63,13 @@ protected:
 
     qint64 Insert(const char* table, const Row& row) {
         QStringList columns;
-        QStringList marks;
         for (const auto& [column, value] : row) {
             columns << QString::fromLatin1(column);
-            marks << QStringLiteral("?");
         }
-        lw::core::Statement insert = Db().Prepare(
-            QStringLiteral("INSERT INTO ") + QString::fromLatin1(table) + QStringLiteral(" (") +
-            columns.join(u',') + QStringLiteral(") VALUES (") + marks.join(u',') + u')');
+        lw::core::Statement insert =
+            Db().Prepare(QStringLiteral("INSERT INTO ") + QString::fromLatin1(table) +
+                         QStringLiteral(" (") + columns.join(u',') + QStringLiteral(") VALUES (") +
+                         QStringList(columns.size(), QStringLiteral("?")).join(u',') + u')');
         int index = 1;
         for (const auto& [column, value] : row) {
             insert.Bind(index++, value);
@@ -77,25 +78,16 @@ protected:
         return Db().LastInsertId();
     }
 
-    // The value of one column of the row, or nullopt when the row is gone.
-    std::optional<QVariant> Cell(const char* table, qint64 rowid, const char* column) {
+    // The cell as text: kNullCell for a Null, kGone when the row is not there.
+    QString Text(const char* table, qint64 rowid, const char* column) {
         lw::core::Statement query = Db().Prepare(
             QStringLiteral("SELECT ") + QString::fromLatin1(column) + QStringLiteral(" FROM ") +
             QString::fromLatin1(table) + QStringLiteral(" WHERE rowid = ?"));
         query.Bind(1, rowid);
         if (!query.Step()) {
-            return std::nullopt;
-        }
-        return query.Value(0);
-    }
-
-    // The cell as text: kNullCell for a Null, kGone when the row is not there.
-    QString Text(const char* table, qint64 rowid, const char* column) {
-        const std::optional<QVariant> cell = Cell(table, rowid, column);
-        if (!cell) {
             return kGone;
         }
-        return cell->isNull() ? kNullCell : cell->toString();
+        return query.IsNull(0) ? kNullCell : query.Value(0).toString();
     }
 
     int TotalChanges() { return sqlite3_total_changes(Db().Handle()); }
@@ -124,24 +116,32 @@ Row FullAuction(const QString& itemNumber) {
 
 Row FullBid(const QString& itemNumber) {
     Row row = FullAuction(itemNumber);
-    row.erase(std::remove_if(row.begin(), row.end(),
-                             [](const auto& cell) {
-                                 return QLatin1String(cell.first) == QLatin1String("ReserveBid");
-                             }),
-              row.end());
+    std::erase_if(row, [](const auto& cell) { return qstrcmp(cell.first, "ReserveBid") == 0; });
     row.push_back({"SellerName", QStringLiteral("seller")});
     row.push_back({"SellerFeedback", QStringLiteral("(40)")});
     return row;
 }
 
-Row With(Row row, const char* column, const QVariant& value) {
-    for (auto& cell : row) {
-        if (QLatin1String(cell.first) == QLatin1String(column)) {
-            cell.second = value;
-            return row;
+Row With(Row row, const Row& changes) {
+    for (const auto& [column, value] : changes) {
+        const auto cell = std::find_if(row.begin(), row.end(), [column](const auto& cell) {
+            return QLatin1String(cell.first) == QLatin1String(column);
+        });
+        if (cell == row.end()) {
+            row.push_back({column, value});
+        } else {
+            cell->second = value;
         }
     }
-    row.push_back({column, value});
+    return row;
+}
+
+// The columns set to Null.
+Row Nulls(std::initializer_list<const char*> columns) {
+    Row row;
+    for (const char* column : columns) {
+        row.push_back({column, QVariant()});
+    }
     return row;
 }
 
@@ -152,73 +152,85 @@ const QString kEndToday = QStringLiteral("06/07/00, 12:04:00 PST");
 
 // ------------------------------------------------------------ null repair
 
-TEST_F(RepairTest, AnAuctionWithoutItemNumberIsGoneOthersTakeNa) {
-    const qint64 noNumber = Insert("Auctions", With(FullAuction({}), "ItemNumber", QVariant()));
-    const qint64 blankNumber =
-        Insert("Auctions", With(With(FullAuction(QStringLiteral("   ")), "HighBid", QVariant()),
-                                "AuctionSiteFlag", 1));
-    const qint64 holes = Insert(
-        "Auctions", With(With(With(With(FullAuction(QStringLiteral("1001")), "EndDate", QVariant()),
-                                   "ReserveBid", QVariant()),
-                              "HighBidderFeedback", QVariant()),
-                         "AuctionNotes", QVariant()));
+// A row is found by a Null in the columns that find it (in Auctions also by
+// an empty title); a found auction without an item number is deleted, the
+// Nulls of any other found row take "n/a", or today's end for the end date.
+TEST_F(RepairTest, FoundRowsAreMendedOrDeletedAndOthersLeftAsTheyAre) {
+    struct Case {
+        const char* name;
+        const char* table;
+        Row row;
+        std::vector<std::pair<const char*, QString>> after;  // a column's text after the repair
+    };
+    // The rows go in in this order, all before the one repair; the blank item
+    // numbers of Auctions differ in their site so as not to share a key.
+    const Case cases[] = {
+        {"an auction without item number is gone",
+         "Auctions",
+         With(FullAuction({}), Nulls({"ItemNumber"})),
+         {{"ItemNumber", kGone}}},
+        {"a found auction whose item number is blanks is gone",
+         "Auctions",
+         With(FullAuction(QStringLiteral("   ")),
+              {{"HighBid", QVariant()}, {"AuctionSiteFlag", 1}}),
+         {{"ItemNumber", kGone}}},
+        {"holes take n/a and today's end; what was there and unnamed columns stay",
+         "Auctions",
+         With(FullAuction(QStringLiteral("1001")),
+              Nulls({"EndDate", "ReserveBid", "HighBidderFeedback", "AuctionNotes"})),
+         {{"EndDate", kEndToday},
+          {"ReserveBid", kNa},
+          {"HighBidderFeedback", kNa},
+          {"HighBid", QStringLiteral("$12.50")},
+          {"AuctionNotes", kNullCell}}},
+        {"an empty title alone finds a row, whose blank item number deletes it",
+         "Auctions",
+         With(FullAuction(kEmpty), {{"ItemTitle", kEmpty}, {"AuctionSiteFlag", 2}}),
+         {{"ItemNumber", kGone}}},
+        {"a blank item number on a row that nothing finds stays",
+         "Auctions",
+         With(FullAuction(kEmpty), {{"AuctionSiteFlag", 3}}),
+         {{"ItemNumber", kEmpty}}},
+        {"an empty title is not itself mended",
+         "Auctions",
+         With(FullAuction(QStringLiteral("1002")), {{"ItemTitle", kEmpty}}),
+         {{"ItemTitle", kEmpty}}},
+        {"a bid without item number reads n/a, its seller too",
+         "Bids",
+         With(FullBid({}), Nulls({"ItemNumber", "SellerName", "HighBid"})),
+         {{"ItemNumber", kNa}, {"SellerName", kNa}, {"HighBid", kNa}}},
+        // The key allows one "n/a" per user and site: the row stays, Null.
+        {"a second bid without item number keeps its Null",
+         "Bids",
+         With(FullBid({}), Nulls({"ItemNumber", "HighBid"})),
+         {{"ItemNumber", kNullCell}, {"HighBid", kNa}}},
+        {"a bid takes today's end; its reserve is not mended",
+         "Bids",
+         With(FullBid(QStringLiteral("2001")), Nulls({"EndDate", "ReserveBid"})),
+         {{"EndDate", kEndToday}, {"ReserveBid", kNullCell}}},
+        {"the seller's Null finds no bid",
+         "Bids",
+         With(FullBid(QStringLiteral("2002")), Nulls({"SellerFeedback"})),
+         {{"SellerFeedback", kNullCell}}},
+    };
+    std::vector<qint64> rowids;
+    for (const Case& c : cases) {
+        rowids.push_back(Insert(c.table, c.row));
+    }
     RepairNulls(Db(), kNow);
-
-    EXPECT_EQ(Text("Auctions", noNumber, "ItemNumber"), kGone);
-    EXPECT_EQ(Text("Auctions", blankNumber, "ItemNumber"), kGone);
-    EXPECT_EQ(Text("Auctions", holes, "EndDate"), kEndToday);
-    EXPECT_EQ(Text("Auctions", holes, "ReserveBid"), kNa);
-    EXPECT_EQ(Text("Auctions", holes, "HighBidderFeedback"), kNa);
-    // What was there stays; a column the repair does not name stays Null.
-    EXPECT_EQ(Text("Auctions", holes, "HighBid"), QStringLiteral("$12.50"));
-    EXPECT_EQ(Text("Auctions", holes, "AuctionNotes"), kNullCell);
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(cases[i].name);
+        for (const auto& [column, text] : cases[i].after) {
+            EXPECT_EQ(Text(cases[i].table, rowids[i], column), text) << column;
+        }
+    }
 }
 
-TEST_F(RepairTest, AnEmptyTitleFindsARowButIsNotItselfMended) {
-    // Found by its empty title alone, the blank item number deletes it.
-    const qint64 blankTitle = Insert(
-        "Auctions", With(With(FullAuction(kEmpty), "ItemTitle", kEmpty), "AuctionSiteFlag", 2));
-    // A blank item number on a row that nothing else finds stays.
-    const qint64 notFound = Insert("Auctions", With(FullAuction(kEmpty), "AuctionSiteFlag", 3));
-    const qint64 emptyTitle =
-        Insert("Auctions", With(FullAuction(QStringLiteral("1002")), "ItemTitle", kEmpty));
-    RepairNulls(Db(), kNow);
-    EXPECT_EQ(Text("Auctions", blankTitle, "ItemNumber"), kGone);
-    EXPECT_EQ(Text("Auctions", notFound, "ItemNumber"), QString());
-    EXPECT_EQ(Text("Auctions", emptyTitle, "ItemTitle"), QString());
-}
-
-TEST_F(RepairTest, ABidWithoutItemNumberReadsNaAndTheSellerIsMendedOnFoundRowsOnly) {
-    const qint64 noNumber =
-        Insert("Bids", With(With(FullBid({}), "ItemNumber", QVariant()), "SellerName", QVariant()));
-    const qint64 endless =
-        Insert("Bids", With(With(FullBid(QStringLiteral("2001")), "EndDate", QVariant()),
-                            "ReserveBid", QVariant()));
-    // No Null in the columns that find a row: the seller's Null stays.
-    const qint64 sellerOnly =
-        Insert("Bids", With(FullBid(QStringLiteral("2002")), "SellerFeedback", QVariant()));
-    RepairNulls(Db(), kNow);
-
-    EXPECT_EQ(Text("Bids", noNumber, "ItemNumber"), kNa);
-    EXPECT_EQ(Text("Bids", noNumber, "SellerName"), kNa);
-    EXPECT_EQ(Text("Bids", endless, "EndDate"), kEndToday);
-    EXPECT_EQ(Text("Bids", endless, "ReserveBid"), kNullCell);
-    EXPECT_EQ(Text("Bids", sellerOnly, "SellerFeedback"), kNullCell);
-}
-
-TEST_F(RepairTest, TwoBidsWithoutItemNumberKeepBothRows) {
-    const qint64 first =
-        Insert("Bids", With(With(FullBid({}), "ItemNumber", QVariant()), "HighBid", QVariant()));
-    const qint64 second =
-        Insert("Bids", With(With(FullBid({}), "ItemNumber", QVariant()), "HighBid", QVariant()));
-    RepairNulls(Db(), kNow);
-    EXPECT_EQ(Text("Bids", first, "ItemNumber"), kNa);
-    // The key allows one "n/a" per user and site; the other stays Null.
-    EXPECT_EQ(Text("Bids", second, "ItemNumber"), kNullCell);
-    EXPECT_EQ(Text("Bids", second, "HighBid"), kNa);
-}
-
-TEST_F(RepairTest, GlobalGetsTheLocalTimeWhenItHasNone) {
+// Global is given the local time when it has none; once it has one, and
+// Auctions and Bids hold nothing to mend, the repair writes nothing at all.
+TEST_F(RepairTest, GlobalGetsTheLocalTimeWhenItHasNoneAndACleanDatabaseIsNotWritten) {
+    Insert("Auctions", FullAuction(QStringLiteral("1")));
+    Insert("Bids", With(FullBid(QStringLiteral("2")), Nulls({"ReserveBid"})));
     Db().Exec(QStringLiteral("DELETE FROM Global"));
     RepairNulls(Db(), kNow);
     ASSERT_EQ(Db().ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Global")), 1);
@@ -228,37 +240,38 @@ TEST_F(RepairTest, GlobalGetsTheLocalTimeWhenItHasNone) {
     RepairNulls(Db(), kNow.addDays(1));
     EXPECT_EQ(Text("Global", 1, "eBayTime"), QStringLiteral("Thursday, 06 08, 2000 09:30:15 PDT"));
 
+    const int before = TotalChanges();
     RepairNulls(Db(), kNow.addDays(2));
+    EXPECT_EQ(TotalChanges(), before);
     EXPECT_EQ(Text("Global", 1, "eBayTime"), QStringLiteral("Thursday, 06 08, 2000 09:30:15 PDT"));
 }
 
-TEST_F(RepairTest, NothingToMendWritesNothing) {
-    Insert("Auctions", FullAuction(QStringLiteral("1")));
-    Insert("Bids", With(FullBid(QStringLiteral("2")), "ReserveBid", QVariant()));
-    Db().Exec(QStringLiteral("UPDATE Global SET eBayTime = 'Wednesday, 06 07, 2000 09:30:15 PDT'"));
-    const int before = TotalChanges();
+// A database from elsewhere whose Auctions lacks the columns: the other
+// tables are mended all the same.
+TEST_F(RepairTest, ATableThatCannotBeMendedKeepsNoOtherFromIt) {
+    Db().Exec(QStringLiteral("DROP TABLE Auctions"));
+    Db().Exec(QStringLiteral("CREATE TABLE Auctions (UserName TEXT, ItemNumber TEXT)"));
+    const qint64 bid = Insert("Bids", With(FullBid(QStringLiteral("2")), Nulls({"EndDate"})));
+    Db().Exec(QStringLiteral("DELETE FROM Global"));
     RepairNulls(Db(), kNow);
-    EXPECT_EQ(TotalChanges(), before);
+    EXPECT_EQ(Text("Bids", bid, "EndDate"), kEndToday);
+    EXPECT_EQ(Db().ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Global")), 1);
 }
 
 // The walk row by row, as the rows are found and mended one field at a
 // time: what the whole-table statements must leave behind.
 TEST_F(RepairTest, TheResultEqualsTheRowByRowWalkOverManyRandomRows) {
-    const QStringList auctionFind = {"ItemNumber",     "ItemTitle",    "ReserveBid",
-                                     "HighBidderName", "ItemCategory", "StartDate",
-                                     "EndDate",        "NumberBids",   "MinimumBid",
-                                     "Quantity",       "HighBid",      "HighBidderFeedback"};
-    const QStringList auctionMend = {"HighBidderName", "ItemTitle",          "ItemCategory",
-                                     "ItemNumber",     "StartDate",          "EndDate",
-                                     "NumberBids",     "MinimumBid",         "Quantity",
-                                     "HighBid",        "HighBidderFeedback", "ReserveBid"};
+    // The columns whose Null finds a row: an auction is mended in the same
+    // ones, a bid in its seller's too. The order in which a row's fields are
+    // mended does not change how it ends.
+    const QStringList auctionColumns = {"ItemNumber",     "ItemTitle",    "ReserveBid",
+                                        "HighBidderName", "ItemCategory", "StartDate",
+                                        "EndDate",        "NumberBids",   "MinimumBid",
+                                        "Quantity",       "HighBid",      "HighBidderFeedback"};
     const QStringList bidFind = {"ItemNumber", "ItemTitle", "HighBidderName",    "ItemCategory",
                                  "StartDate",  "EndDate",   "NumberBids",        "MinimumBid",
                                  "Quantity",   "HighBid",   "HighBidderFeedback"};
-    const QStringList bidMend = {"HighBidderName", "ItemTitle", "ItemCategory",       "ItemNumber",
-                                 "StartDate",      "EndDate",   "NumberBids",         "MinimumBid",
-                                 "Quantity",       "HighBid",   "HighBidderFeedback", "SellerName",
-                                 "SellerFeedback"};
+    const QStringList bidMend = bidFind + QStringList{"SellerName", "SellerFeedback"};
 
     std::mt19937 random(20240315);
     auto chance = [&random](int percent) {
@@ -266,10 +279,7 @@ TEST_F(RepairTest, TheResultEqualsTheRowByRowWalkOverManyRandomRows) {
     };
     using Values = QHash<QString, QVariant>;
     auto fill = [&](const char* table, const QStringList& columns, int rows) {
-        QStringList marks;
-        for (qsizetype i = 0; i < columns.size() + 2; ++i) {
-            marks << QStringLiteral("?");
-        }
+        const QStringList marks(columns.size() + 2, QStringLiteral("?"));
         lw::core::Transaction tx(Db());
         lw::core::Statement insert =
             Db().Prepare(QStringLiteral("INSERT INTO ") + QString::fromLatin1(table) +
@@ -310,50 +320,36 @@ TEST_F(RepairTest, TheResultEqualsTheRowByRowWalkOverManyRandomRows) {
     };
     auto walk = [&](QHash<qint64, Values> rows, const QStringList& find, const QStringList& mend,
                     bool auctions) {
-        QHash<qint64, Values> out;
-        for (auto it = rows.begin(); it != rows.end(); ++it) {
-            Values values = it.value();
-            bool found = false;
-            for (const QString& column : find) {
-                found = found || values.value(column).isNull();
+        for (auto it = rows.begin(); it != rows.end();) {
+            Values& values = it.value();
+            const bool found =
+                std::any_of(find.begin(), find.end(),
+                            [&](const QString& column) { return values.value(column).isNull(); }) ||
+                (auctions && values.value(QStringLiteral("ItemTitle")).toString().isEmpty());
+            if (found && auctions &&
+                values.value(QStringLiteral("ItemNumber")).toString().trimmed().isEmpty()) {
+                it = rows.erase(it);
+                continue;
             }
-            if (auctions && values.value(QStringLiteral("ItemTitle")).toString().isEmpty()) {
-                found = true;
-            }
-            bool deleted = false;
-            if (found) {
-                for (const QString& column : mend) {
-                    const QVariant value = values.value(column);
-                    if (auctions && column == QLatin1String("ItemNumber") &&
-                        (value.isNull() || value.toString().trimmed().isEmpty())) {
-                        deleted = true;
-                        break;
-                    }
-                    if (value.isNull()) {
-                        values.insert(column, column == QLatin1String("EndDate")
-                                                  ? QVariant(kEndToday)
-                                                  : QVariant(kNa));
-                    }
+            for (const QString& column : found ? mend : QStringList()) {
+                if (values.value(column).isNull()) {
+                    values.insert(column, column == QLatin1String("EndDate") ? kEndToday : kNa);
                 }
             }
-            if (!deleted) {
-                out.insert(it.key(), values);
-            }
+            ++it;
         }
-        return out;
+        return rows;
     };
 
     constexpr int kRows = 5000;
-    QStringList auctionColumns = auctionFind;
-    QStringList bidColumns = bidMend;
     fill("Auctions", auctionColumns, kRows);
-    fill("Bids", bidColumns, kRows);
+    fill("Bids", bidMend, kRows);
     const auto expectedAuctions =
-        walk(snapshot("Auctions", auctionColumns), auctionFind, auctionMend, true);
-    const auto expectedBids = walk(snapshot("Bids", bidColumns), bidFind, bidMend, false);
+        walk(snapshot("Auctions", auctionColumns), auctionColumns, auctionColumns, true);
+    const auto expectedBids = walk(snapshot("Bids", bidMend), bidFind, bidMend, false);
     RepairNulls(Db(), kNow);
     const auto actualAuctions = snapshot("Auctions", auctionColumns);
-    const auto actualBids = snapshot("Bids", bidColumns);
+    const auto actualBids = snapshot("Bids", bidMend);
     EXPECT_LT(actualAuctions.size(), kRows) << "some rows must have been deleted";
     EXPECT_TRUE(actualAuctions == expectedAuctions);
     EXPECT_TRUE(actualBids == expectedBids);
@@ -373,134 +369,131 @@ protected:
         Insert("eBayCategories", {{"CategoryNumber", QStringLiteral("123")},
                                   {"CategoryName", QStringLiteral("Lamps & Lighting")},
                                   {"MetaCategoryName", QStringLiteral("Home & Garden")}});
-        lw::core::SaveSetting(kApp, kUser, QStringLiteral("eBayPost"), QStringLiteral("-1"));
-        lw::core::SaveSetting(kApp, kUser, QStringLiteral("eBayPostDate"),
-                              QStringLiteral("03/10/2024"));
     }
 
     qint64 Creator(const Row& changes = {}) {
-        Row row = {{"UserName", kUser},
-                   {"ACType", QStringLiteral("Old Auction")},
-                   {"CreationDate", QStringLiteral("2024-03-12 10:00:00")},
-                   {"eBayAuctionTitle", QStringLiteral("Brass Lamp ")},
-                   {"eBayCategory", QStringLiteral("123")},
-                   {"MinimumBid", 10.0},
-                   {"Quantity", 2},
-                   {"Shipping", 5.5},
-                   {"Insurance", 1.25},
-                   {"YourItemCost", 1234.5},
-                   {"ShippingMethod", QStringLiteral("UPS Ground")}};
-        for (const auto& [column, value] : changes) {
-            row = With(row, column, value);
-        }
-        return Insert("AuctionCreator", row);
+        return Insert("AuctionCreator",
+                      With({{"UserName", kUser},
+                            {"ACType", QStringLiteral("Old Auction")},
+                            {"CreationDate", QStringLiteral("2024-03-12 10:00:00")},
+                            {"eBayAuctionTitle", QStringLiteral("Brass Lamp ")},
+                            {"eBayCategory", QStringLiteral("123")},
+                            {"MinimumBid", 10.0},
+                            {"Quantity", 2},
+                            {"Shipping", 5.5},
+                            {"Insurance", 1.25},
+                            {"YourItemCost", 1234.5},
+                            {"ShippingMethod", QStringLiteral("UPS Ground")}},
+                           changes));
     }
 
     qint64 Auction(const QString& number, const Row& changes = {}) {
-        Row row = {{"UserName", kUser},
-                   {"ItemNumber", number},
-                   {"ItemTitle", QStringLiteral("  Brass Lamp")},
-                   {"ItemCategory", QStringLiteral("Home&Garden:Lamps&Lighting")},
-                   {"MinimumBid", QStringLiteral("$10.00")},
-                   {"Quantity", QStringLiteral("2")},
-                   {"StartDate", QStringLiteral("03/12/24")}};
-        for (const auto& [column, value] : changes) {
-            row = With(row, column, value);
-        }
-        return Insert("Auctions", row);
+        return Insert("Auctions",
+                      With({{"UserName", kUser},
+                            {"ItemNumber", number},
+                            {"ItemTitle", QStringLiteral("  Brass Lamp")},
+                            {"ItemCategory", QStringLiteral("Home&Garden:Lamps&Lighting")},
+                            {"MinimumBid", QStringLiteral("$10.00")},
+                            {"Quantity", QStringLiteral("2")},
+                            {"StartDate", QStringLiteral("03/12/24")}},
+                           changes));
     }
 
     QString Setting(const char* key) {
         return lw::core::GetSetting(kApp, kUser, QString::fromLatin1(key),
                                     QStringLiteral("<absent>"));
     }
+    qint64 LinkOf(qint64 auction) {
+        return Text("Auctions", auction, "AuctionCreatorID").toLongLong();
+    }
 };
 
 }  // namespace
 
-TEST_F(RepairReconcile, AFullMatchLinksTheAuctionAndCopiesTheCostsAsCurrency) {
-    const qint64 creator = Creator();
-    const qint64 auction = Auction(QStringLiteral("1001"));
-    ReconcileCreatorRows(Db(), kToday);
-    EXPECT_EQ(Text("Auctions", auction, "AuctionCreatorID").toLongLong(), creator);
-    EXPECT_EQ(Text("Auctions", auction, "ShippingCost"), QStringLiteral("$5.50"));
-    EXPECT_EQ(Text("Auctions", auction, "OrderShipping"), QStringLiteral("$5.50"));
-    EXPECT_EQ(Text("Auctions", auction, "InsuranceCost"), QStringLiteral("$1.25"));
-    EXPECT_EQ(Text("Auctions", auction, "ItemCost"), QStringLiteral("$1,234.50"));
-    EXPECT_EQ(Text("Auctions", auction, "ShippingMethod"), QStringLiteral("UPS Ground"));
-    EXPECT_EQ(Setting("eBayPost"), QStringLiteral("False"));
-    EXPECT_EQ(Setting("eBayPostDate"), QString());
-    EXPECT_TRUE(m_ui.History().empty());
-}
-
-TEST_F(RepairReconcile, EveryPartMustMatchForALink) {
-    Creator();
-    // Title and category right, quantity wrong: 1 + 2 + 4 = 7.
-    const qint64 quantity = Auction(QStringLiteral("1"), {{"Quantity", QStringLiteral("3")}});
-    const qint64 title =
-        Auction(QStringLiteral("2"), {{"ItemTitle", QStringLiteral("Brass lamp")}});
-    const qint64 category =
-        Auction(QStringLiteral("3"), {{"ItemCategory", QStringLiteral("Home & Garden: Lamps")}});
-    const qint64 price = Auction(QStringLiteral("4"), {{"MinimumBid", QStringLiteral("$10.01")}});
-    const qint64 noPrice = Auction(QStringLiteral("5"), {{"MinimumBid", QVariant()}});
-    ReconcileCreatorRows(Db(), kToday);
-    for (const qint64 auction : {quantity, title, category, price, noPrice}) {
-        EXPECT_EQ(Text("Auctions", auction, "AuctionCreatorID").toLongLong(), 0) << auction;
-        EXPECT_EQ(Text("Auctions", auction, "ShippingCost"), kNullCell) << auction;
+// The post mark says whether to reconcile at all, the post date since when:
+// only the user's old records and auctions of that day or later are tried,
+// and only an auction that matches a record in every part is linked to it,
+// the later record where two match, and takes its costs as currency.
+TEST_F(RepairReconcile, TheMarkTheDatesTheOwnersAndEveryPartDecideALink) {
+    // Pairs of a record and an auction of 03/12 that match but for what the
+    // pair changes; the quantity, on both sides, tells the pairs apart.
+    const struct {
+        const char* item;
+        int quantity;
+        Row creator;
+        Row auction;
+    } pairs[] = {
+        {"12", 2, {}, {}},
+        {"rec10", 3, {{"CreationDate", "2024-03-10 00:00:00"}}, {}},
+        {"auc10", 4, {}, {{"StartDate", "03/10/24"}}},
+        {"15", 5, {{"CreationDate", "2024-03-15 08:00:00"}}, {{"StartDate", "03/15/24"}}},
+        {"draft", 6, {{"ACType", "Draft"}}, {}},
+        {"ben's record", 7, {{"UserName", "Ben"}}, {}},
+        {"ben's auction", 8, {}, {{"UserName", "Ben"}}},
+        {"linked already", 9, {}, {{"AuctionCreatorID", 99}}},
+        // Title, category and price right, quantity wrong: 1 + 2 + 4 = 7.
+        {"quantity", 10, {}, {{"Quantity", "1"}}},
+        {"title", 11, {}, {{"ItemTitle", "Brass lamp"}}},
+        {"category", 12, {}, {{"ItemCategory", "Home & Garden: Lamps"}}},
+        {"price", 13, {}, {{"MinimumBid", "$10.01"}}},
+        {"no price", 14, {}, {{"MinimumBid", QVariant()}}},
+        // A category number without a row reads NONE.
+        {"unknown category", 15, {{"eBayCategory", "999"}}, {}},
+        {"none", 16, {{"eBayCategory", "999"}}, {{"ItemCategory", "NONE"}}},
+    };
+    struct Case {
+        const char* name;
+        const char* mark;
+        const char* postDate;
+        bool marked;
+        QStringList linked;  // the pairs linked
+    };
+    const Case cases[] = {
+        {"the creator's mark", "-1", "03/10/2024", true, {"12", "rec10", "auc10", "15", "none"}},
+        {"a mark by hand; since 03/11", " true ", "3/11/2024", true, {"12", "15", "none"}},
+        {"no post date: today", "-1", "", true, {"15"}},
+        {"no date: today", "True", "13/45/2024", true, {"15"}},
+        {"no mark", "False", "03/10/2024", false, {}},
+        {"an empty mark", "", "03/10/2024", false, {}},
+    };
+    const std::pair<const char*, const char*> costs[] = {{"ShippingCost", "$5.50"},
+                                                         {"OrderShipping", "$5.50"},
+                                                         {"InsuranceCost", "$1.25"},
+                                                         {"ItemCost", "$1,234.50"},
+                                                         {"ShippingMethod", "UPS Ground"}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Db().Exec(QStringLiteral("DELETE FROM AuctionCreator"));
+        Db().Exec(QStringLiteral("DELETE FROM Auctions"));
+        lw::core::SaveSetting(kApp, kUser, QStringLiteral("eBayPost"), QLatin1String(c.mark));
+        lw::core::SaveSetting(kApp, kUser, QStringLiteral("eBayPostDate"),
+                              QLatin1String(c.postDate));
+        Creator({{"Shipping", 9.0}, {"ShippingMethod", "Freight"}});  // an earlier match of "12"
+        std::vector<std::array<qint64, 3>> made;  // record, auction, its link before
+        for (const auto& pair : pairs) {
+            const Row quantity = {{"Quantity", pair.quantity}};
+            const qint64 auction = Auction(QLatin1String(pair.item), With(quantity, pair.auction));
+            made.push_back({Creator(With(quantity, pair.creator)), auction, LinkOf(auction)});
+        }
+        const int before = TotalChanges();
+        ReconcileCreatorRows(Db(), kToday);
+        for (size_t i = 0; i < std::size(pairs); ++i) {
+            const auto [creator, auction, was] = made[i];
+            const bool linked = c.linked.contains(QLatin1String(pairs[i].item));
+            EXPECT_EQ(LinkOf(auction), linked ? creator : was) << pairs[i].item;
+            for (const auto& [column, text] : costs) {
+                EXPECT_EQ(Text("Auctions", auction, column),
+                          linked ? QString::fromUtf8(text) : kNullCell)
+                    << pairs[i].item << ' ' << column;
+            }
+        }
+        if (c.marked) {
+            EXPECT_EQ(Setting("eBayPost"), QStringLiteral("False"));
+            EXPECT_EQ(Setting("eBayPostDate"), QString());
+        } else {
+            EXPECT_EQ(TotalChanges(), before);
+            EXPECT_EQ(Setting("eBayPostDate"), QLatin1String(c.postDate));
+        }
     }
-    EXPECT_EQ(Setting("eBayPost"), QStringLiteral("False"));
-}
-
-TEST_F(RepairReconcile, OnlyTheUsersOldAuctionsSinceThePostDateAreTried) {
-    Creator({{"CreationDate", QStringLiteral("2024-03-09 23:59:59")}});
-    Creator({{"ACType", QStringLiteral("Draft")}});
-    Creator({{"UserName", QStringLiteral("Ben")}});
-    const qint64 early = Auction(QStringLiteral("1"), {{"StartDate", QStringLiteral("03/09/24")}});
-    const qint64 linked = Auction(QStringLiteral("2"), {{"AuctionCreatorID", 99}});
-    const qint64 waiting = Auction(QStringLiteral("3"));
-    ReconcileCreatorRows(Db(), kToday);
-    EXPECT_EQ(Text("Auctions", waiting, "AuctionCreatorID").toLongLong(), 0);
-
-    // The creator record of the post date itself counts; the early auction
-    // and the one already linked do not.
-    lw::core::SaveSetting(kApp, kUser, QStringLiteral("eBayPost"), QStringLiteral("True"));
-    lw::core::SaveSetting(kApp, kUser, QStringLiteral("eBayPostDate"), QStringLiteral("3/10/2024"));
-    const qint64 creator = Creator({{"CreationDate", QStringLiteral("2024-03-10 00:00:00")}});
-    ReconcileCreatorRows(Db(), kToday);
-    EXPECT_EQ(Text("Auctions", waiting, "AuctionCreatorID").toLongLong(), creator);
-    EXPECT_EQ(Text("Auctions", early, "AuctionCreatorID").toLongLong(), 0);
-    EXPECT_EQ(Text("Auctions", linked, "AuctionCreatorID").toLongLong(), 99);
-}
-
-TEST_F(RepairReconcile, WithoutThePostMarkNothingHappens) {
-    Creator();
-    const qint64 auction = Auction(QStringLiteral("1001"));
-    lw::core::SaveSetting(kApp, kUser, QStringLiteral("eBayPost"), QStringLiteral("False"));
-    const int before = TotalChanges();
-    ReconcileCreatorRows(Db(), kToday);
-    EXPECT_EQ(TotalChanges(), before);
-    EXPECT_EQ(Text("Auctions", auction, "AuctionCreatorID").toLongLong(), 0);
-    EXPECT_EQ(Setting("eBayPostDate"), QStringLiteral("03/10/2024"));
-}
-
-TEST_F(RepairReconcile, AnEmptyPostDateMeansToday) {
-    lw::core::SaveSetting(kApp, kUser, QStringLiteral("eBayPostDate"), QString());
-    Creator();
-    const qint64 creatorToday =
-        Creator({{"CreationDate", QStringLiteral("2024-03-15 08:00:00")}, {"Quantity", 5}});
-    const qint64 before = Auction(QStringLiteral("1"));
-    const qint64 today = Auction(QStringLiteral("2"), {{"StartDate", QStringLiteral("03/15/24")},
-                                                       {"Quantity", QStringLiteral("5")}});
-    ReconcileCreatorRows(Db(), kToday);
-    EXPECT_EQ(Text("Auctions", before, "AuctionCreatorID").toLongLong(), 0);
-    EXPECT_EQ(Text("Auctions", today, "AuctionCreatorID").toLongLong(), creatorToday);
-}
-
-TEST_F(RepairReconcile, AnUnknownCategoryNumberReadsNone) {
-    const qint64 creator = Creator({{"eBayCategory", QStringLiteral("999")}});
-    const qint64 named = Auction(QStringLiteral("1"));
-    const qint64 none = Auction(QStringLiteral("2"), {{"ItemCategory", QStringLiteral("NONE")}});
-    ReconcileCreatorRows(Db(), kToday);
-    EXPECT_EQ(Text("Auctions", named, "AuctionCreatorID").toLongLong(), 0);
-    EXPECT_EQ(Text("Auctions", none, "AuctionCreatorID").toLongLong(), creator);
+    EXPECT_TRUE(m_ui.History().empty());
 }
