@@ -123,14 +123,14 @@ Row FullBid(const QString& itemNumber) {
 }
 
 Row With(Row row, const Row& changes) {
-    for (const auto& [column, value] : changes) {
-        const auto cell = std::find_if(row.begin(), row.end(), [column](const auto& cell) {
-            return QLatin1String(cell.first) == QLatin1String(column);
+    for (const auto& change : changes) {
+        const auto cell = std::find_if(row.begin(), row.end(), [&change](const auto& cell) {
+            return QLatin1String(cell.first) == QLatin1String(change.first);
         });
         if (cell == row.end()) {
-            row.push_back({column, value});
+            row.push_back(change);
         } else {
-            cell->second = value;
+            cell->second = change.second;
         }
     }
     return row;

@@ -425,9 +425,9 @@ private:
             {"item cost", ui::frmGeneral::ItemCostForm},
             {"posted", ui::frmGeneral::PostedForm},
             {"about", ui::frmGeneral::AboutForm}};
-        for (const auto& [name, form] : forms) {
-            add(QStringLiteral("frmGeneral ") + QLatin1String(name),
-                [form] { return std::make_unique<ui::frmGeneral>(form); });
+        for (const auto& named : forms) {
+            add(QStringLiteral("frmGeneral ") + QLatin1String(named.first),
+                [form = named.second] { return std::make_unique<ui::frmGeneral>(form); });
         }
         add(QStringLiteral("frmGeneral categories"), [this] {
             return std::make_unique<ui::frmGeneral>(ui::frmGeneral::CategoryForm, *m_db);
