@@ -26,6 +26,7 @@
 using lw::update::AheadFetch;
 using lw::update::FetchResult;
 using lw::update::PagePrefetcher;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -48,12 +49,12 @@ public:
                 m_started.notify_all();
                 return FetchResult::Cancelled;
             }
-            if (url.startsWith(QStringLiteral("slow"))) {
+            if (url.startsWith(u"slow"_s)) {
                 lock.unlock();
                 std::this_thread::sleep_for(std::chrono::milliseconds(30));
                 lock.lock();
             }
-            if (url.startsWith(QStringLiteral("bad"))) {
+            if (url.startsWith(u"bad"_s)) {
                 return FetchResult::Failed;
             }
             page = "page of " + url.toUtf8();
@@ -120,28 +121,52 @@ QStringList Addresses(int n, const char* prefix = "item") {
 
 }  // namespace
 
+// Over one connection the pages are fetched in the order asked and never more
+// than the depth ahead; over two, a page that comes late is still taken in its
+// place. A failed page is told as such, with nothing in it.
 TEST(PagePrefetcher, PagesComeInOrderEachFetchedOnceAndNeverBeyondTheDepth) {
-    FakeSite site;
-    PagePrefetcher ahead(site.Fetch(), 3);
-    const QStringList urls = Addresses(20) << QStringLiteral("bad0");
-    ahead.Ask(urls);
-    for (const QString& url : urls) {
-        QByteArray page;
-        const auto result = ahead.Take(url, page);
-        site.Taken();
-        ASSERT_TRUE(result.has_value()) << url.toStdString();
-        if (url.startsWith(QStringLiteral("bad"))) {
-            EXPECT_EQ(*result, FetchResult::Failed);
-            EXPECT_TRUE(page.isEmpty());
-        } else {
-            EXPECT_EQ(*result, FetchResult::Ok);
-            EXPECT_EQ(page, "page of " + url.toUtf8());
+    const struct {
+        const char* name;
+        int depth;
+        int connections;
+        QStringList urls;
+    } cases[] = {
+        {"one connection", 3, 1, Addresses(20) << u"bad0"_s},
+        {"two connections, some pages slow", 4, 2,
+         QStringList{u"slow0"_s, u"item1"_s, u"item2"_s, u"item3"_s, u"slow4"_s, u"item5"_s,
+                     u"item6"_s, u"item7"_s, u"slow8"_s, u"item9"_s, u"bad10"_s, u"item11"_s}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        FakeSite site;
+        PagePrefetcher ahead(site.Fetch(), c.depth, c.connections);
+        ahead.Ask(c.urls);
+        for (const QString& url : c.urls) {
+            QByteArray page;
+            const auto result = ahead.Take(url, page);
+            site.Taken();
+            ASSERT_TRUE(result.has_value()) << url.toStdString();
+            if (url.startsWith(u"bad"_s)) {
+                EXPECT_EQ(*result, FetchResult::Failed);
+                EXPECT_TRUE(page.isEmpty());
+            } else {
+                EXPECT_EQ(*result, FetchResult::Ok);
+                EXPECT_EQ(page, "page of " + url.toUtf8());
+            }
         }
+        EXPECT_EQ(ahead.Waiting(), 0);
+        QStringList asked = site.Asked();
+        if (c.connections == 1) {
+            EXPECT_EQ(asked, c.urls);
+            // The depth fetched ahead at most, and the one the taker waits for.
+            EXPECT_LE(site.MaxAhead(), c.depth + 1);
+        }
+        // Each once, whichever connection took it.
+        asked.sort();
+        QStringList expected = c.urls;
+        expected.sort();
+        EXPECT_EQ(asked, expected);
     }
-    EXPECT_EQ(site.Asked(), urls);
-    // Three fetched ahead at most, and the one the taker is waiting for.
-    EXPECT_LE(site.MaxAhead(), 4);
-    EXPECT_EQ(ahead.Waiting(), 0);
 }
 
 // A page's preparer runs on the thread that fetched it, and what it made goes
@@ -157,43 +182,20 @@ TEST(PagePrefetcher, WhatAPreparerMadeOfAPageComesWithIt) {
         made->items << QString::fromUtf8(page);
         return made;
     };
-    const QStringList urls{QStringLiteral("item1"), QStringLiteral("bad1"),
-                           QStringLiteral("item2")};
+    const QStringList urls{u"item1"_s, u"bad1"_s, u"item2"_s};
     ahead.Ask(urls, {prepare, prepare});
     for (const QString& url : urls) {
         QByteArray page;
         std::shared_ptr<const lw::update::PreparedPage> made;
         ASSERT_TRUE(ahead.Take(url, page, &made).has_value());
-        if (url == QStringLiteral("item1")) {
+        if (url == u"item1"_s) {
             ASSERT_NE(made, nullptr);
             EXPECT_TRUE(made->read) << "made on the fetching thread";
-            EXPECT_EQ(made->items, QStringList{QStringLiteral("page of item1")});
+            EXPECT_EQ(made->items, QStringList{u"page of item1"_s});
         } else {
             EXPECT_EQ(made, nullptr) << url.toStdString();
         }
     }
-}
-
-TEST(PagePrefetcher, OverTwoConnectionsAPageThatComesLateIsStillTakenInItsPlace) {
-    FakeSite site;
-    PagePrefetcher ahead(site.Fetch(), 4, 2);
-    QStringList urls;
-    for (int i = 0; i < 12; ++i) {
-        urls << (i % 4 == 0 ? QStringLiteral("slow") : QStringLiteral("item")) + QString::number(i);
-    }
-    ahead.Ask(urls);
-    for (const QString& url : urls) {
-        QByteArray page;
-        EXPECT_EQ(ahead.Take(url, page), FetchResult::Ok);
-        site.Taken();
-        EXPECT_EQ(page, "page of " + url.toUtf8());
-    }
-    QStringList asked = site.Asked();
-    EXPECT_EQ(asked.size(), urls.size());  // each once, whichever connection took it
-    asked.sort();
-    QStringList expected = urls;
-    expected.sort();
-    EXPECT_EQ(asked, expected);
 }
 
 TEST(PagePrefetcher, DroppingLetsTheTransfersUnderWayEndAndKeepsNoneOfTheirPages) {
@@ -207,9 +209,9 @@ TEST(PagePrefetcher, DroppingLetsTheTransfersUnderWayEndAndKeepsNoneOfTheirPages
     // The two under way end over their own connections; nothing dropped is
     // fetched afterwards, and a new address is.
     site.Release();
-    ahead.Ask({QStringLiteral("after")});
+    ahead.Ask({u"after"_s});
     QByteArray page;
-    EXPECT_EQ(ahead.Take(QStringLiteral("after"), page), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(u"after"_s, page), FetchResult::Ok);
     EXPECT_EQ(page, QByteArray("page of after"));
     EXPECT_EQ(site.Stopped(), 0);
     EXPECT_EQ(site.Asked().size(), 3);
@@ -222,19 +224,19 @@ TEST(PagePrefetcher, DroppingLetsTheTransfersUnderWayEndAndKeepsNoneOfTheirPages
 TEST(PagePrefetcher, PagesAskedForLaterOutliveThePresentPartAndAreTakenOncePromoted) {
     FakeSite site;
     PagePrefetcher ahead(site.Fetch(), 16, 2);
-    ahead.Ask({QStringLiteral("now1"), QStringLiteral("now2")});
-    ahead.Ask({QStringLiteral("next1"), QStringLiteral("next2")}, {}, true);
-    ahead.AskEarly(QStringLiteral("next-list"), true);
-    ahead.Ask({QStringLiteral("now3"), QStringLiteral("now4")});
+    ahead.Ask({u"now1"_s, u"now2"_s});
+    ahead.Ask({u"next1"_s, u"next2"_s}, {}, true);
+    ahead.AskEarly(u"next-list"_s, true);
+    ahead.Ask({u"now3"_s, u"now4"_s});
     QByteArray page;
     // Not yet the run's to take.
-    EXPECT_FALSE(ahead.Take(QStringLiteral("next1"), page).has_value());
+    EXPECT_FALSE(ahead.Take(u"next1"_s, page).has_value());
     // now1 and now2 are passed over and dropped; the later pages stay.
-    EXPECT_EQ(ahead.Take(QStringLiteral("now3"), page), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(u"now3"_s, page), FetchResult::Ok);
     EXPECT_EQ(ahead.Waiting(), 4);
     ahead.DropPresent();
     EXPECT_EQ(ahead.Waiting(), 3);
-    EXPECT_FALSE(ahead.Take(QStringLiteral("now4"), page).has_value());
+    EXPECT_FALSE(ahead.Take(u"now4"_s, page).has_value());
     ahead.Promote();
     for (const char* url : {"next1", "next2", "next-list"}) {
         EXPECT_EQ(ahead.Take(QLatin1String(url), page), FetchResult::Ok) << url;
@@ -266,37 +268,31 @@ TEST(PagePrefetcher, PagesHeldAheadStayWithinTheirBytes) {
     EXPECT_EQ(site.Asked(), urls);
 }
 
-TEST(PagePrefetcher, AnAddressNotAskedForIsLeftToTheCallerAndOneAskedFirstGoesBeforeTheRest) {
-    FakeSite site;
-    PagePrefetcher ahead(site.Fetch(), 4);
-    ahead.Ask(Addresses(3));
-    QByteArray page;
-    EXPECT_FALSE(ahead.Take(QStringLiteral("elsewhere"), page).has_value());
-    EXPECT_EQ(ahead.Waiting(), 3);
-    // Needed now: taken without dropping what was asked before it.
-    ahead.AskFirst(QStringLiteral("elsewhere"));
-    EXPECT_EQ(ahead.Take(QStringLiteral("elsewhere"), page), FetchResult::Ok);
-    EXPECT_EQ(page, QByteArray("page of elsewhere"));
-    EXPECT_EQ(ahead.Waiting(), 3);
-    EXPECT_EQ(ahead.Take(QStringLiteral("item0"), page), FetchResult::Ok);
-    EXPECT_EQ(page, QByteArray("page of item0"));
-}
-
-TEST(PagePrefetcher, TakingALaterAddressDropsTheOnesBeforeItAndTheSameAddressComesTwice) {
+TEST(PagePrefetcher, TakingFollowsTheAskedOrderAndAnAddressNotAskedForIsLeftToTheCaller) {
     FakeSite site;
     PagePrefetcher ahead(site.Fetch(), 8);
     // One item page asked for twice in a row, as two protocols of one
     // record read it.
-    ahead.Ask({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("c"),
-               QStringLiteral("d")});
+    ahead.Ask({u"a"_s, u"b"_s, u"c"_s, u"c"_s, u"d"_s});
     QByteArray page;
-    EXPECT_EQ(ahead.Take(QStringLiteral("c"), page), FetchResult::Ok);
+    EXPECT_FALSE(ahead.Take(u"elsewhere"_s, page).has_value());
+    EXPECT_EQ(ahead.Waiting(), 5);
+    // Needed now: taken without dropping what was asked before it.
+    ahead.AskFirst(u"elsewhere"_s);
+    EXPECT_EQ(ahead.Take(u"elsewhere"_s, page), FetchResult::Ok);
+    EXPECT_EQ(page, QByteArray("page of elsewhere"));
+    EXPECT_EQ(ahead.Waiting(), 5);
+    EXPECT_EQ(ahead.Take(u"a"_s, page), FetchResult::Ok);
+    EXPECT_EQ(page, QByteArray("page of a"));
+    // Taking a later address drops the ones before it; the same address
+    // comes twice.
+    EXPECT_EQ(ahead.Take(u"c"_s, page), FetchResult::Ok);
     EXPECT_EQ(ahead.Waiting(), 2);
-    EXPECT_EQ(ahead.Take(QStringLiteral("c"), page), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(u"c"_s, page), FetchResult::Ok);
     EXPECT_EQ(page, QByteArray("page of c"));
-    // "a" and "b" are gone: taking them now is the caller's own fetch.
-    EXPECT_FALSE(ahead.Take(QStringLiteral("a"), page).has_value());
-    EXPECT_EQ(ahead.Take(QStringLiteral("d"), page), FetchResult::Ok);
+    // "b" is gone: taking it now is the caller's own fetch.
+    EXPECT_FALSE(ahead.Take(u"b"_s, page).has_value());
+    EXPECT_EQ(ahead.Take(u"d"_s, page), FetchResult::Ok);
     EXPECT_EQ(ahead.Waiting(), 0);
 }
 
@@ -308,12 +304,12 @@ TEST(PagePrefetcher, APageAskedForEarlyGoesBeforeThePagesAskedBeforeItAndIsToldO
     QStringList told;
     bool toldHere = true;
     ahead.SetArrival([&](const QString& url, const QByteArray& page, FetchResult result) {
-        told << url + QStringLiteral(": ") + QString::fromUtf8(page);
+        told << url + u": "_s + QString::fromUtf8(page);
         toldHere = toldHere && std::this_thread::get_id() == taker && result == FetchResult::Ok;
     });
     const QStringList items = Addresses(4);
     ahead.Ask(items);
-    ahead.AskEarly(QStringLiteral("list1"));
+    ahead.AskEarly(u"list1"_s);
     ASSERT_TRUE(site.WaitForAsked(1));
     site.Release();
     // The first item was under way; the early page goes next.
@@ -321,13 +317,12 @@ TEST(PagePrefetcher, APageAskedForEarlyGoesBeforeThePagesAskedBeforeItAndIsToldO
     for (const QString& url : items) {
         EXPECT_EQ(ahead.Take(url, page), FetchResult::Ok);
     }
-    EXPECT_EQ(site.Asked(), (QStringList{QStringLiteral("item0"), QStringLiteral("list1"),
-                                         QStringLiteral("item1"), QStringLiteral("item2"),
-                                         QStringLiteral("item3")}));
-    EXPECT_EQ(told, QStringList{QStringLiteral("list1: page of list1")});
+    EXPECT_EQ(site.Asked(),
+              (QStringList{u"item0"_s, u"list1"_s, u"item1"_s, u"item2"_s, u"item3"_s}));
+    EXPECT_EQ(told, QStringList{u"list1: page of list1"_s});
     EXPECT_TRUE(toldHere);
     // It is still taken in its place, and told no more.
-    EXPECT_EQ(ahead.Take(QStringLiteral("list1"), page), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(u"list1"_s, page), FetchResult::Ok);
     EXPECT_EQ(page, QByteArray("page of list1"));
     EXPECT_EQ(told.size(), 1);
 }
@@ -336,7 +331,7 @@ TEST(PagePrefetcher, TheLaneRunsATransferOnAFetchingThreadBeforeThePagesWaitingT
     FakeSite site;
     site.Hold();
     PagePrefetcher ahead(site.Fetch(), 8, 1);
-    ahead.Ask({QStringLiteral("p0"), QStringLiteral("p1")});
+    ahead.Ask({u"p0"_s, u"p1"_s});
     ASSERT_TRUE(site.WaitForAsked(1));
     const std::thread::id caller = std::this_thread::get_id();
     std::thread::id performedOn;
@@ -361,8 +356,8 @@ TEST(PagePrefetcher, TheLaneRunsATransferOnAFetchingThreadBeforeThePagesWaitingT
     EXPECT_GE(ticks, 1);
     EXPECT_TRUE(ticksHere);
     QByteArray page;
-    EXPECT_EQ(ahead.Take(QStringLiteral("p0"), page), FetchResult::Ok);
-    EXPECT_EQ(ahead.Take(QStringLiteral("p1"), page), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(u"p0"_s, page), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(u"p1"_s, page), FetchResult::Ok);
 
     // A tick that says no stops the transfer; a failure of the transfer comes
     // out on the caller's thread.
@@ -392,7 +387,7 @@ TEST(PagePrefetcher, ATakerThatGivesUpGetsCancelledAndTheTransferIsStopped) {
     ahead.Ask(Addresses(5));
     ASSERT_TRUE(site.WaitForAsked(1));
     QByteArray page = "stale";
-    const auto result = ahead.Take(QStringLiteral("item0"), page);
+    const auto result = ahead.Take(u"item0"_s, page);
     EXPECT_EQ(result, FetchResult::Cancelled);
     EXPECT_EQ(looks, 3);
     EXPECT_TRUE(page.isEmpty());
@@ -414,26 +409,12 @@ TEST(PagePrefetcher, TheTakerSleepsThroughItsWaiterUntilThePageComes) {
                              wakeup.Wait();
                              return true;
                          });
-    ahead.Ask({QStringLiteral("held")});
+    ahead.Ask({u"held"_s});
     ASSERT_TRUE(site.WaitForAsked(1));
     QByteArray page;
-    EXPECT_EQ(ahead.Take(QStringLiteral("held"), page), FetchResult::Ok);
+    EXPECT_EQ(ahead.Take(u"held"_s, page), FetchResult::Ok);
     EXPECT_EQ(page, QByteArray("page of held"));
     EXPECT_GE(sleeps, 1);
-}
-
-TEST(PagePrefetcher, DropForgetsWhatWasAskedAndANewPageIsAskedAfresh) {
-    FakeSite site;
-    PagePrefetcher ahead(site.Fetch(), 2);
-    ahead.Ask(Addresses(4, "first"));
-    ahead.Drop();
-    EXPECT_EQ(ahead.Waiting(), 0);
-    ahead.Ask(Addresses(2, "second"));
-    QByteArray page;
-    EXPECT_EQ(ahead.Take(QStringLiteral("second1"), page), FetchResult::Ok);
-    EXPECT_EQ(page, QByteArray("page of second1"));
-    // Of the first page's addresses, at most the window was fetched.
-    EXPECT_LE(site.Asked().filter(QStringLiteral("first")).size(), 2);
 }
 
 TEST(PagePrefetcher, GoingAwayStopsAHeldTransfer) {

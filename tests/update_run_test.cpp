@@ -33,6 +33,7 @@ using lw::core::Database;
 using lw::test::ScriptedUi;
 using lw::test::SourceDir;
 using lw::test::TempRoot;
+using namespace Qt::StringLiterals;
 
 static void PrintTo(const QString& text, std::ostream* out) {
     *out << '"' << text.toStdString() << '"';
@@ -98,11 +99,16 @@ const char* kRules =
     "\n"
     "[Sites]\nSite0=eBay\nSite1=Other Site\n";
 
+// The address of the list page from `skip` on, with the good password.
+QString ListUrl(int skip) {
+    return u"http://site/selling?pass=good&skip="_s + QString::number(skip);
+}
+
 // A site time an hour behind the local clock, as the site writes it.
 QString SiteClock() {
     return QLocale::c().toString(QDateTime::currentDateTime().addSecs(-3600),
-                                 QStringLiteral("dddd, MMMM dd, yyyy hh:mm:ss")) +
-           QStringLiteral(" PDT");
+                                 u"dddd, MMMM dd, yyyy hh:mm:ss"_s) +
+           u" PDT"_s;
 }
 
 class RunTest : public ::testing::Test {
@@ -141,9 +147,8 @@ protected:
         lw::core::ResetSession(&m_ui);
         QString error;
         ASSERT_TRUE(lw::core::SetupDirectories(m_root.Path(), &error)) << error.toStdString();
-        lw::core::SetCurrentUser(QStringLiteral("seller1"));
-        m_db.emplace(
-            lw::core::OpenOrCreateStore(m_root.File(QStringLiteral("Lotwright.db")), SourceDir()));
+        lw::core::SetCurrentUser(u"seller1"_s);
+        m_db.emplace(lw::core::OpenOrCreateStore(m_root.File(u"Lotwright.db"_s), SourceDir()));
         m_db->Exec(QStringLiteral(
             "INSERT INTO Users (UserName, isDefault) VALUES ('seller1', 1);"
             "INSERT INTO UserSites (UserName, AuctionSiteFlag, UserID) VALUES ('seller1', 0, "
@@ -152,17 +157,14 @@ protected:
         m_view.ui = &m_ui;
         m_view.release = &m_holdReleased;
 
-        m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] =
-            lw::test::ListPage({{"101", "First"}, {"102", "Second"}});
-        m_pages[QStringLiteral("http://site/selling?pass=good&skip=2")] =
-            lw::test::ListPage({{"103", "Third"}});
-        m_pages[QStringLiteral("http://site/selling?pass=good&skip=4")] = lw::test::ListPage({});
-        m_pages[QStringLiteral("http://site/bidding")] = lw::test::ListPage({{"201", "A bid"}});
-        m_pages[QStringLiteral("http://site/time")] =
+        m_pages[ListUrl(0)] = lw::test::ListPage({{"101", "First"}, {"102", "Second"}});
+        m_pages[ListUrl(2)] = lw::test::ListPage({{"103", "Third"}});
+        m_pages[ListUrl(4)] = lw::test::ListPage({});
+        m_pages[u"http://site/bidding"_s] = lw::test::ListPage({{"201", "A bid"}});
+        m_pages[u"http://site/time"_s] =
             QByteArray("<!-- CLOCK -->The time is: ") + SiteClock().toUtf8() +
             "<!-- /CLOCK --><!-- ITEMS --><td class=n>101<!-- /ITEMS -->";
-        m_pages[QStringLiteral("http://site/item?no=101")] =
-            "<!-- ITEM --><td class=cat>Toys<!-- /ITEM -->";
+        m_pages[u"http://site/item?no=101"_s] = "<!-- ITEM --><td class=cat>Toys<!-- /ITEM -->";
     }
 
     // The session must not keep speaking through this fixture's Ui.
@@ -176,8 +178,7 @@ protected:
             ASSERT_GE(at, 0) << from.toStdString();
             text.replace(at, from.size(), to);
         }
-        m_rules.SetText(kSiteStore,
-                        text.replace(u'\n', QStringLiteral("\r\n")) + QStringLiteral("\r\n\r\n"));
+        m_rules.SetText(kSiteStore, text.replace(u'\n', u"\r\n"_s) + u"\r\n\r\n"_s);
     }
 
     UpdateHooks Hooks() {
@@ -197,10 +198,10 @@ protected:
         hooks.buildUrl = [this](const QString& url, int, const QStringList& fields,
                                 const QStringList& values, qint64 offset) {
             QString built = url;
-            built.replace(QStringLiteral("[PASSWORD]"), m_password);
-            built.replace(QStringLiteral("[SKIP]"), QString::number(offset));
+            built.replace(u"[PASSWORD]"_s, m_password);
+            built.replace(u"[SKIP]"_s, QString::number(offset));
             for (qsizetype i = 0; i < fields.size() && i < values.size(); ++i) {
-                built.replace(QStringLiteral("[") + fields[i] + QStringLiteral("]"), values[i]);
+                built.replace(u"["_s + fields[i] + u"]"_s, values[i]);
             }
             return built;
         };
@@ -251,7 +252,7 @@ protected:
 
     // The fake site's answer to url.
     FetchResult Serve(const QString& url, QByteArray& page) const {
-        if (m_everyPage && url.contains(QStringLiteral("selling"))) {
+        if (m_everyPage && url.contains(u"selling"_s)) {
             page = *m_everyPage;
             return FetchResult::Ok;
         }
@@ -270,19 +271,25 @@ protected:
         const std::lock_guard lock(m_aheadMutex);
         return m_fetchedAhead;
     }
+    // Every address fetched, over the run's connections or not.
+    QStringList AllFetched() { return m_fetched + FetchedAhead(); }
 
     UpdateRun::Result Activate(const QStringList& list) { return Activate(*m_db, list); }
     UpdateRun::Result Activate(Database& db, const QStringList& list) {
         UpdateRun run(db, m_view, Hooks(), m_rules);
         const UpdateRun::Result result = run.Activate(list);
         m_failedProtocols = run.FailedProtocols();
+        if (m_fetchAhead) {
+            // Every page came over the run's connections.
+            EXPECT_TRUE(m_fetched.isEmpty()) << m_fetched.join(u' ').toStdString();
+        }
         return result;
     }
 
     // Item pages for 102 and 103 ("Books 102", "Books 103"); 101's is Toys.
     void AddBookPages() {
         for (const char* number : {"102", "103"}) {
-            m_pages[QStringLiteral("http://site/item?no=") + QLatin1String(number)] =
+            m_pages[u"http://site/item?no="_s + QLatin1String(number)] =
                 QByteArray("<!-- ITEM --><td class=cat>Books ") + number + "<!-- /ITEM -->";
         }
     }
@@ -296,7 +303,7 @@ protected:
     qint64 Count(const QString& sql) { return m_db->ScalarInt(sql); }
     QString Text(const QString& sql) {
         lw::core::Statement s = m_db->Prepare(sql);
-        return s.Step() ? s.Text(0) : QStringLiteral("<no row>");
+        return s.Step() ? s.Text(0) : u"<no row>"_s;
     }
 
     // What must hold after every update, whatever happened in it.
@@ -304,8 +311,8 @@ protected:
         EXPECT_EQ(
             Text(QStringLiteral("SELECT LastUpdate FROM UserSites WHERE UserName='seller1' AND "
                                 "AuctionSiteFlag=0")),
-            QStringLiteral("05/23/26 14:05:09 PST"));
-        EXPECT_EQ(Count(QStringLiteral("SELECT Updates FROM Tracking")), updates);
+            u"05/23/26 14:05:09 PST"_s);
+        EXPECT_EQ(Count(u"SELECT Updates FROM Tracking"_s), updates);
         EXPECT_EQ(m_repairs, updates);
         EXPECT_EQ(m_redraws, updates);
     }
@@ -332,8 +339,8 @@ protected:
     std::mutex m_aheadMutex;
     QStringList m_fetchedAhead;
     std::atomic<bool> m_aheadStopped{false};
-    QString m_password = QStringLiteral("good");
-    QString m_refreshTo = QStringLiteral("good");
+    QString m_password = u"good"_s;
+    QString m_refreshTo = u"good"_s;
     bool m_refreshWorks = true;
     bool m_checkPasses = true;
     int m_checks = 0;
@@ -343,374 +350,342 @@ protected:
     int m_redraws = 0;
 };
 
+// Runs once with each page fetched as the run comes to it and once with
+// every page over the run's connections, read ahead.
+class RunBothWays : public RunTest, public ::testing::WithParamInterface<bool> {
+protected:
+    void SetUp() override {
+        RunTest::SetUp();
+        m_fetchAhead = GetParam();
+    }
+};
+
 }  // namespace
 
 // ------------------------------------------------------------ a whole update
 
 TEST_F(RunTest, PagesAreFetchedScannedAndWrittenWithTheWindowsWords) {
-    const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+    const auto result = Activate({u"Current Auctions eBay"_s, u"Current Time eBay"_s});
     EXPECT_EQ(result, UpdateRun::Result::Complete);
-    EXPECT_EQ(m_fetched, (QStringList{QStringLiteral("http://site/selling?pass=good&skip=0"),
-                                      QStringLiteral("http://site/selling?pass=good&skip=2"),
-                                      QStringLiteral("http://site/selling?pass=good&skip=4"),
-                                      QStringLiteral("http://site/time")}));
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions WHERE UserName='seller1'")), 3);
-    EXPECT_EQ(Text(QStringLiteral("SELECT ItemTitle FROM Auctions WHERE ItemNumber='103'")),
-              QStringLiteral("Third"));
+    EXPECT_EQ(m_fetched, (QStringList{ListUrl(0), ListUrl(2), ListUrl(4), u"http://site/time"_s}));
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Auctions WHERE UserName='seller1'"_s), 3);
+    EXPECT_EQ(Text(u"SELECT ItemTitle FROM Auctions WHERE ItemNumber='103'"_s), u"Third"_s);
     EXPECT_EQ(
         m_view.statuses,
-        (QStringList{QStringLiteral("Preparing update"), QStringLiteral("Preparing Update."),
-                     QStringLiteral("Fetching My Sales"), QStringLiteral("Processing My Sales"),
-                     QStringLiteral("Processing My Sales"), QStringLiteral("Processing My Sales"),
-                     QStringLiteral("Fetching Site Time"), QStringLiteral("Processing Site Time"),
-                     QStringLiteral("Update complete.")}));
-    EXPECT_EQ(m_view.connects.first(), QStringLiteral("My Sales retrieved successfully."));
-    EXPECT_EQ(m_view.urls.last(), QStringLiteral("http://site/time"));
-    // Step Int(100 / 4) = 25: once on a protocol's first page, once at its end.
+        (QStringList{u"Preparing update"_s, u"Preparing Update."_s, u"Fetching My Sales"_s,
+                     u"Processing My Sales"_s, u"Processing My Sales"_s, u"Processing My Sales"_s,
+                     u"Fetching Site Time"_s, u"Processing Site Time"_s, u"Update complete."_s}));
+    EXPECT_EQ(m_view.connects.first(), u"My Sales retrieved successfully."_s);
+    EXPECT_EQ(m_view.urls.last(), u"http://site/time"_s);
+    // Step Int(100 / 4) = 25: once on a protocol's first page, once at its
+    // end. The step is the whole part, so it never passes a hundred.
     EXPECT_EQ(m_view.progress, (QList<int>{0, 25, 50, 75, 100}));
-    EXPECT_TRUE(m_ui.Messages().isEmpty()) << m_ui.Messages().join(u'|').toStdString();
-    EXPECT_EQ(m_checks, 1);
-    EXPECT_EQ(m_reports, 1);
-    // update.txt holds the last page of a main protocol.
-    QFile last(UpdateRun::UpdatePagePath());
-    ASSERT_TRUE(last.open(QIODevice::ReadOnly));
-    EXPECT_EQ(last.readAll(), m_pages[QStringLiteral("http://site/time")]);
-    EXPECT_TRUE(m_failedProtocols.isEmpty());
-    ExpectEndOfRun();
-}
-
-TEST_F(RunTest, ANewSiteTimeSetsTheCorrectionInTableAndSession) {
-    Activate({QStringLiteral("Current Time eBay")});
-    const double correction =
-        lw::core::Val(Text(QStringLiteral("SELECT eBayCorrection FROM Global")));
-    EXPECT_NEAR(correction, 3600, 5);
-    EXPECT_NEAR(lw::core::Val(CurrentSession().SiteCorrection), 3600, 5);
-}
-
-TEST_F(RunTest, ProgressStepsAreTheWholePartAndNeverPassAHundred) {
     EXPECT_EQ(UpdateRun::ProgressStep(3), 16);
     EXPECT_EQ(UpdateRun::ProgressStep(1), 50);
     EXPECT_EQ(UpdateRun::ProgressStep(0), 0);
-    Activate({QStringLiteral("Current Auctions eBay")});
-    EXPECT_EQ(m_view.progress, (QList<int>{0, 50, 100}));
+    EXPECT_TRUE(m_ui.Messages().isEmpty()) << m_ui.Messages().join(u'|').toStdString();
+    EXPECT_EQ(m_checks, 1);
+    EXPECT_EQ(m_reports, 1);
+    EXPECT_TRUE(m_failedProtocols.isEmpty());
+    // The new site time sets the correction in the table and the session.
+    EXPECT_NEAR(lw::core::Val(Text(u"SELECT eBayCorrection FROM Global"_s)), 3600, 5);
+    EXPECT_NEAR(lw::core::Val(CurrentSession().SiteCorrection), 3600, 5);
+    ExpectEndOfRun();
 }
 
-// update.txt holds the last list page of the run as it came, whatever stood
+// update.txt holds the last main page of the run as it came, whatever stood
 // there before, and nothing once the last list page could not be fetched.
-TEST_F(RunTest, UpdateTxtHoldsTheLastListPageWhenTheRunEnds) {
+TEST_F(RunTest, UpdateTxtHoldsTheLastMainPageWhenTheRunEnds) {
     const QString path = UpdateRun::UpdatePagePath();
     {
         QFile earlier(path);
         ASSERT_TRUE(earlier.open(QIODevice::WriteOnly));
         earlier.write("a page of an earlier run");
     }
-    Activate({QStringLiteral("Current Auctions eBay")});
-    EXPECT_EQ(lw::test::ReadAll(path),
-              m_pages[QStringLiteral("http://site/selling?pass=good&skip=4")]);
+    Activate({u"Current Auctions eBay"_s, u"Current Time eBay"_s});
+    EXPECT_EQ(lw::test::ReadAll(path), m_pages[u"http://site/time"_s]);
 
-    m_results[QStringLiteral("http://site/selling?pass=good&skip=2")] = FetchResult::Failed;
-    Activate({QStringLiteral("Current Auctions eBay")});
+    m_results[ListUrl(2)] = FetchResult::Failed;
+    Activate({u"Current Auctions eBay"_s, u"Current Time eBay"_s});
     EXPECT_FALSE(QFile::exists(path));
 }
 
+// ------------------------------------------------------------ the run's guards, both ways
+
+// Read ahead, the site time fails while My Sales is written: the failure is
+// told when the run gets to it, after every sale is in, and nothing after it
+// runs.
+TEST_P(RunBothWays, AConnectionFailureIsToldInItsTurnAbortsTheRestAndTheEndStepsStillRun) {
+    m_results[u"http://site/time"_s] = FetchResult::Failed;
+    const auto result =
+        Activate({u"Current Auctions eBay"_s, u"Current Time eBay"_s, u"Current Bids eBay"_s});
+    EXPECT_EQ(result, UpdateRun::Result::Aborted);
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Auctions"_s), 3);
+    EXPECT_EQ(AllFetched().count(u"http://site/time"_s), 1);
+    EXPECT_FALSE(m_fetched.contains(u"http://site/bidding"_s));
+    EXPECT_FALSE(m_view.statuses.contains(u"Fetching My Bids"_s));
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Bids"_s), 0);
+    EXPECT_EQ(
+        m_ui.Messages(),
+        QStringList{u"Retrieval of Site Time from eBay failed.  There is a connection problem or "
+                    u"eBay is experiencing technical difficulties.  Update aborted."_s});
+    EXPECT_EQ(m_ui.Titles(), QStringList{u"Connection Error"_s});
+    EXPECT_EQ(m_view.connects.last(), u"Current Time eBay connection error."_s);
+    EXPECT_FALSE(m_view.statuses.contains(u"Update complete."_s));
+    ExpectEndOfRun();
+}
+
+// Read ahead, the protocol after the first asks for its pages with the stale
+// password too; after the refresh both go with the new one.
+TEST_P(RunBothWays, AMissingMarkerRefreshesThePasswordOnceAndStartsTheProtocolAfresh) {
+    m_password = u"stale"_s;
+    m_pages[u"http://site/selling?pass=stale&skip=0"_s] = "<html>Sign in</html>";
+    AddBookPages();
+    EXPECT_EQ(Activate({u"Current Auctions eBay"_s, u"Paged Details eBay"_s}),
+              UpdateRun::Result::Complete);
+    EXPECT_EQ(m_refreshes, 1);
+    EXPECT_TRUE(m_view.statuses.contains(u"Updating Configuration"_s));
+    EXPECT_EQ(WrittenCategories(), u"101=Toys 102=Books 102 103=Books 103"_s);
+    EXPECT_TRUE(m_ui.Messages().isEmpty()) << m_ui.Messages().join(u'|').toStdString();
+}
+
+TEST_P(RunBothWays, ASiteThatAnswersEveryOffsetAlikeFailsTheProtocol) {
+    m_everyPage = lw::test::ListPage({{"101", "First"}, {"102", "Second"}});
+    EXPECT_EQ(Activate({u"Current Auctions eBay"_s, u"Current Time eBay"_s}),
+              UpdateRun::Result::Complete);
+    if (!GetParam()) {
+        // Read ahead, pages past the repeated one may have gone out as well.
+        EXPECT_EQ(m_fetched, (QStringList{ListUrl(0), ListUrl(2), u"http://site/time"_s}));
+    }
+    EXPECT_EQ(
+        m_ui.Messages(),
+        QStringList{u"My Sales could not be processed.  Continuing with remainder of update."_s});
+    EXPECT_EQ(m_failedProtocols, QStringList{u"Current Auctions eBay"_s});
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Auctions"_s), 2);
+}
+
+TEST_P(RunBothWays, PagingWithAnAddressThatDoesNotChangeEnds) {
+    // Iterate with a fixed skip: the second page would be the first again.
+    EXPECT_EQ(Activate({u"Watching Items eBay"_s}), UpdateRun::Result::Complete);
+    EXPECT_EQ(AllFetched(), QStringList{ListUrl(0)});
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Bids"_s), 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Fetch, RunBothWays, ::testing::Bool(), [](const auto& info) {
+    return std::string(info.param ? "Ahead" : "AsReached");
+});
+
 // ------------------------------------------------------------ failures
 
-TEST_F(RunTest, AConnectionFailureAbortsTheRestAndTheEndStepsStillRun) {
-    m_results[QStringLiteral("http://site/selling?pass=good&skip=0")] = FetchResult::Failed;
-    const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
-    EXPECT_EQ(result, UpdateRun::Result::Aborted);
-    EXPECT_EQ(m_fetched.size(), 1);
-    EXPECT_EQ(m_ui.Messages(),
-              QStringList{QStringLiteral(
-                  "Retrieval of My Sales from eBay failed.  There is a connection problem or eBay "
-                  "is experiencing technical difficulties.  Update aborted.")});
-    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Connection Error")});
-    EXPECT_EQ(m_view.connects.last(), QStringLiteral("Current Auctions eBay connection error."));
-    EXPECT_FALSE(m_view.statuses.contains(QStringLiteral("Update complete.")));
-    ExpectEndOfRun();
-}
-
-// Read ahead while My Sales is written, the site time fails: the failure
-// is told when the run gets to it, after every sale is in.
-TEST_F(RunTest, AFailedPageOfTheNextProtocolIsToldInItsTurn) {
-    m_fetchAhead = true;
-    m_results[QStringLiteral("http://site/time")] = FetchResult::Failed;
-    const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
-    EXPECT_EQ(result, UpdateRun::Result::Aborted);
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
-    EXPECT_EQ(FetchedAhead().count(QStringLiteral("http://site/time")), 1);
-    EXPECT_EQ(m_ui.Messages(),
-              QStringList{QStringLiteral(
-                  "Retrieval of Site Time from eBay failed.  There is a connection problem or "
-                  "eBay is experiencing technical difficulties.  Update aborted.")});
-    EXPECT_EQ(m_view.connects.last(), QStringLiteral("Current Time eBay connection error."));
-    ExpectEndOfRun();
-}
-
-TEST_F(RunTest, AMissingMarkerRefreshesThePasswordOnceAndRetries) {
-    m_password = QStringLiteral("stale");
-    m_pages[QStringLiteral("http://site/selling?pass=stale&skip=0")] = "<html>Sign in</html>";
-    Activate({QStringLiteral("Current Auctions eBay")});
-    EXPECT_EQ(m_refreshes, 1);
-    EXPECT_TRUE(m_view.statuses.contains(QStringLiteral("Updating Configuration")));
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
-    EXPECT_TRUE(m_ui.Messages().isEmpty());
-}
-
 TEST_F(RunTest, AfterTheOneRefreshAProtocolWithoutMarkersIsPassedOver) {
-    m_password = QStringLiteral("stale");
-    m_refreshTo = QStringLiteral("stale");
-    m_pages[QStringLiteral("http://site/selling?pass=stale&skip=0")] = "<html>Sign in</html>";
-    m_pages[QStringLiteral("http://site/bidding")] = "<html>also changed</html>";
+    m_password = u"stale"_s;
+    m_refreshTo = u"stale"_s;
+    m_pages[u"http://site/selling?pass=stale&skip=0"_s] = "<html>Sign in</html>";
+    m_pages[u"http://site/bidding"_s] = "<html>also changed</html>";
     const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Bids eBay"),
-                  QStringLiteral("Current Time eBay")});
+        Activate({u"Current Auctions eBay"_s, u"Current Bids eBay"_s, u"Current Time eBay"_s});
     EXPECT_EQ(result, UpdateRun::Result::Complete);
     // One refresh for the whole update, not one per protocol.
     EXPECT_EQ(m_refreshes, 1);
     // "Current Bids eBay" fails without a word; the rest goes on.
-    EXPECT_EQ(m_ui.Messages(),
-              QStringList{QStringLiteral(
-                  "My Sales could not be processed.  Continuing with remainder of update.")});
-    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("My Sales")});
-    EXPECT_TRUE(m_view.connects.contains(QStringLiteral("My Sales update unsuccessful.")));
-    EXPECT_FALSE(m_view.connects.contains(QStringLiteral("My Bids update unsuccessful.")));
-    EXPECT_EQ(Text(QStringLiteral("SELECT eBayTime FROM Global")).right(3), QStringLiteral("PDT"));
-    EXPECT_TRUE(m_view.statuses.contains(QStringLiteral("Update complete.")));
+    EXPECT_EQ(
+        m_ui.Messages(),
+        QStringList{u"My Sales could not be processed.  Continuing with remainder of update."_s});
+    EXPECT_EQ(m_ui.Titles(), QStringList{u"My Sales"_s});
+    EXPECT_TRUE(m_view.connects.contains(u"My Sales update unsuccessful."_s));
+    EXPECT_FALSE(m_view.connects.contains(u"My Bids update unsuccessful."_s));
+    EXPECT_EQ(Text(u"SELECT eBayTime FROM Global"_s).right(3), u"PDT"_s);
+    EXPECT_TRUE(m_view.statuses.contains(u"Update complete."_s));
     // Steps of 16: a protocol that failed adds one, one that ran adds two.
     EXPECT_EQ(m_view.progress, (QList<int>{0, 16, 32, 48, 64}));
     // The command line's exit code counts the failures told.
-    EXPECT_EQ(m_failedProtocols, QStringList{QStringLiteral("Current Auctions eBay")});
-    // update.txt holds the last main page fetched, whether it was read or not.
-    QFile kept(UpdateRun::UpdatePagePath());
-    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
-    EXPECT_EQ(kept.readAll(), m_pages[QStringLiteral("http://site/time")]);
+    EXPECT_EQ(m_failedProtocols, QStringList{u"Current Auctions eBay"_s});
 }
 
 TEST_F(RunTest, ARefusedQueryStringIsToldByProtocolAndTheRestGoesOn) {
-    m_pages[QStringLiteral("http://site/account")] = lw::test::ListPage({{"1", "x"}});
-    Activate({QStringLiteral("Account Information eBay"), QStringLiteral("Current Time eBay")});
+    m_pages[u"http://site/account"_s] = lw::test::ListPage({{"1", "x"}});
+    Activate({u"Account Information eBay"_s, u"Current Time eBay"_s});
     ASSERT_EQ(m_ui.Messages().size(), 2);
-    EXPECT_TRUE(m_ui.Messages()[0].contains(QStringLiteral("\"Account Information eBay\"")));
-    EXPECT_EQ(m_ui.Messages()[1], QStringLiteral("Account could not be processed.  Continuing "
-                                                 "with remainder of update."));
-    EXPECT_NE(Text(QStringLiteral("SELECT eBayTime FROM Global")), QString());
+    EXPECT_TRUE(m_ui.Messages()[0].contains(u"\"Account Information eBay\""_s));
+    EXPECT_EQ(m_ui.Messages()[1],
+              u"Account could not be processed.  Continuing with remainder of update."_s);
+    EXPECT_NE(Text(u"SELECT eBayTime FROM Global"_s), QString());
 }
 
 TEST_F(RunTest, AFailedAncillaryQueryEndsThatAncillaryQuietly) {
-    EditRules(QStringLiteral("QueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=1\n"
-                             "Item1=ItemCategory"),
-              QStringLiteral("QueryString=DELETE FROM Auctions\nItems=1\nItem1=ItemCategory"));
-    EXPECT_EQ(Activate({QStringLiteral("Auction Details eBay")}), UpdateRun::Result::Complete);
+    EditRules(
+        u"QueryString=SELECT * FROM Auctions WHERE ItemNumber='[1]'\nItems=1\n"
+        u"Item1=ItemCategory"_s,
+        u"QueryString=DELETE FROM Auctions\nItems=1\nItem1=ItemCategory"_s);
+    EXPECT_EQ(Activate({u"Auction Details eBay"_s}), UpdateRun::Result::Complete);
     EXPECT_TRUE(m_ui.Messages().isEmpty()) << m_ui.Messages().join(u'|').toStdString();
     EXPECT_TRUE(m_failedProtocols.isEmpty());
     // The main record is written; the item page's part is not.
-    EXPECT_EQ(Text(QStringLiteral("SELECT IFNULL(ItemCategory, 'none') FROM Auctions WHERE "
-                                  "ItemNumber='101'")),
-              QStringLiteral("none"));
-    EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Update complete."));
+    EXPECT_EQ(Text(u"SELECT IFNULL(ItemCategory, 'none') FROM Auctions WHERE ItemNumber='101'"_s),
+              u"none"_s);
+    EXPECT_EQ(m_view.statuses.last(), u"Update complete."_s);
 }
 
 TEST_F(RunTest, AProtocolWhoseItemsIsNoCountIsRefusedBeforeItsFirstPage) {
     for (const char* items : {"Items=0\n", "Items=-3\n", "Items=all\n", ""}) {
         SCOPED_TRACE(items);
-        EditRules(QStringLiteral("Iterate=True\nIterateSkip=2\nGStart=<!-- BEGIN -->\n"
-                                 "Gend=<!-- END -->\nQueryString=SELECT * FROM Auctions WHERE "
-                                 "ItemNumber='[1]'\nItems=2\n"),
-                  QStringLiteral("Iterate=True\nIterateSkip=2\nGStart=<!-- BEGIN -->\n"
-                                 "Gend=<!-- END -->\nQueryString=SELECT * FROM Auctions WHERE "
-                                 "ItemNumber='[1]'\n") +
-                      QString::fromUtf8(items));
+        // The first list query in the rules is My Sales'.
+        EditRules(u"ItemNumber='[1]'\nItems=2\n"_s,
+                  u"ItemNumber='[1]'\n"_s + QString::fromUtf8(items));
         m_fetched.clear();
         const qsizetype told = m_ui.Messages().size();
-        const auto result = Activate(
-            {QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+        const auto result = Activate({u"Current Auctions eBay"_s, u"Current Time eBay"_s});
         EXPECT_EQ(result, UpdateRun::Result::Complete);
-        EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/time")});
+        EXPECT_EQ(m_fetched, QStringList{u"http://site/time"_s});
         ASSERT_EQ(m_ui.Messages().size(), told + 1);
         EXPECT_TRUE(m_ui.Messages().last().startsWith(
-            QStringLiteral("The protocol \"Current Auctions eBay\" cannot run: its key Items ")))
+            u"The protocol \"Current Auctions eBay\" cannot run: its key Items "_s))
             << m_ui.Messages().last().toStdString();
-        EXPECT_EQ(m_ui.Titles().last(), QStringLiteral("Protocol Error"));
-        EXPECT_EQ(m_failedProtocols, QStringList{QStringLiteral("Current Auctions eBay")});
-        EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 0);
+        EXPECT_EQ(m_ui.Titles().last(), u"Protocol Error"_s);
+        EXPECT_EQ(m_failedProtocols, QStringList{u"Current Auctions eBay"_s});
+        EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Auctions"_s), 0);
     }
 }
 
 TEST_F(RunTest, AReadOnlyDatabaseStopsTheRunBeforeAnyPage) {
     Database readOnly = Database::Open(m_db->Path(), Database::Mode::ReadOnly);
-    EXPECT_EQ(Activate(readOnly, {QStringLiteral("Current Time eBay")}),
-              UpdateRun::Result::StoreFailed);
+    EXPECT_EQ(Activate(readOnly, {u"Current Time eBay"_s}), UpdateRun::Result::StoreFailed);
     EXPECT_TRUE(m_fetched.isEmpty());
     ASSERT_EQ(m_ui.Messages().size(), 1);
-    EXPECT_TRUE(m_ui.Messages()[0].startsWith(QStringLiteral("The database ") + m_db->Path() +
-                                              QStringLiteral(" could not be written")))
+    EXPECT_TRUE(m_ui.Messages()[0].startsWith(u"The database "_s + m_db->Path() +
+                                              u" could not be written"_s))
         << m_ui.Messages()[0].toStdString();
-    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Stopped")});
-    EXPECT_FALSE(m_view.statuses.contains(QStringLiteral("Update complete.")));
+    EXPECT_EQ(m_ui.Titles(), QStringList{u"Update Stopped"_s});
+    EXPECT_FALSE(m_view.statuses.contains(u"Update complete."_s));
 }
 
 TEST_F(RunTest, AFullDiskStopsTheRunAtThePageItHappensOn) {
     // No page may be added to the file: a title that needs one cannot be
     // stored.
-    m_db->Exec(QStringLiteral("PRAGMA max_page_count = %1")
-                   .arg(m_db->ScalarInt(QStringLiteral("PRAGMA page_count"))));
+    m_db->Exec(u"PRAGMA max_page_count = %1"_s.arg(m_db->ScalarInt(u"PRAGMA page_count"_s)));
     const QByteArray title(20000, 'x');
-    m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] =
-        lw::test::ListPage({{"101", title.constData()}});
-    const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+    m_pages[ListUrl(0)] = lw::test::ListPage({{"101", title.constData()}});
+    const auto result = Activate({u"Current Auctions eBay"_s, u"Current Time eBay"_s});
     EXPECT_EQ(result, UpdateRun::Result::StoreFailed);
-    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
+    EXPECT_EQ(m_fetched, QStringList{ListUrl(0)});
     ASSERT_EQ(m_ui.Messages().size(), 1) << m_ui.Messages().join(u'|').toStdString();
     EXPECT_TRUE(m_ui.Messages()[0].contains(m_db->Path())) << m_ui.Messages()[0].toStdString();
-    EXPECT_FALSE(m_view.statuses.contains(QStringLiteral("Update complete.")));
+    EXPECT_FALSE(m_view.statuses.contains(u"Update complete."_s));
 }
 
 TEST_F(RunTest, AFailedRuleCheckFetchesNothingUnlessTheRulesWereCheckedBefore) {
     m_checkPasses = false;
-    EXPECT_EQ(Activate({QStringLiteral("Current Time eBay")}), UpdateRun::Result::RulesFailed);
+    EXPECT_EQ(Activate({u"Current Time eBay"_s}), UpdateRun::Result::RulesFailed);
     EXPECT_TRUE(m_fetched.isEmpty());
     ExpectEndOfRun();
 
     CurrentSession().RulesChecked = true;
-    EXPECT_EQ(Activate({QStringLiteral("Current Time eBay")}), UpdateRun::Result::Complete);
-    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/time")});
+    EXPECT_EQ(Activate({u"Current Time eBay"_s}), UpdateRun::Result::Complete);
+    EXPECT_EQ(m_fetched, QStringList{u"http://site/time"_s});
     ExpectEndOfRun(2);
 }
 
 // ------------------------------------------------------------ cancel
 
 TEST_F(RunTest, CancelAfterARecordKeepsWhatWasWritten) {
-    m_view.cancelOn = QStringLiteral("Processing My Sales");
-    const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
+    m_view.cancelOn = u"Processing My Sales"_s;
+    const auto result = Activate({u"Current Auctions eBay"_s, u"Current Time eBay"_s});
     EXPECT_EQ(result, UpdateRun::Result::Cancelled);
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 1);
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Auctions"_s), 1);
     EXPECT_EQ(m_ui.Messages(),
-              QStringList{QStringLiteral(
-                  "Update cancelled.  Some Auction/Bid information may be incomplete.")});
-    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
-    EXPECT_FALSE(m_fetched.contains(QStringLiteral("http://site/time")));
+              QStringList{u"Update cancelled.  Some Auction/Bid information may be incomplete."_s});
+    EXPECT_EQ(m_ui.Titles(), QStringList{u"Update Cancelled"_s});
+    EXPECT_FALSE(m_fetched.contains(u"http://site/time"_s));
     ExpectEndOfRun();
 }
 
 TEST_F(RunTest, ACancelledFetchEndsTheRunAndEarlierPagesStay) {
-    m_results[QStringLiteral("http://site/selling?pass=good&skip=2")] = FetchResult::Cancelled;
-    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Cancelled);
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 2);
-    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
+    m_results[ListUrl(2)] = FetchResult::Cancelled;
+    EXPECT_EQ(Activate({u"Current Auctions eBay"_s}), UpdateRun::Result::Cancelled);
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Auctions"_s), 2);
+    EXPECT_EQ(m_ui.Titles(), QStringList{u"Update Cancelled"_s});
+    ExpectEndOfRun();
+}
+
+TEST_F(RunTest, ACancelWhileAPageFetchedAheadIsAwaitedStopsItsTransfer) {
+    m_fetchAhead = true;
+    m_holdAhead = u"http://site/item?no=101"_s;
+    m_view.cancelOn = u"Fetching Item Page"_s;
+    m_view.holdOn = &m_holding;
+    EXPECT_EQ(Activate({u"Auction Details eBay"_s}), UpdateRun::Result::Cancelled);
+    EXPECT_TRUE(m_aheadStopped);
+    EXPECT_EQ(m_ui.Titles(), QStringList{u"Update Cancelled"_s});
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Auctions WHERE ItemCategory IS NOT NULL"_s), 0);
     ExpectEndOfRun();
 }
 
 // ------------------------------------------------------------ pages and addresses
 
 TEST_F(RunTest, TwoProtocolsInARowWithOneAddressFetchOnce) {
-    Activate({QStringLiteral("Current Bids eBay"), QStringLiteral("Bid Details eBay")});
-    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/bidding")});
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Bids")), 1);
+    Activate({u"Current Bids eBay"_s, u"Bid Details eBay"_s});
+    EXPECT_EQ(m_fetched, QStringList{u"http://site/bidding"_s});
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Bids"_s), 1);
     // The second protocol scanned the page in hand from its own top.
-    EXPECT_EQ(m_view.statuses.count(QStringLiteral("Processing Bid Details")), 1);
-}
-
-TEST_F(RunTest, PagingWithAnAddressThatDoesNotChangeEnds) {
-    // Iterate with a fixed skip: the second page would be the first again.
-    Activate({QStringLiteral("Watching Items eBay")});
-    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Bids")), 2);
+    EXPECT_EQ(m_view.statuses.count(u"Processing Bid Details"_s), 1);
 }
 
 TEST_F(RunTest, ARecordAPageEndsInsideIsDroppedAndTheNextPageStartsClean) {
-    m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] =
+    m_pages[ListUrl(0)] =
         "<!-- BEGIN --><td class=n>101<td class=t>First<td class=n>102<!-- END -->";
-    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Complete);
-    EXPECT_EQ(Text(QStringLiteral("SELECT group_concat(ItemNumber || '=' || ItemTitle, ' ') FROM "
-                                  "(SELECT * FROM Auctions ORDER BY ItemNumber)")),
-              QStringLiteral("101=First 103=Third"));
-}
-
-TEST_F(RunTest, ASiteThatAnswersEveryOffsetAlikeFailsTheProtocol) {
-    m_everyPage = lw::test::ListPage({{"101", "First"}, {"102", "Second"}});
-    const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")});
-    EXPECT_EQ(result, UpdateRun::Result::Complete);
-    EXPECT_EQ(m_fetched, (QStringList{QStringLiteral("http://site/selling?pass=good&skip=0"),
-                                      QStringLiteral("http://site/selling?pass=good&skip=2"),
-                                      QStringLiteral("http://site/time")}));
-    EXPECT_EQ(m_ui.Messages(),
-              QStringList{QStringLiteral(
-                  "My Sales could not be processed.  Continuing with remainder of update.")});
-    EXPECT_EQ(m_failedProtocols, QStringList{QStringLiteral("Current Auctions eBay")});
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 2);
+    EXPECT_EQ(Activate({u"Current Auctions eBay"_s}), UpdateRun::Result::Complete);
+    EXPECT_EQ(Text(u"SELECT group_concat(ItemNumber || '=' || ItemTitle, ' ') FROM "
+                   u"(SELECT * FROM Auctions ORDER BY ItemNumber)"_s),
+              u"101=First 103=Third"_s);
 }
 
 TEST_F(RunTest, APageWithNoRecordEndsThePaging) {
-    m_pages[QStringLiteral("http://site/selling?pass=good&skip=0")] = lw::test::ListPage({});
-    Activate({QStringLiteral("Current Auctions eBay")});
-    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
+    m_pages[ListUrl(0)] = lw::test::ListPage({});
+    Activate({u"Current Auctions eBay"_s});
+    EXPECT_EQ(m_fetched, QStringList{ListUrl(0)});
 }
 
 TEST_F(RunTest, AncillaryPagesAreFetchedWithTheRecordsValuesAndWritten) {
-    Activate({QStringLiteral("Auction Details eBay")});
-    EXPECT_EQ(m_fetched, (QStringList{QStringLiteral("http://site/time"),
-                                      QStringLiteral("http://site/item?no=101")}));
-    EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='101'")),
-              QStringLiteral("Toys"));
-    EXPECT_TRUE(m_view.statuses.contains(QStringLiteral("Fetching Item Page")));
+    Activate({u"Auction Details eBay"_s});
+    EXPECT_EQ(m_fetched, (QStringList{u"http://site/time"_s, u"http://site/item?no=101"_s}));
+    EXPECT_EQ(Text(u"SELECT ItemCategory FROM Auctions WHERE ItemNumber='101'"_s), u"Toys"_s);
+    EXPECT_TRUE(m_view.statuses.contains(u"Fetching Item Page"_s));
     // The caption comes back when the ancillary run ends.
-    EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Update complete."));
-    EXPECT_EQ(m_view.statuses[m_view.statuses.size() - 2],
-              QStringLiteral("Processing Sale Details"));
+    EXPECT_EQ(m_view.statuses.last(), u"Update complete."_s);
+    EXPECT_EQ(m_view.statuses[m_view.statuses.size() - 2], u"Processing Sale Details"_s);
 }
 
 // ------------------------------------------------------------ pages fetched ahead
 
 TEST_F(RunTest, OverTheRunsConnectionsEveryPageIsFetchedOnceAndTheRowsAreTheSame) {
     m_fetchAhead = true;
-    m_pages[QStringLiteral("http://site/time")] =
+    m_pages[u"http://site/time"_s] =
         QByteArray("<!-- CLOCK -->The time is: ") + SiteClock().toUtf8() +
         "<!-- /CLOCK --><!-- ITEMS --><td class=n>101<td class=n>102<td class=n>103<!-- /ITEMS "
         "-->";
     AddBookPages();
     const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Auction Details eBay"),
-                  QStringLiteral("Current Time eBay")});
+        Activate({u"Current Auctions eBay"_s, u"Auction Details eBay"_s, u"Current Time eBay"_s});
     EXPECT_EQ(result, UpdateRun::Result::Complete);
     // Every page came over the connections, each once (over two, in either
     // order); a list with no pages of its own is asked for a page further
     // than the one read, so the page after the empty one may have come too,
     // unless the next protocol dropped it first; the site time shares its
     // address with the page before it.
-    EXPECT_TRUE(m_fetched.isEmpty()) << m_fetched.join(u' ').toStdString();
     QStringList ahead = FetchedAhead();
-    EXPECT_LE(ahead.removeAll(QStringLiteral("http://site/selling?pass=good&skip=6")), 1);
+    EXPECT_LE(ahead.removeAll(ListUrl(6)), 1);
     ahead.sort();
-    EXPECT_EQ(ahead, (QStringList{QStringLiteral("http://site/item?no=101"),
-                                  QStringLiteral("http://site/item?no=102"),
-                                  QStringLiteral("http://site/item?no=103"),
-                                  QStringLiteral("http://site/selling?pass=good&skip=0"),
-                                  QStringLiteral("http://site/selling?pass=good&skip=2"),
-                                  QStringLiteral("http://site/selling?pass=good&skip=4"),
-                                  QStringLiteral("http://site/time")}));
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
-    EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='101'")),
-              QStringLiteral("Toys"));
+    EXPECT_EQ(ahead, (QStringList{u"http://site/item?no=101"_s, u"http://site/item?no=102"_s,
+                                  u"http://site/item?no=103"_s, ListUrl(0), ListUrl(2), ListUrl(4),
+                                  u"http://site/time"_s}));
     // Each record wrote its own item page, whichever came first.
-    EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='102'")),
-              QStringLiteral("Books 102"));
-    EXPECT_EQ(Text(QStringLiteral("SELECT ItemCategory FROM Auctions WHERE ItemNumber='103'")),
-              QStringLiteral("Books 103"));
+    EXPECT_EQ(WrittenCategories(), u"101=Toys 102=Books 102 103=Books 103"_s);
     // Each page taken is told as a fetch is.
     const QStringList statuses = m_ui.Statuses();
-    EXPECT_EQ(statuses.count(QStringLiteral("Connecting to Server")), 7);
-    EXPECT_TRUE(
-        statuses.contains(QStringLiteral("Transferring Page: %1 bytes")
-                              .arg(m_pages[QStringLiteral("http://site/item?no=103")].size())))
+    EXPECT_EQ(statuses.count(u"Connecting to Server"_s), 7);
+    EXPECT_TRUE(statuses.contains(
+        u"Transferring Page: %1 bytes"_s.arg(m_pages[u"http://site/item?no=103"_s].size())))
         << statuses.join(u'|').toStdString();
-    EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Update complete."));
+    EXPECT_EQ(m_view.statuses.last(), u"Update complete."_s);
     EXPECT_TRUE(m_ui.Messages().isEmpty());
     ExpectEndOfRun();
 }
@@ -721,35 +696,33 @@ TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
     AddBookPages();
     // The first item page waits until its record is being read, so that the
     // run has asked for everything it knows by then.
-    m_holdAhead = QStringLiteral("http://site/item?no=101");
-    m_view.releaseOn = QStringLiteral("Fetching Item Page");
+    m_holdAhead = u"http://site/item?no=101"_s;
+    m_view.releaseOn = u"Fetching Item Page"_s;
     // One protocol per run: the protocol after the one under way is read
     // ahead as well, which would mix the two lists of the same addresses.
-    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Complete);
-    const QString list = QStringLiteral("http://site/selling?pass=good&skip=");
-    const QString item = QStringLiteral("http://site/item?no=");
+    EXPECT_EQ(Activate({u"Current Auctions eBay"_s}), UpdateRun::Result::Complete);
+    const QString item = u"http://site/item?no="_s;
     // The list pages alone, ahead of the one read. The page after the empty
     // one is asked for as well, but the run ends on the empty page and stops
     // it, so it may or may not have gone out.
     const QStringList lists = FetchedAhead();
     ASSERT_GE(lists.size(), 3) << lists.join(u' ').toStdString();
-    EXPECT_EQ(lists.mid(0, 3), (QStringList{list + u'0', list + u'2', list + u'4'}));
-    EXPECT_EQ(lists.mid(3), lists.size() == 3 ? QStringList{} : QStringList{list + u'6'});
+    EXPECT_EQ(lists.mid(0, 3), (QStringList{ListUrl(0), ListUrl(2), ListUrl(4)}));
+    EXPECT_EQ(lists.mid(3), lists.size() == 3 ? QStringList{} : QStringList{ListUrl(6)});
 
-    EXPECT_EQ(Activate({QStringLiteral("Paged Details eBay")}), UpdateRun::Result::Complete);
+    EXPECT_EQ(Activate({u"Paged Details eBay"_s}), UpdateRun::Result::Complete);
     const QStringList ahead = FetchedAhead().mid(lists.size());
     ASSERT_EQ(ahead.size(), 6) << ahead.join(u' ').toStdString();
     // With item pages, one ahead: the page after the first list page goes
     // before that page's second item page; the item page on it, and the page
     // after it, follow.
-    EXPECT_EQ(ahead.mid(0, 4), (QStringList{list + u'0', item + QStringLiteral("101"), list + u'2',
-                                            item + QStringLiteral("102")}));
+    EXPECT_EQ(ahead.mid(0, 4),
+              (QStringList{ListUrl(0), item + u"101"_s, ListUrl(2), item + u"102"_s}));
     QStringList last = ahead.mid(4);
     last.sort();
-    EXPECT_EQ(last, (QStringList{item + QStringLiteral("103"), list + u'4'}));
-    EXPECT_TRUE(m_fetched.isEmpty());
+    EXPECT_EQ(last, (QStringList{item + u"103"_s, ListUrl(4)}));
     // Written in the order of the pages, each with its own item page.
-    EXPECT_EQ(WrittenCategories(), QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
+    EXPECT_EQ(WrittenCategories(), u"101=Toys 102=Books 102 103=Books 103"_s);
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 }
 
@@ -759,19 +732,14 @@ TEST_F(RunTest, TheNextListPageIsAskedForBeforeTheItemPagesOfTheOneBeforeIt) {
 TEST_F(RunTest, TheNextProtocolsPagesAreFetchedWhileTheOneBeforeIsWritten) {
     m_fetchAhead = true;
     AddBookPages();
-    m_holdAhead = QStringLiteral("http://site/selling?pass=good&skip=4");
-    m_releaseOnFetch = QStringLiteral("http://site/item?no=101");
-    const auto result =
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Paged Details eBay")});
+    m_holdAhead = ListUrl(4);
+    m_releaseOnFetch = u"http://site/item?no=101"_s;
+    const auto result = Activate({u"Current Auctions eBay"_s, u"Paged Details eBay"_s});
     EXPECT_EQ(result, UpdateRun::Result::Complete);
     EXPECT_TRUE(m_holdReleased) << FetchedAhead().join(u' ').toStdString();
-    const QStringList ahead = FetchedAhead();
-    const qsizetype firstItem = ahead.indexOf(m_releaseOnFetch);
-    EXPECT_GE(firstItem, 0);
-    EXPECT_EQ(ahead.count(m_releaseOnFetch), 1);
-    EXPECT_TRUE(m_fetched.isEmpty());
+    EXPECT_EQ(FetchedAhead().count(m_releaseOnFetch), 1);
     // Written in the order of the protocols all the same.
-    EXPECT_EQ(WrittenCategories(), QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
+    EXPECT_EQ(WrittenCategories(), u"101=Toys 102=Books 102 103=Books 103"_s);
     EXPECT_TRUE(m_ui.Messages().isEmpty());
 }
 
@@ -779,95 +747,41 @@ TEST_F(RunTest, TheNextProtocolsPagesAreFetchedWhileTheOneBeforeIsWritten) {
 // the update ends: its transfer is stopped, not waited for.
 TEST_F(RunTest, AtTheEndOfTheRunAPageStillOnItsWayIsStopped) {
     m_fetchAhead = true;
-    m_holdAhead = QStringLiteral("http://site/selling?pass=good&skip=6");
+    m_holdAhead = ListUrl(6);
     // The empty page that ends the list comes once the page after it is on
     // its way, so that the run ends with that page under way.
-    m_heldUntilHolding = QStringLiteral("http://site/selling?pass=good&skip=4");
-    EXPECT_EQ(Activate({QStringLiteral("Current Auctions eBay")}), UpdateRun::Result::Complete);
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 3);
+    m_heldUntilHolding = ListUrl(4);
+    EXPECT_EQ(Activate({u"Current Auctions eBay"_s}), UpdateRun::Result::Complete);
+    EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Auctions"_s), 3);
     // Held for ten seconds unless stopped: a run that waited for it would
     // have let it end on its own.
     EXPECT_TRUE(m_holding);
     EXPECT_TRUE(m_aheadStopped);
 }
 
-// The run's own guards, with every page over the connections: the one
-// password refresh starts the protocol afresh with the new address, a site
-// that answers every offset alike fails the protocol, and paging whose
-// address does not change ends.
-TEST_F(RunTest, TheRunsGuardsHoldOverTheRunsConnections) {
-    m_fetchAhead = true;
-    m_password = QStringLiteral("stale");
-    m_pages[QStringLiteral("http://site/selling?pass=stale&skip=0")] = "<html>Sign in</html>";
-    AddBookPages();
-    // The protocol after the first is read ahead with the stale password
-    // too; after the refresh both go with the new one.
-    EXPECT_EQ(
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Paged Details eBay")}),
-        UpdateRun::Result::Complete);
-    EXPECT_EQ(m_refreshes, 1);
-    EXPECT_EQ(WrittenCategories(), QStringLiteral("101=Toys 102=Books 102 103=Books 103"));
-    EXPECT_TRUE(m_ui.Messages().isEmpty());
-
-    m_db->Exec(QStringLiteral("DELETE FROM Auctions"));
-    m_everyPage = lw::test::ListPage({{"101", "First"}, {"102", "Second"}});
-    EXPECT_EQ(
-        Activate({QStringLiteral("Current Auctions eBay"), QStringLiteral("Current Time eBay")}),
-        UpdateRun::Result::Complete);
-    EXPECT_EQ(m_failedProtocols, QStringList{QStringLiteral("Current Auctions eBay")});
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 2);
-
-    m_everyPage.reset();
-    const qsizetype before = FetchedAhead().size();
-    EXPECT_EQ(Activate({QStringLiteral("Watching Items eBay")}), UpdateRun::Result::Complete);
-    EXPECT_EQ(FetchedAhead().mid(before),
-              QStringList{QStringLiteral("http://site/selling?pass=good&skip=0")});
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Bids")), 2);
-    EXPECT_TRUE(m_fetched.isEmpty());
-}
-
-TEST_F(RunTest, ACancelWhileAPageFetchedAheadIsAwaitedStopsItsTransfer) {
-    m_fetchAhead = true;
-    m_holdAhead = QStringLiteral("http://site/item?no=101");
-    m_view.cancelOn = QStringLiteral("Fetching Item Page");
-    m_view.holdOn = &m_holding;
-    const auto result = Activate({QStringLiteral("Auction Details eBay")});
-    EXPECT_EQ(result, UpdateRun::Result::Cancelled);
-    EXPECT_TRUE(m_aheadStopped);
-    EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
-    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions WHERE ItemCategory IS NOT NULL")),
-              0);
-    ExpectEndOfRun();
-}
-
 // ------------------------------------------------------------ run lists
 
 TEST_F(RunTest, ActivationReadsRunProtDat) {
     ASSERT_TRUE(WriteRunList(RunList(UpdateCommand::SyncTime, m_rules)));
-    EXPECT_EQ(ReadRunList(), QStringList{QStringLiteral("Current Time eBay")});
+    EXPECT_EQ(ReadRunList(), QStringList{u"Current Time eBay"_s});
     UpdateRun run(*m_db, m_view, Hooks(), m_rules);
     EXPECT_EQ(run.Activate(), UpdateRun::Result::Complete);
-    EXPECT_EQ(m_fetched, QStringList{QStringLiteral("http://site/time")});
+    EXPECT_EQ(m_fetched, QStringList{u"http://site/time"_s});
 }
 
 TEST(RunLists, CommandsAndTheRuleSectionUpdate) {
     RuleStore rules;
-    rules.SetText(kSiteStore, QString::fromUtf8(kRules).replace(u'\n', QStringLiteral("\r\n")) +
-                                  QStringLiteral("\r\n\r\n"));
+    rules.SetText(kSiteStore, QString::fromUtf8(kRules).replace(u'\n', u"\r\n"_s) + u"\r\n\r\n"_s);
     EXPECT_EQ(RunList(UpdateCommand::UpdateAuctionDatabase, rules),
-              (QStringList{QStringLiteral("Current Time eBay"),
-                           QStringLiteral("Current Auctions Other Site")}));
+              (QStringList{u"Current Time eBay"_s, u"Current Auctions Other Site"_s}));
     EXPECT_EQ(RunList(UpdateCommand::FirstRetrieval, rules),
-              (QStringList{QStringLiteral("Current Time eBay"),
-                           QStringLiteral("Current Auctions Other Site"),
-                           QStringLiteral("Account History eBay")}));
+              (QStringList{u"Current Time eBay"_s, u"Current Auctions Other Site"_s,
+                           u"Account History eBay"_s}));
     EXPECT_EQ(RunList(UpdateCommand::UpdateBids, rules),
-              (QStringList{QStringLiteral("Current Bids eBay"), QStringLiteral("Bid Details eBay"),
-                           QStringLiteral("Current Time eBay")}));
+              (QStringList{u"Current Bids eBay"_s, u"Bid Details eBay"_s, u"Current Time eBay"_s}));
     EXPECT_EQ(RunList(UpdateCommand::UpdateDatabaseAndAccount, rules).last(),
-              QStringLiteral("Account History eBay"));
-    EXPECT_EQ(RunList(UpdateCommand::UpdateComplete, rules).last(),
-              QStringLiteral("Account Information eBay"));
+              u"Account History eBay"_s);
+    EXPECT_EQ(RunList(UpdateCommand::UpdateComplete, rules).last(), u"Account Information eBay"_s);
     EXPECT_EQ(RunList(UpdateCommand::AfterPosting, rules),
               RunList(UpdateCommand::UpdateAuctions, rules));
     EXPECT_TRUE(RunList(UpdateCommand::UpdateAuctionDatabase, RuleStore()).isEmpty());
@@ -875,17 +789,14 @@ TEST(RunLists, CommandsAndTheRuleSectionUpdate) {
 
 TEST(RunLists, TheFileKeepsLinesInOrderWhateverTheLineEnds) {
     TempRoot root;
-    const QString path = root.File(QStringLiteral("RunProt.dat"));
-    const QStringList lines{QStringLiteral("Current Time eBay"),
-                            QStringLiteral("Watching Items eBay")};
+    const QString path = root.File(u"RunProt.dat"_s);
+    const QStringList lines{u"Current Time eBay"_s, u"Watching Items eBay"_s};
     ASSERT_TRUE(WriteRunList(path, lines));
     EXPECT_EQ(ReadRunList(path), lines);
-    root.Write(QStringLiteral("RunProt.dat"), "One eBay\nTwo eBay\r\n\r\nThree eBay");
-    EXPECT_EQ(ReadRunList(path),
-              (QStringList{QStringLiteral("One eBay"), QStringLiteral("Two eBay"),
-                           QStringLiteral("Three eBay")}));
-    EXPECT_TRUE(ReadRunList(root.File(QStringLiteral("missing.dat"))).isEmpty());
+    root.Write(u"RunProt.dat"_s, "One eBay\nTwo eBay\r\n\r\nThree eBay");
+    EXPECT_EQ(ReadRunList(path), (QStringList{u"One eBay"_s, u"Two eBay"_s, u"Three eBay"_s}));
+    EXPECT_TRUE(ReadRunList(root.File(u"missing.dat"_s)).isEmpty());
     QString error;
-    EXPECT_FALSE(WriteRunList(root.File(QStringLiteral("no/such/dir/RunProt.dat")), lines, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("no/such/dir"))) << error.toStdString();
+    EXPECT_FALSE(WriteRunList(root.File(u"no/such/dir/RunProt.dat"_s), lines, &error));
+    EXPECT_TRUE(error.contains(u"no/such/dir"_s)) << error.toStdString();
 }
