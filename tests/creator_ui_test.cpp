@@ -41,6 +41,8 @@ using namespace lw;
 
 using lw::test::Named;
 using lw::test::Retype;
+using lw::test::Row;
+using lw::test::Texts;
 using WhenShown = lw::test::WhenModal;
 
 namespace {
@@ -49,14 +51,6 @@ const QString kUser = QStringLiteral("Pat O'Brien");
 
 void Click(QWidget* window, const QString& name) {
     Named<QAbstractButton>(window, name)->click();
-}
-
-QStringList Texts(const QListWidget* list) {
-    QStringList texts;
-    for (int row = 0; row < list->count(); ++row) {
-        texts << list->item(row)->text();
-    }
-    return texts;
 }
 
 // The questions asked, leaving out the status lines.
@@ -72,19 +66,6 @@ QStringList Asked(const test::ScriptedUi& ui) {
 
 int Colour(QWidget* window, const QString& label) {
     return Named<QLabel>(window, label)->property("colour").toInt();
-}
-
-// A row of test data, text given as literals.
-template <class T>
-T Cell(T value) {
-    return value;
-}
-QString Cell(const char* text) {
-    return QString::fromUtf8(text);
-}
-template <class... Cells>
-void Row(const char* name, Cells... cells) {
-    (QTest::newRow(name) << ... << Cell(cells));
 }
 
 }  // namespace
@@ -175,10 +156,7 @@ private Q_SLOTS:
             widget->hide();
         }
         m_db.reset();
-        core::SetSettingsFolder(QString());
-        core::ResetSession();
-        m_ui.reset();
-        m_root.reset();
+        test::EndProgramRoot(m_ui, m_root);
     }
 
     void theChooserOffersEachKindAndOpensTheChosenRow_data() {

@@ -72,20 +72,13 @@ private Q_SLOTS:
     void init() {
         m_root = std::make_unique<test::TempRoot>();
         m_ui = std::make_unique<test::ScriptedUi>();
-        const QString error = test::StartProgramRoot(*m_root, *m_ui);
-        QVERIFY2(error.isEmpty(), qPrintable(error));
-        m_db.emplace(core::OpenStore());
-        core::AddUser(*m_db, {kUser, QStringLiteral("pat"), QStringLiteral("pw"), QString()});
-        core::SetCurrentUser(kUser);
+        m_db.emplace(test::StartUserStore(*m_root, *m_ui, kUser, QStringLiteral("pat")));
         Sale(QStringLiteral("1001"), QStringLiteral("$12.50"), QVariant(), QStringLiteral("$1.00"),
              QStringLiteral("UPS"));
     }
     void cleanup() {
         m_db.reset();
-        core::SetSettingsFolder({});
-        core::ResetSession();
-        m_ui.reset();
-        m_root.reset();
+        test::EndProgramRoot(m_ui, m_root);
     }
 
     void theFormShowsTheRowAndOKWritesItBack() {

@@ -4,21 +4,17 @@
 // against servers on loopback the sign-in token, the page fetch with its
 // status words and cancel, the proxy of connection types 3 and 4, the rule
 // fetcher, and the connection test.
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <QDate>
 #include <QFile>
-#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "core/session.h"
@@ -109,34 +105,41 @@ protected:
 // ------------------------------------------------------------------ [DAYS]
 
 TEST(SiteSessionDays, CountsFromTheLastUpdateClampedToTwoAndThirty) {
-    const QDate today(2024, 3, 15);
-    EXPECT_EQ(DaysToAsk(QString(), today), QStringLiteral("30"));
-    EXPECT_EQ(DaysToAsk(QStringLiteral("03/15/24 09:30:00 PST"), today), QStringLiteral("2"));
-    EXPECT_EQ(DaysToAsk(QStringLiteral("03/14/24 23:59:59 PST"), today), QStringLiteral("2"));
-    EXPECT_EQ(DaysToAsk(QStringLiteral("03/10/24 08:00:00 PST"), today), QStringLiteral("6"));
-    // 2024 is a leap year: 29 days lie between February 15 and March 15.
-    EXPECT_EQ(DaysToAsk(QStringLiteral("02/14/24 08:00:00 PST"), today), QStringLiteral("30"));
-    EXPECT_EQ(DaysToAsk(QStringLiteral("02/15/24 08:00:00 PST"), today), QStringLiteral("30"));
-    EXPECT_EQ(DaysToAsk(QStringLiteral("02/16/24 08:00:00 PST"), today), QStringLiteral("29"));
-    EXPECT_EQ(DaysToAsk(QStringLiteral("02/04/24 08:00:00 PST"), today), QStringLiteral("30"));
-}
-
-TEST(SiteSessionDays, CutsEitherZoneAndCountsAClockAheadAsWell) {
-    const QDate today(2024, 7, 1);
-    EXPECT_EQ(DaysToAsk(QStringLiteral("06/28/24 10:00:00 PDT and more"), today),
-              QStringLiteral("4"));
-    // A stamp from a clock that ran ahead counts by its distance.
-    EXPECT_EQ(DaysToAsk(QStringLiteral("07/04/24 10:00:00 PST"), today), QStringLiteral("4"));
-    // Across a year end.
-    EXPECT_EQ(DaysToAsk(QStringLiteral("12/30/23 10:00:00 PST"), QDate(2024, 1, 2)),
-              QStringLiteral("4"));
-    // A stamp that is no date asks for the whole window.
-    EXPECT_EQ(DaysToAsk(QStringLiteral("never"), today), QStringLiteral("30"));
+    struct Case {
+        const char* lastUpdate;  // nullptr: never updated
+        QDate today;
+        const char* days;
+    };
+    const QDate march15(2024, 3, 15);
+    const QDate july1(2024, 7, 1);
+    const Case cases[] = {
+        {nullptr, march15, "30"},
+        {"03/15/24 09:30:00 PST", march15, "2"},
+        {"03/14/24 23:59:59 PST", march15, "2"},
+        {"03/10/24 08:00:00 PST", march15, "6"},
+        // 2024 is a leap year: 29 days lie between February 15 and March 15.
+        {"02/14/24 08:00:00 PST", march15, "30"},
+        {"02/15/24 08:00:00 PST", march15, "30"},
+        {"02/16/24 08:00:00 PST", march15, "29"},
+        {"02/04/24 08:00:00 PST", march15, "30"},
+        // Either zone is cut off with what follows it.
+        {"06/28/24 10:00:00 PDT and more", july1, "4"},
+        // A stamp from a clock that ran ahead counts by its distance.
+        {"07/04/24 10:00:00 PST", july1, "4"},
+        {"12/30/23 10:00:00 PST", QDate(2024, 1, 2), "4"},
+        // A stamp that is no date asks for the whole window.
+        {"never", july1, "30"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.lastUpdate ? c.lastUpdate : "(never updated)");
+        const QString stamp = c.lastUpdate ? QString::fromLatin1(c.lastUpdate) : QString();
+        EXPECT_EQ(DaysToAsk(stamp, c.today), QString::fromLatin1(c.days));
+    }
 }
 
 // ------------------------------------------------------------- page address
 
-TEST_F(SiteSessionTest, BuildUrlReplacesEveryMacroInItsMode) {
+TEST_F(SiteSessionTest, BuildUrlReplacesEachMacroOnceAndFieldsOnlyWhereAValueIsPaired) {
     SetSiteColumn("UserID", QStringLiteral("  o'hara_sells"));
     SetSiteColumn("EncodedPassword", QStringLiteral("tok'en"));
     const QString url = QStringLiteral(
@@ -147,81 +150,77 @@ TEST_F(SiteSessionTest, BuildUrlReplacesEveryMacroInItsMode) {
     EXPECT_EQ(BuildUrl(Db(), url, 0, fields, values, 50),
               QStringLiteral("http://h/x?u=o'hara_sells&again=[USERID]&p=tok'en&p2=[PASSWORD]"
                              "&d=30&d2=30&i=1234&i2=1234&t=Lamp&s=50&s2=50"));
-}
 
-TEST_F(SiteSessionTest, BuildUrlTakesDaysFromTheRowAndLeavesOtherTextAlone) {
-    const QString stamp =
-        QDate::currentDate().toString(QStringLiteral("MM/dd/yy")) + QStringLiteral(" 08:00:00 PST");
-    SetSiteColumn("LastUpdate", stamp);
-    EXPECT_EQ(BuildUrl(Db(), QStringLiteral("days=[DAYS]&s=[SKIP]"), 0),
-              QStringLiteral("days=2&s=0"));
-    const QString plain = QStringLiteral("http://127.0.0.1/plain?a=[notamacro]&b=[userid]");
-    EXPECT_EQ(BuildUrl(Db(), plain, 0), plain);
-}
-
-TEST_F(SiteSessionTest, BuildUrlPairsFieldsWithValuesOnlyAsFarAsBothGo) {
-    const QString url = QStringLiteral("/x?a=[A]&b=[B]&c=[C]");
+    const QString abc = QStringLiteral("/x?a=[A]&b=[B]&c=[C]");
     // A field without a value was not scanned: its macro stays.
     EXPECT_EQ(
-        BuildUrl(Db(), url, 0, {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")},
+        BuildUrl(Db(), abc, 0, {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")},
                  {QStringLiteral("1")}),
         QStringLiteral("/x?a=1&b=[B]&c=[C]"));
     // A value without a field is not used.
     EXPECT_EQ(
-        BuildUrl(Db(), url, 0, {QStringLiteral("B")}, {QStringLiteral("2"), QStringLiteral("3")}),
+        BuildUrl(Db(), abc, 0, {QStringLiteral("B")}, {QStringLiteral("2"), QStringLiteral("3")}),
         QStringLiteral("/x?a=[A]&b=2&c=[C]"));
 }
 
-TEST_F(SiteSessionTest, BuildUrlReadsTheRowOfTheSiteNumberGiven) {
+TEST_F(SiteSessionTest, BuildUrlReadsTheRowOfTheSiteGivenAndLeavesOtherTextAlone) {
+    const QString stamp =
+        QDate::currentDate().toString(QStringLiteral("MM/dd/yy")) + QStringLiteral(" 08:00:00 PST");
+    SetSiteColumn("LastUpdate", stamp);
     Db().Prepare(QStringLiteral(
                      "INSERT INTO UserSites (UserName, AuctionSiteFlag, UserID) VALUES (?, 1, ?)"))
         .BindAll(QStringLiteral("O'Hara"), QStringLiteral("other_site_id"))
         .Run();
-    EXPECT_EQ(BuildUrl(Db(), QStringLiteral("[USERID]"), 1), QStringLiteral("other_site_id"));
-    EXPECT_EQ(BuildUrl(Db(), QStringLiteral("[USERID]"), 0), QStringLiteral("o'hara_sells"));
+    const QString url = QStringLiteral("[USERID]&days=[DAYS]&s=[SKIP]");
+    EXPECT_EQ(BuildUrl(Db(), url, 0), QStringLiteral("o'hara_sells&days=2&s=0"));
+    EXPECT_EQ(BuildUrl(Db(), url, 1), QStringLiteral("other_site_id&days=30&s=0"));
+    const QString plain = QStringLiteral("http://127.0.0.1/plain?a=[notamacro]&b=[userid]");
+    EXPECT_EQ(BuildUrl(Db(), plain, 0), plain);
 }
 
 // -------------------------------------------------------------- form texts
 
-TEST(SiteSessionUrlEncode, KnownEntitiesAndNumbersBecomeTheirCodes) {
-    EXPECT_EQ(UrlEncode(QStringLiteral("&#38;")), QStringLiteral("%26"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&#65;&#9;")), QStringLiteral("%41%09"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&QUOT;")), QStringLiteral("%26quot%3B"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&quot;")), QStringLiteral("%26quot%3B"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&amp;")), QStringLiteral("%26"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&Nbsp;")), QStringLiteral("%A0"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&lt;b&GT;")), QStringLiteral("%3Cb%3E"));
-}
-
-TEST(SiteSessionUrlEncode, AnyOtherAmpersandIsSentAloneAndTheScanGoesOn) {
-    EXPECT_EQ(UrlEncode(QStringLiteral("&foo;")), QStringLiteral("%26foo%3B"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&")), QStringLiteral("%26"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("a&b")), QStringLiteral("a%26b"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&;")), QStringLiteral("%26%3B"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&#;")), QStringLiteral("%26%23%3B"));
-    // The ";" behind the first "&" makes a name of " Jerry&amp"; the scan
-    // goes on behind the "&" and still finds the entity.
-    EXPECT_EQ(UrlEncode(QStringLiteral("Tom & Jerry&amp;")), QStringLiteral("Tom+%26+Jerry%26"));
-    // The ";" must lie within 12 characters behind the "&".
-    EXPECT_EQ(UrlEncode(QStringLiteral("&#0000000065;")), QStringLiteral("%41"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&#00000000065;")), QStringLiteral("%26%2300000000065%3B"));
-}
-
-TEST(SiteSessionUrlEncode, BlanksPlusesAndTheSafeCharacters) {
-    EXPECT_EQ(UrlEncode(QStringLiteral("Brass lamp  x")), QStringLiteral("Brass+lamp++x"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("AZaz09.-_")), QStringLiteral("AZaz09.-_"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("a+b/c@d%e~f'g\"h=i?")),
-              QStringLiteral("a%2Bb%2Fc%40d%25e%7Ef%27g%22h%3Di%3F"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("\r\n\t")), QStringLiteral("%0D%0A%09"));
+TEST(SiteSessionUrlEncode, EntitiesBlanksSafeCharactersAndWhatLiesBeyondAscii) {
+    // Text in UTF-8, and what is sent.
+    const std::pair<const char*, const char*> cases[] = {
+        // Known entities and numbers become their codes, whatever their case.
+        {"&#38;", "%26"},
+        {"&#65;&#9;", "%41%09"},
+        {"&QUOT;", "%26quot%3B"},
+        {"&quot;", "%26quot%3B"},
+        {"&amp;", "%26"},
+        {"&Nbsp;", "%A0"},
+        {"&lt;b&GT;", "%3Cb%3E"},
+        // Any other ampersand is sent alone and the scan goes on behind it.
+        {"&foo;", "%26foo%3B"},
+        {"&", "%26"},
+        {"a&b", "a%26b"},
+        {"&;", "%26%3B"},
+        {"&#;", "%26%23%3B"},
+        // The ";" behind the first "&" makes a name of " Jerry&amp"; the
+        // scan goes on behind the "&" and still finds the entity.
+        {"Tom & Jerry&amp;", "Tom+%26+Jerry%26"},
+        // The ";" must lie within 12 characters behind the "&".
+        {"&#0000000065;", "%41"},
+        {"&#00000000065;", "%26%2300000000065%3B"},
+        // Blanks become pluses; only letters, digits and ".-_" stay as they are.
+        {"Brass lamp  x", "Brass+lamp++x"},
+        {"AZaz09.-_", "AZaz09.-_"},
+        {"a+b/c@d%e~f'g\"h=i?", "a%2Bb%2Fc%40d%25e%7Ef%27g%22h%3Di%3F"},
+        {"\r\n\t", "%0D%0A%09"},
+        {"", ""},
+        // Beyond ASCII one byte up to 255, then UTF-8.
+        {"caf\u00e9", "caf%E9"},
+        {"&#233;", "%E9"},
+        {"\u20ac5", "%E2%82%AC5"},
+        {"&#8364;", "%E2%82%AC"},
+        {"\xF0\x9F\x98\x80", "%F0%9F%98%80"},
+    };
+    for (const auto& [text, sent] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(UrlEncode(QString::fromUtf8(text)), QString::fromLatin1(sent));
+    }
     EXPECT_EQ(UrlEncode(QString()), QString());
-}
-
-TEST(SiteSessionUrlEncode, BeyondAsciiOneByteUpTo255ThenUtf8) {
-    EXPECT_EQ(UrlEncode(QStringLiteral("caf\u00e9")), QStringLiteral("caf%E9"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&#233;")), QStringLiteral("%E9"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("\u20ac5")), QStringLiteral("%E2%82%AC5"));
-    EXPECT_EQ(UrlEncode(QStringLiteral("&#8364;")), QStringLiteral("%E2%82%AC"));
-    EXPECT_EQ(UrlEncode(QString::fromUtf8("\xF0\x9F\x98\x80")), QStringLiteral("%F0%9F%98%80"));
 }
 
 TEST(SiteSessionPostBody, SkipsEmptySlotsAndSendsTheMarkAsAnEmptyValue) {
@@ -259,12 +258,10 @@ TEST(SiteSessionHiddenFields, ReadsTheHiddenInputsOfTheMarkedFormOnly) {
     EXPECT_EQ(ExtractHiddenFields(page, QStringLiteral("action=\"/aw-cgi/ebayisapi.dll\"")),
               QStringLiteral("&MfcISAPICommand=AddItem&Token=AbC123"
                              "&title=Brass+Lamp+%26+Shade&Bare=x&empty="));
-}
-
-TEST(SiteSessionHiddenFields, NoFormOrNoHiddenFieldGivesNothing) {
-    const QString page = QStringLiteral(
+    // No hidden field in the form, no such form, no page: nothing.
+    const QString plain = QStringLiteral(
         "<form action=\"/post\"><input type=text name=a value=1><input type=submit></form>");
-    EXPECT_EQ(ExtractHiddenFields(page, QStringLiteral("action=\"/post\"")), QString());
+    EXPECT_EQ(ExtractHiddenFields(plain, QStringLiteral("action=\"/post\"")), QString());
     EXPECT_EQ(ExtractHiddenFields(page, QStringLiteral("action=\"/elsewhere\"")), QString());
     EXPECT_EQ(ExtractHiddenFields(QString(), QStringLiteral("x")), QString());
 }
@@ -286,8 +283,9 @@ TEST_F(SiteSessionTest, CgiUrlIsTheRuleServerWithTheCgiPath) {
 
 namespace {
 
-// The site's CGI answer to the sign-in post, recording each body.
-class SiteSessionSignIn : public SiteSessionTest {
+// The site on loopback: its CGI answers the sign-in post, recording each
+// body; its pages answer with a page, not found, an error, or slowly.
+class SiteSessionSite : public SiteSessionTest {
 protected:
     void SetUp() override {
         SiteSessionTest::SetUp();
@@ -298,8 +296,32 @@ protected:
                                    res.status = m_status;
                                    res.set_content(m_answer, "text/html");
                                });
+        auto answer = [this](const char* path, int status, const char* body) {
+            m_server.Routes().Get(path,
+                                  [status, body](const httplib::Request&, httplib::Response& res) {
+                                      res.status = status;
+                                      res.set_content(body, "text/html");
+                                  });
+        };
+        answer("/page", 200, "0123456789");
+        answer("/missing", 404, "404 Not Found: no such item");
+        answer("/down", 503, "The market is down.");
+        // A page that trickles in, so that a cancel can arrive during it.
+        m_server.Routes().Get("/slow", [](const httplib::Request&, httplib::Response& res) {
+            res.set_chunked_content_provider(
+                "text/html", [](size_t offset, httplib::DataSink& sink) {
+                    if (offset >= 200 * 64) {
+                        sink.done();
+                        return true;
+                    }
+                    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+                    const std::string chunk(64, 'x');
+                    return sink.write(chunk.data(), chunk.size());
+                });
+        });
         m_server.Start();
         SetSiteRules(Host(m_server.Port()));
+        m_file = m_root.File(QStringLiteral("Configs/update.txt"));
     }
 
     void Answer(int status, std::string body) {
@@ -311,8 +333,10 @@ protected:
         const std::lock_guard lock(m_mutex);
         return m_bodies;
     }
+    void WriteStalePage() { m_root.Write(QStringLiteral("Configs/update.txt"), "stale page"); }
 
     LoopbackServer m_server;
+    QString m_file;
     std::mutex m_mutex;
     std::vector<std::string> m_bodies;
     int m_status = 200;
@@ -323,21 +347,21 @@ protected:
 
 }  // namespace
 
-TEST_F(SiteSessionSignIn, FetchPostsTheSevenFieldsAndTakesTheTokenUpToTheNextAmpersand) {
+using SiteSessionSignIn = SiteSessionSite;
+
+// The token runs up to the next "&"; its last character is a check character
+// that is not stored.
+TEST_F(SiteSessionSignIn, PostsTheSevenFieldsAndStoresTheTokenWithoutItsCheckCharacter) {
     EXPECT_EQ(FetchEncodedPassword(Db(), QStringLiteral("o'hara_sells"), QStringLiteral("p w&x")),
               QStringLiteral("abcX"));
-    ASSERT_EQ(Bodies().size(), 1u);
-    EXPECT_EQ(Bodies().front(),
-              "MfcISAPICommand=MyEbay&first=Y&userid=o%27hara_sells&pass=p+w%26x&dayssince=1"
-              "&sellerSort=3&bidderSort=3");
-}
-
-TEST_F(SiteSessionSignIn, RefreshStoresTheTokenWithoutItsCheckCharacter) {
+    EXPECT_TRUE(StoredEncodedPassword().isNull());
+    // A refresh posts the stored user id and password.
     EXPECT_TRUE(RefreshEncodedPassword(Db()));
     EXPECT_EQ(StoredEncodedPassword().toString(), QStringLiteral("abc"));
-    // The stored user id and password are what is posted.
-    ASSERT_EQ(Bodies().size(), 1u);
-    EXPECT_NE(Bodies().front().find("userid=o%27hara_sells&pass=p+w%26x"), std::string::npos);
+    const std::string body =
+        "MfcISAPICommand=MyEbay&first=Y&userid=o%27hara_sells&pass=p+w%26x&dayssince=1"
+        "&sellerSort=3&bidderSort=3";
+    EXPECT_EQ(Bodies(), std::vector<std::string>(2, body));
 }
 
 TEST_F(SiteSessionSignIn, GetFetchesOnlyWhileTheStoredValueIsNull) {
@@ -399,48 +423,7 @@ TEST_F(SiteSessionSignIn, NoSiteRowOrNoServerMeansNoToken) {
 
 // ------------------------------------------------------------- page fetch
 
-namespace {
-
-class SiteSessionFetch : public SiteSessionTest {
-protected:
-    void SetUp() override {
-        SiteSessionTest::SetUp();
-        auto& routes = m_server.Routes();
-        routes.Get("/page", [](const httplib::Request&, httplib::Response& res) {
-            res.set_content("0123456789", "text/html");
-        });
-        routes.Get("/missing", [](const httplib::Request&, httplib::Response& res) {
-            res.status = 404;
-            res.set_content("404 Not Found: no such item", "text/html");
-        });
-        routes.Get("/down", [](const httplib::Request&, httplib::Response& res) {
-            res.status = 503;
-            res.set_content("The market is down.", "text/html");
-        });
-        // A page that trickles in, so that a cancel can arrive during it.
-        routes.Get("/slow", [](const httplib::Request&, httplib::Response& res) {
-            res.set_chunked_content_provider(
-                "text/html", [](size_t offset, httplib::DataSink& sink) {
-                    if (offset >= 200 * 64) {
-                        sink.done();
-                        return true;
-                    }
-                    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-                    const std::string chunk(64, 'x');
-                    return sink.write(chunk.data(), chunk.size());
-                });
-        });
-        m_server.Start();
-        m_file = m_root.File(QStringLiteral("Configs/update.txt"));
-    }
-
-    void WriteStalePage() { m_root.Write(QStringLiteral("Configs/update.txt"), "stale page"); }
-
-    LoopbackServer m_server;
-    QString m_file;
-};
-
-}  // namespace
+using SiteSessionFetch = SiteSessionSite;
 
 TEST_F(SiteSessionFetch, APageArrivesWithTheStatusWordsAndEventsLetRun) {
     WriteStalePage();
@@ -454,34 +437,42 @@ TEST_F(SiteSessionFetch, APageArrivesWithTheStatusWordsAndEventsLetRun) {
     EXPECT_EQ(statuses.back(), QStringLiteral("Disconnected from Server."));
     EXPECT_GT(m_ui.Pumps(), 0);
     EXPECT_TRUE(m_ui.Messages().isEmpty());
-}
 
-TEST_F(SiteSessionFetch, WithoutADatabaseArgumentTheSessionStoreGivesTheOptions) {
+    // Without a database argument the session's store gives the options.
+    QFile::remove(m_file);
     EXPECT_EQ(FetchToFile(m_server.Url("/page"), m_file), FetchResult::Ok);
     EXPECT_EQ(ReadAll(m_file), QByteArray("0123456789"));
 }
 
-TEST_F(SiteSessionFetch, AFailedFetchLeavesNoPageBehind) {
-    WriteStalePage();
+// A not-found answer is a page for the rules to judge; an error answer or no
+// answer at all leaves no page behind, not even the one of an earlier fetch.
+TEST_F(SiteSessionFetch, EachAnswerGivesItsPageOrNone) {
+    struct Case {
+        QString url;
+        FetchResult result;
+        long code;
+        const char* page;  // nullptr: no file
+    };
     const QString closed = QStringLiteral("http://") + Host(ClosedPort()) + QStringLiteral("/page");
-    EXPECT_EQ(FetchToFile(Db(), closed, m_file), FetchResult::Failed);
-    EXPECT_FALSE(QFile::exists(m_file));
-    EXPECT_EQ(m_ui.Statuses().back(), QStringLiteral("Disconnected from Server."));
-
-    WriteStalePage();
-    long code = 0;
-    EXPECT_EQ(FetchToFile(NetOptionsForUser(Db()), m_server.Url("/down"), m_file, &code),
-              FetchResult::Failed);
-    EXPECT_EQ(code, 503);
-    EXPECT_FALSE(QFile::exists(m_file));
-}
-
-TEST_F(SiteSessionFetch, ANotFoundAnswerIsAPageForTheRulesToJudge) {
-    long code = 0;
-    EXPECT_EQ(FetchToFile(NetOptionsForUser(Db()), m_server.Url("/missing"), m_file, &code),
-              FetchResult::Ok);
-    EXPECT_EQ(code, 404);
-    EXPECT_EQ(ReadAll(m_file), QByteArray("404 Not Found: no such item"));
+    const Case cases[] = {
+        {m_server.Url("/page"), FetchResult::Ok, 200, "0123456789"},
+        {m_server.Url("/missing"), FetchResult::Ok, 404, "404 Not Found: no such item"},
+        {m_server.Url("/down"), FetchResult::Failed, 503, nullptr},
+        {closed, FetchResult::Failed, 0, nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.url.toStdString());
+        WriteStalePage();
+        long code = -1;
+        EXPECT_EQ(FetchToFile(NetOptionsForUser(Db()), c.url, m_file, &code), c.result);
+        EXPECT_EQ(code, c.code);
+        if (c.page != nullptr) {
+            EXPECT_EQ(ReadAll(m_file), QByteArray(c.page));
+        } else {
+            EXPECT_FALSE(QFile::exists(m_file));
+        }
+        EXPECT_EQ(m_ui.Statuses().back(), QStringLiteral("Disconnected from Server."));
+    }
 }
 
 TEST_F(SiteSessionFetch, ACancelDuringTheTransferStopsItAndLeavesNoPage) {
@@ -545,51 +536,53 @@ protected:
 
 }  // namespace
 
-TEST_F(SiteSessionProxy, ConnectionTypesThreeAndFourGoThroughTheProxy) {
-    for (const int type : {3, 4}) {
-        SetConnection(type, QStringLiteral("127.0.0.1"), QString::number(m_proxy.Port()));
+// Types 3 and 4 with a proxy server go through it; other types, and a type 3
+// without a server, go direct to the closed site.
+TEST_F(SiteSessionProxy, ConnectionTypesThreeAndFourWithAServerGoThroughTheProxy) {
+    struct Case {
+        int type;
+        QVariant server;
+        bool viaProxy;
+    };
+    const QString local = QStringLiteral("127.0.0.1");
+    const Case cases[] = {{3, local, true}, {4, local, true}, {1, local, false}, {3, {}, false}};
+    const QString file = m_root.File(QStringLiteral("Configs/update.txt"));
+    const QString page = QString::fromStdString(SiteAddress("/page?a=1"));
+    std::vector<std::string> expected;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << "type " << c.type << (c.server.isNull() ? ", Null" : ""));
+        SetConnection(c.type, c.server, QString::number(m_proxy.Port()));
         const lw::core::NetOptions options = NetOptionsForUser(Db());
-        EXPECT_EQ(options.proxyHost, QStringLiteral("127.0.0.1"));
-        EXPECT_EQ(options.proxyPort, m_proxy.Port());
+        EXPECT_EQ(options.proxyHost, c.viaProxy ? local : QString());
+        QFile::remove(file);
+        EXPECT_EQ(FetchToFile(Db(), page, file),
+                  c.viaProxy ? FetchResult::Ok : FetchResult::Failed);
+        EXPECT_EQ(RefreshEncodedPassword(Db()), c.viaProxy);
+        if (c.viaProxy) {
+            EXPECT_EQ(options.proxyPort, m_proxy.Port());
+            EXPECT_EQ(ReadAll(file), QByteArray("via proxy &pass=proxytokenZ& end"));
+            expected.push_back(SiteAddress("/page?a=1"));
+            expected.push_back(SiteAddress("/aw-cgi/eBayISAPI.dll"));
+        } else {
+            EXPECT_FALSE(QFile::exists(file));
+        }
     }
-    const QString file = m_root.File(QStringLiteral("Configs/update.txt"));
-    EXPECT_EQ(FetchToFile(Db(), QString::fromStdString(SiteAddress("/page?a=1")), file),
-              FetchResult::Ok);
-    EXPECT_EQ(ReadAll(file), QByteArray("via proxy &pass=proxytokenZ& end"));
-    EXPECT_TRUE(RefreshEncodedPassword(Db()));
     EXPECT_EQ(StoredEncodedPassword().toString(), QStringLiteral("proxytoken"));
-    const std::vector<std::string> expected = {SiteAddress("/page?a=1"),
-                                               SiteAddress("/aw-cgi/eBayISAPI.dll")};
     EXPECT_EQ(Targets(), expected);
-}
-
-TEST_F(SiteSessionProxy, OtherTypesAndANullServerGoDirect) {
-    SetConnection(1, QStringLiteral("127.0.0.1"), QString::number(m_proxy.Port()));
-    EXPECT_TRUE(NetOptionsForUser(Db()).proxyHost.isEmpty());
-    const QString file = m_root.File(QStringLiteral("Configs/update.txt"));
-    EXPECT_EQ(FetchToFile(Db(), QString::fromStdString(SiteAddress("/page")), file),
-              FetchResult::Failed);
-    SetConnection(3, QVariant(), QString::number(m_proxy.Port()));
-    EXPECT_TRUE(NetOptionsForUser(Db()).proxyHost.isEmpty());
-    EXPECT_FALSE(RefreshEncodedPassword(Db()));
-    EXPECT_TRUE(Targets().empty());
 }
 
 // ------------------------------------------------------- connection test
 
-namespace {
-
 const QString kPurpose = QStringLiteral("update your auction database");
-const QString kNoIsp = QStringLiteral(
-    "You need to be connected to your Internet Service Provider to update your auction "
-    "database.  Please connect and then try again.");
-
-}  // namespace
 
 TEST_F(SiteSessionProxy, TheConnectionTestTriesTheSiteHostUnlessAProxyIsSet) {
     // The site's host is closed: offline, said when asked to.
     EXPECT_FALSE(IsConnected(Db(), kPurpose, true));
-    EXPECT_EQ(m_ui.Messages(), QStringList{kNoIsp});
+    EXPECT_EQ(m_ui.Messages(),
+              QStringList{QStringLiteral(
+                  "You need to be connected to your Internet Service Provider to update your "
+                  "auction database.  Please connect and then try again.")});
     EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("No ISP Connection")});
     EXPECT_FALSE(IsConnected(Db(), kPurpose, false));
     EXPECT_EQ(m_ui.Messages().size(), 1);
@@ -606,6 +599,11 @@ TEST_F(SiteSessionProxy, TheConnectionTestTriesTheSiteHostUnlessAProxyIsSet) {
     EXPECT_TRUE(IsConnected(Db(), kPurpose, true));
     EXPECT_TRUE(IsConnected(kPurpose, true));
     EXPECT_EQ(m_ui.Messages().size(), 1);
+
+    // Without a user it is offline, and not a word is said.
+    Db().Exec(QStringLiteral("DELETE FROM Users"));
+    EXPECT_FALSE(IsConnected(Db(), kPurpose, true));
+    EXPECT_EQ(m_ui.Messages().size(), 1);
 }
 
 TEST_F(SiteSessionProxy, TheConnectionTestFallsBackToTheFirstUpdatePage) {
@@ -619,11 +617,4 @@ TEST_F(SiteSessionProxy, TheConnectionTestFallsBackToTheFirstUpdatePage) {
     // No address at all in the rules: nothing to reach.
     Rules().ClearAll();
     EXPECT_FALSE(IsConnected(Db(), kPurpose, false));
-}
-
-TEST_F(SiteSessionProxy, NoUserMeansOfflineWithoutAWord) {
-    SetSiteRules(Host(m_proxy.Port()));
-    Db().Exec(QStringLiteral("DELETE FROM Users"));
-    EXPECT_FALSE(IsConnected(Db(), kPurpose, true));
-    EXPECT_TRUE(m_ui.Messages().isEmpty());
 }

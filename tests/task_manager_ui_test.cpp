@@ -41,6 +41,8 @@ using namespace lw;
 
 using lw::test::EndIn;
 using lw::test::Named;
+using lw::test::Row;
+using lw::test::Texts;
 
 namespace {
 
@@ -113,14 +115,6 @@ QVariant Field(const QString& table, const QString& key, const QString& column) 
     return s.Step() ? s.Value(0) : QVariant(QStringLiteral("<no row>"));
 }
 
-QStringList Rows(QListWidget* list) {
-    QStringList rows;
-    for (int i = 0; i < list->count(); ++i) {
-        rows << list->item(i)->text();
-    }
-    return rows;
-}
-
 QTreeWidgetItem* NodeOf(QTreeWidget* tree, const QString& key) {
     for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it) {
         if ((*it)->data(0, Qt::UserRole).toString() == key) {
@@ -132,19 +126,6 @@ QTreeWidgetItem* NodeOf(QTreeWidget* tree, const QString& key) {
 
 int Picture(QTreeWidget* tree, const QString& key) {
     return NodeOf(tree, key)->data(0, Qt::UserRole + 1).toInt();
-}
-
-// A row of test data, one line a case, text given as literals.
-template <class T>
-T Cell(T value) {
-    return value;
-}
-QString Cell(const char* text) {
-    return QString::fromUtf8(text);
-}
-template <class... Cells>
-void Row(const char* name, Cells... cells) {
-    (QTest::newRow(name) << ... << Cell(cells));
 }
 
 }  // namespace
@@ -266,10 +247,7 @@ private Q_SLOTS:
     }
     void cleanup() {
         m_window.reset();
-        core::SetSettingsFolder(QString());
-        core::ResetSession();
-        m_ui.reset();
-        m_root.reset();
+        test::EndProgramRoot(m_ui, m_root);
     }
 
     void eachSideListsItsEndedItemsOrShowsItsEmptyPanel_data() {
@@ -306,7 +284,7 @@ private Q_SLOTS:
         QCOMPARE(Control<QComboBox>(QStringLiteral("lstFilters"))->currentText(),
                  bids ? QStringLiteral("All Bids with Pending Tasks")
                       : QStringLiteral("All Auctions with Pending Tasks"));
-        QCOMPARE(Rows(List()), rows);
+        QCOMPARE(Texts(List()), rows);
         QCOMPARE(Control<QLabel>(QStringLiteral("lblToDoRecordCount"))->text(), count);
         QCOMPARE(ShownPanel(), panel);
         QCOMPARE(Tree()->isEnabled(), prepared);
@@ -331,7 +309,7 @@ private Q_SLOTS:
                                             : QStringLiteral("chkToDoAuctions"));
         set->click();
         QVERIFY(set->isChecked());
-        QCOMPARE(Rows(List()), rows);
+        QCOMPARE(Texts(List()), rows);
     }
 
     void eachNodeOpensItsPanelForTheSelectedItem_data() {
@@ -510,7 +488,7 @@ private Q_SLOTS:
         SetRemovalTags(bids ? QVariant() : QVariant(tag), bids ? QVariant(tag) : QVariant());
         Open(bids);
         const QString item = bids ? QStringLiteral("3001") : QStringLiteral("2001");
-        const QStringList before = Rows(List());
+        const QStringList before = Texts(List());
         SelectRow(item);
         SelectNode(node);
         for (const QString& edit : edits.split(u'|', Qt::SkipEmptyParts)) {
@@ -521,7 +499,7 @@ private Q_SLOTS:
         QCOMPARE(Field(table, item, QStringLiteral("ToDoComplete")).toInt(), ends ? 1 : 0);
         QStringList after = before;
         if (!ends) {
-            QCOMPARE(Rows(List()), before);
+            QCOMPARE(Texts(List()), before);
             return;
         }
         after.removeIf([&item](const QString& r) { return r.startsWith(item); });
@@ -534,7 +512,7 @@ private Q_SLOTS:
             QCOMPARE(List()->currentRow(), 0);
             QCOMPARE(ShownPanel(), 6);
         }
-        QCOMPARE(Rows(List()), after);
+        QCOMPARE(Texts(List()), after);
         QCOMPARE(Control<QLabel>(QStringLiteral("lblToDoRecordCount"))->text(), count);
     }
 
@@ -544,11 +522,11 @@ private Q_SLOTS:
         // One winner of a multi-winner sale leaves; the other stays.
         SelectRow(QStringLiteral("D2004: Marbles (winner_a)"));
         Control<QPushButton>(QStringLiteral("cmdRemoveToDo"))->click();
-        QCOMPARE(Rows(List()),
+        QCOMPARE(Texts(List()),
                  (QStringList{"2001: Brass lamp", "2002: Tin robot", "D2004: Marbles (winner_b)"}));
         SelectRow(QStringLiteral("2002"));
         Control<QPushButton>(QStringLiteral("cmdRemoveToDo"))->click();
-        QCOMPARE(Rows(List()), (QStringList{"2001: Brass lamp", "D2004: Marbles (winner_b)"}));
+        QCOMPARE(Texts(List()), (QStringList{"2001: Brass lamp", "D2004: Marbles (winner_b)"}));
         QCOMPARE(Control<QLabel>(QStringLiteral("lblToDoRecordCount"))->text(),
                  QStringLiteral("(2)"));
 
@@ -562,7 +540,7 @@ private Q_SLOTS:
         w->mnuFindItem_Click();
         w->mnuPopupAuctionReturntoTask_Click();
         tabs->setCurrentIndex(ui::frmAuction::kTaskTab);
-        QCOMPARE(Rows(List()),
+        QCOMPARE(Texts(List()),
                  (QStringList{"2001: Brass lamp", "2002: Tin robot", "D2004: Marbles (winner_b)"}));
     }
 

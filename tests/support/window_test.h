@@ -1,19 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Helpers of the window suites: a control found by the name it carries, a
-// box retyped, a step taken inside a modal window's own event loop, and an
-// end date as the site writes it.
+// box retyped, the texts of a list, a step taken inside a modal window's own
+// event loop, an end date as the site writes it, a row of QtTest data given
+// as literals, and the end of a suite's program root.
 #pragma once
 
 #include <QApplication>
 #include <QDateTime>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QObject>
 #include <QString>
 #include <QTimer>
 #include <QWidget>
 #include <QtTest/QTest>
 #include <functional>
+#include <memory>
 
+#include "core/session.h"
+#include "core/settings.h"
 #include "tests/support/test_support.h"
 
 namespace lw::test {
@@ -34,6 +39,15 @@ inline void Retype(QLineEdit* edit, const QString& text) {
     edit->selectAll();
     edit->del();
     QTest::keyClicks(edit, text);
+}
+
+// The texts of a list's rows, top to bottom.
+inline QStringList Texts(const QListWidget* list) {
+    QStringList texts;
+    for (int row = 0; row < list->count(); ++row) {
+        texts << list->item(row)->text();
+    }
+    return texts;
 }
 
 // Acts on the modal window of that objectName once it is up, from inside
@@ -67,6 +81,28 @@ inline QString EndIn(int days) {
     return QDateTime::currentDateTime().addDays(days).toString(
                QStringLiteral("MM/dd/yy, hh:mm:ss")) +
            QStringLiteral(" PST");
+}
+
+// A row of QtTest data, one line a case, text given as literals.
+template <class T>
+T Cell(T value) {
+    return value;
+}
+inline QString Cell(const char* text) {
+    return QString::fromUtf8(text);
+}
+template <class... Cells>
+void Row(const char* name, Cells... cells) {
+    (QTest::newRow(name) << ... << Cell(cells));
+}
+
+// Ends what a suite's init began over root and ui: the settings folder and
+// the session are let go before the Ui and the folder they point to.
+inline void EndProgramRoot(std::unique_ptr<ScriptedUi>& ui, std::unique_ptr<TempRoot>& root) {
+    core::SetSettingsFolder(QString());
+    core::ResetSession();
+    ui.reset();
+    root.reset();
 }
 
 }  // namespace lw::test
