@@ -11,6 +11,24 @@
 #include "core/core_dumps.h"
 #include "core/session.h"
 
+namespace {
+
+QtMessageHandler g_qtMessages = nullptr;
+
+// Without a login session (a cron job, a plain ssh shell) Qt says, as it sets
+// up fonts, that it picked a runtime folder of its own. That is no news to
+// the user, and a script's error output should hold only what the program
+// has to say; everything else goes on as Qt would have it.
+void QuietStart(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    if (type == QtWarningMsg &&
+        message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))) {
+        return;
+    }
+    g_qtMessages(type, context, message);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     lw::core::TurnOffCoreDumps();  // the site password is in memory
     QStringList given;
@@ -25,7 +43,9 @@ int main(int argc, char** argv) {
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
             qputenv("QT_QPA_PLATFORM", "offscreen");
         }
+        g_qtMessages = qInstallMessageHandler(QuietStart);
         app = std::make_unique<QGuiApplication>(argc, argv);
+        qInstallMessageHandler(g_qtMessages);
     } else {
         app = std::make_unique<QCoreApplication>(argc, argv);
     }
