@@ -582,7 +582,7 @@ int Listing(const Options& options, const QString& exeDir, QTextStream& out, QTe
             out << column << ": " << text << '\n';
         }
         const QStringList red =
-            creator::CheckRequiredFields(loaded->doc, loaded->lists).RedLabels();
+            creator::CheckRequiredFields(loaded->doc, loaded->lists).RedCaptions();
         out << "Required fields: "
             << (red.isEmpty() ? QStringLiteral("complete")
                               : QStringLiteral("missing ") + red.join(QStringLiteral(", ")))

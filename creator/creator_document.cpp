@@ -805,18 +805,40 @@ bool RequiredFields::AllGreen() const {
     return RedLabels().isEmpty();
 }
 
+namespace {
+
+// The words of the labels, as the creator's tabs show them (without their
+// access keys, and the title without its count).
+constexpr std::array<const char*, 3> kRequiredCaptions = {"Description", "Minimum bid", "Quantity"};
+constexpr std::array<const char*, 9> kRequiredSiteCaptions = {
+    "Category", "Title",           "Duration (days)",   "Item location",      "Region",
+    "Country",  "Payment methods", "Who pays shipping", "Where will you ship"};
+
+// What name(i) makes of each red label of a row.
+template <size_t N, typename Name>
+void AddRed(QStringList& red, const std::array<int, N>& colours, const Name& name) {
+    for (size_t i = 0; i < N; ++i) {
+        if (colours[i] != kGreen) {
+            red << name(i);
+        }
+    }
+}
+
+}  // namespace
+
 QStringList RequiredFields::RedLabels() const {
     QStringList red;
-    for (size_t i = 0; i < lblRequired.size(); ++i) {
-        if (lblRequired[i] != kGreen) {
-            red << QStringLiteral("lblRequired(%1)").arg(i);
-        }
-    }
-    for (size_t i = 0; i < lblRequiredeBay.size(); ++i) {
-        if (lblRequiredeBay[i] != kGreen) {
-            red << QStringLiteral("lblRequiredeBay(%1)").arg(i);
-        }
-    }
+    AddRed(red, lblRequired, [](size_t i) { return QStringLiteral("lblRequired(%1)").arg(i); });
+    AddRed(red, lblRequiredeBay,
+           [](size_t i) { return QStringLiteral("lblRequiredeBay(%1)").arg(i); });
+    return red;
+}
+
+QStringList RequiredFields::RedCaptions() const {
+    QStringList red;
+    AddRed(red, lblRequired, [](size_t i) { return QString::fromLatin1(kRequiredCaptions[i]); });
+    AddRed(red, lblRequiredeBay,
+           [](size_t i) { return QString::fromLatin1(kRequiredSiteCaptions[i]); });
     return red;
 }
 

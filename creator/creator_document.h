@@ -274,6 +274,8 @@ struct RequiredFields {
     bool AllGreen() const;
     // The names of the red labels, as "lblRequiredeBay(4)".
     QStringList RedLabels() const;
+    // The same labels by what they say in the creator, as "Region".
+    QStringList RedCaptions() const;
 };
 RequiredFields CheckRequiredFields(const CreatorDocument& doc, const CreatorLists& lists);
 // True when the document may be sent: every label green and a reserve, when

@@ -456,6 +456,18 @@ private Q_SLOTS:
         }
         QCOMPARE(Named<QLabel>(w.get(), QStringLiteral("lblRequiredeBay1"))->text(),
                  QStringLiteral("Title (20)"));
+        // The command line names a red label by the words the label shows.
+        creator::RequiredFields red;
+        red.lblRequired.fill(creator::kRed);
+        red.lblRequiredeBay.fill(creator::kRed);
+        const QStringList names = red.RedLabels();
+        const QStringList captions = red.RedCaptions();
+        QCOMPARE(captions.size(), names.size());
+        for (qsizetype i = 0; i < names.size(); ++i) {
+            const QString name = QString(names[i]).remove(u'(').remove(u')');
+            const QString shown = Named<QLabel>(w.get(), name)->text().remove(u'&');
+            QVERIFY2(shown.startsWith(captions[i]), qPrintable(name + u' ' + shown));
+        }
         undo(w.get());
         QCOMPARE(Colour(w.get(), label), creator::kRed);
         Click(w.get(), QStringLiteral("cmdToOutbox"));
