@@ -461,6 +461,24 @@ int PostListing(core::Database& db, qint64 id, const Options& options, QTextStre
     const creator::PostRoute route = options.sellPage ? creator::PostRoute::SellPage
                                      : options.review ? creator::PostRoute::ReviewPage
                                                       : creator::PostRoute::Direct;
+    // listing list and show reach every document, but only the user's own
+    // are posted: not the Default, nor another user's.
+    core::Statement owner =
+        db.Prepare(QStringLiteral("SELECT ACType, UserName FROM AuctionCreator WHERE ID = ?"));
+    owner.Bind(1, id);
+    const QString user = core::CurrentSession().CurrentUser;
+    if (owner.Step() && owner.Text(1) != user) {
+        if (owner.Text(0) == creator::kDefault) {
+            err << "Document " << id
+                << " is the Default, which new documents start from; it is not posted itself.\n";
+        } else {
+            const QString name = owner.Text(1);
+            err << "Document " << id << " belongs to "
+                << (name.isEmpty() ? QStringLiteral("no user") : QStringLiteral("the user ") + name)
+                << ", and only " << user << "'s own documents are posted.\n";
+        }
+        return kExitFailure;
+    }
     // A category given by name is found in the directory, which a new
     // database gets from the shipped file.
     creator::PrepareCategoryDirectory(db, core::CurrentUi());

@@ -290,6 +290,38 @@ TEST_F(ListingPostE2e, TheReviewRouteLeavesTheSitesReviewPageAndListsNothing) {
     EXPECT_EQ(Count("Auctions WHERE AuctionCreatorID > 0"), 0);
 }
 
+TEST_F(ListingPostE2e, OnlyTheUsersOwnDocumentsArePostedAndTheRestAreToldApart) {
+    const qint64 ann = SaveDocument();
+    m_db->Prepare(QStringLiteral("UPDATE AuctionCreator SET UserName = ? WHERE ID = ?"))
+        .BindAll(QStringLiteral("Ann"), ann)
+        .Run();
+    lw::core::Statement byType =
+        m_db->Prepare(QStringLiteral("SELECT ID FROM AuctionCreator WHERE ACType = ?"));
+    byType.Bind(1, QString(lw::creator::kDefault));
+    ASSERT_TRUE(byType.Step());
+    const qint64 defaults = byType.Int(QStringLiteral("ID"));
+    const struct {
+        qint64 id;
+        QString told;
+    } cases[] = {
+        {defaults, QStringLiteral(" is the Default, which new documents start from; it is not "
+                                  "posted itself.")},
+        {ann,
+         QStringLiteral(" belongs to the user Ann, and only Demo's own documents are posted.")},
+        {ann + 1000, QStringLiteral("There is no listing document with the ID ")},
+    };
+    const qint64 items = SiteItems();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        const ProgramRun post =
+            Cli({QStringLiteral("listing"), QStringLiteral("post"), QString::number(c.id)});
+        EXPECT_EQ(post.code, 1);
+        EXPECT_TRUE(post.err.contains(c.told)) << post.err.toStdString();
+        EXPECT_TRUE(post.out.isEmpty()) << post.out.toStdString();
+    }
+    EXPECT_EQ(SiteItems(), items);
+}
+
 TEST_F(ListingPostE2e, APostTheSiteDoesNotTakeKeepsTheDocumentAndSaysSo) {
     struct Message {
         QString text;
