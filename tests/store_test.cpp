@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <functional>
 
 #include "core/store.h"
 #include "tests/support/test_support.h"
@@ -40,6 +41,20 @@ Database LoggedWithItems(const QString& path) {
     return db;
 }
 
+// The StoreError an action throws names what failed.
+template <typename Action>
+::testing::AssertionResult FailsNaming(Action action, const QString& name) {
+    try {
+        action();
+    } catch (const StoreError& error) {
+        if (name.isEmpty() || error.Message().contains(name)) {
+            return ::testing::AssertionSuccess();
+        }
+        return ::testing::AssertionFailure() << "the message is " << error.Message().toStdString();
+    }
+    return ::testing::AssertionFailure() << "nothing was thrown";
+}
+
 int CountWhereNumber(Database& db, const QString& number) {
     auto s = db.Prepare(QStringLiteral("SELECT COUNT(*) FROM Items WHERE ItemNumber = ?"));
     s.Bind(1, number);
@@ -53,65 +68,37 @@ TEST(StoreComparison, TrailingBlanksAndCaseDoNotMatterForKeys) {
     Database db = MemoryWithItems();
     Insert(db, QStringLiteral("123"), QStringLiteral("Lamp"));
     Insert(db, QStringLiteral("ab7X  "), QStringLiteral("Vase"));
-    EXPECT_EQ(CountWhereNumber(db, QStringLiteral("123 ")), 1);
-    EXPECT_EQ(CountWhereNumber(db, QStringLiteral("123")), 1);
-    EXPECT_EQ(CountWhereNumber(db, QStringLiteral("AB7x")), 1);
-    EXPECT_EQ(CountWhereNumber(db, QStringLiteral("ab7x   ")), 1);
-    EXPECT_EQ(CountWhereNumber(db, QStringLiteral(" 123")), 0) << "leading blanks are content";
+    // Leading blanks are content.
+    for (const auto& [key, count] :
+         {std::pair{"123 ", 1}, {"123", 1}, {"AB7x", 1}, {"ab7x   ", 1}, {" 123", 0}}) {
+        EXPECT_EQ(CountWhereNumber(db, QString::fromLatin1(key)), count) << '"' << key << '"';
+    }
     // What was written carries no trailing blanks.
     auto s = db.Prepare(QStringLiteral("SELECT ItemNumber FROM Items WHERE ItemTitle = 'Vase'"));
     ASSERT_TRUE(s.Step());
     EXPECT_EQ(s.Text(0), QStringLiteral("ab7X"));
 }
 
-// What a number or flag column takes of a text as scraped or typed.
+// What a number or flag column takes of a text as scraped or typed: the flag
+// words in any case, then plain numbers, trimmed, then what is refused (the
+// last an Arabic-Indic three: a digit, but not ours).
 TEST(StoreNumbers, FlagWordsAreTheBooleanNumbersStandAndOtherTextIsRefused) {
     const struct {
         const char* text;
         const char* stored;  // nullptr: refused
-    } cases[] = {
-        {"True", "1"},
-        {"TRUE", "1"},
-        {" true ", "1"},
-        {"Yes", "1"},
-        {"False", "0"},
-        {"false", "0"},
-        {"no", "0"},
-        {"-1", "-1"},
-        {"0", "0"},
-        {" 12 ", "12"},
-        {"2.5", "2.5"},
-        {"+3", "+3"},
-        {"1e3", "1e3"},
-        {"", nullptr},
-        {"ERROR", nullptr},
-        {"--", nullptr},
-        {"$5", nullptr},
-        {"1,234", nullptr},
-        {"Truest", nullptr},
-        {".5", ".5"},
-        {"5.", "5."},
-        {"-.5e-3", "-.5e-3"},
-        {"\t7\n", "7"},
-        {"1E+9", "1E+9"},
-        {".", nullptr},
-        {"1e", nullptr},
-        {"1e+", nullptr},
-        {"e5", nullptr},
-        {"1.2.3", nullptr},
-        {"1 2", nullptr},
-        {"+-1", nullptr},
-        {"0x1F", nullptr},
-        {"\xd9\xa3", nullptr},  // an Arabic-Indic three: a digit, but not ours
-    };
+    } cases[] = {{"True", "1"},        {"TRUE", "1"},        {" true ", "1"},  {"Yes", "1"},
+                 {"False", "0"},       {"false", "0"},       {"no", "0"},      {"Truest", nullptr},
+                 {"-1", "-1"},         {"0", "0"},           {" 12 ", "12"},   {"\t7\n", "7"},
+                 {"2.5", "2.5"},       {"+3", "+3"},         {"1e3", "1e3"},   {".5", ".5"},
+                 {"5.", "5."},         {"-.5e-3", "-.5e-3"}, {"1E+9", "1E+9"}, {"", nullptr},
+                 {"ERROR", nullptr},   {"--", nullptr},      {"$5", nullptr},  {"1,234", nullptr},
+                 {".", nullptr},       {"1e", nullptr},      {"1e+", nullptr}, {"e5", nullptr},
+                 {"1.2.3", nullptr},   {"1 2", nullptr},     {"+-1", nullptr}, {"0x1F", nullptr},
+                 {"\xd9\xa3", nullptr}};
     for (const auto& c : cases) {
-        const std::optional<QString> stored = NumberColumnText(QString::fromUtf8(c.text));
-        if (c.stored == nullptr) {
-            EXPECT_FALSE(stored.has_value()) << c.text;
-        } else {
-            EXPECT_EQ(stored.value_or(QStringLiteral("(refused)")), QString::fromUtf8(c.stored))
-                << c.text;
-        }
+        EXPECT_EQ(NumberColumnText(QString::fromUtf8(c.text)),
+                  c.stored ? std::optional(QString::fromUtf8(c.stored)) : std::nullopt)
+            << c.text;
     }
     EXPECT_TRUE(NumberColumnText(QString())->isNull());
     for (const char* type : {"INTEGER", "int", "REAL", "NUMERIC", "BOOLEAN", "DOUBLE"}) {
@@ -122,20 +109,23 @@ TEST(StoreNumbers, FlagWordsAreTheBooleanNumbersStandAndOtherTextIsRefused) {
     }
 }
 
-TEST(StoreBinding, HostileTextStaysInItsOwnField) {
+TEST(StoreBinding, HostileAndWideTextStaysInItsOwnField) {
     Database db = MemoryWithItems();
-    const QString hostile = QStringLiteral("O'Brien's \"best\"'); DROP TABLE Items; --");
-    Insert(db, QStringLiteral("1"), hostile);
-    Insert(db, QStringLiteral("2"), QStringLiteral("Ünïcødé ✓ 日本"));
+    const QString titles[] = {QStringLiteral("O'Brien's \"best\"'); DROP TABLE Items; --"),
+                              QStringLiteral("Ünïcødé ✓ 日本")};
+    Insert(db, QStringLiteral("1"), titles[0]);
+    Insert(db, QStringLiteral("2"), titles[1]);
     auto s = db.Prepare(QStringLiteral("SELECT ItemTitle FROM Items ORDER BY ItemNumber"));
-    ASSERT_TRUE(s.Step());
-    EXPECT_EQ(s.Text(0), hostile);
-    ASSERT_TRUE(s.Step());
-    EXPECT_EQ(s.Text(0), QStringLiteral("Ünïcødé ✓ 日本"));
+    for (const QString& title : titles) {
+        ASSERT_TRUE(s.Step());
+        EXPECT_EQ(s.Text(0), title);
+    }
     EXPECT_FALSE(s.Step());
 }
 
-TEST(StoreBinding, VariantKindsAndNulls) {
+// Each kind of value goes in bound by name and comes back out by a column name
+// in any case, or qualified by its table.
+TEST(StoreBinding, VariantKindsNullsAndColumnNames) {
     Database db = MemoryWithItems();
     QByteArray blob("a\0b\xff", 4);
     db.Prepare(
@@ -149,6 +139,9 @@ TEST(StoreBinding, VariantKindsAndNulls) {
         .Run();
     auto s = db.Prepare(QStringLiteral("SELECT * FROM Items"));
     ASSERT_TRUE(s.Step());
+    EXPECT_EQ(s.Text(QStringLiteral("itemnumber")), QStringLiteral("9"));
+    EXPECT_EQ(s.Text(QStringLiteral("Items.ItemNumber")), QStringLiteral("9"));
+    EXPECT_EQ(s.ColumnIndex(QStringLiteral("Nothing")), -1);
     EXPECT_TRUE(s.IsNull(QStringLiteral("itemtitle")));
     EXPECT_EQ(s.Text(QStringLiteral("ItemTitle")), QString()) << "Null reads as empty text";
     EXPECT_DOUBLE_EQ(s.Real(QStringLiteral("PRICE")), 12.5);
@@ -163,27 +156,35 @@ TEST(StoreBinding, VariantKindsAndNulls) {
     EXPECT_EQ(kinds.Value(2).toInt(), 1) << "blanks only trim to empty text";
 }
 
-TEST(StoreBinding, WrongParameterIsAnErrorNotACrash) {
-    Database db = MemoryWithItems();
-    auto s = db.Prepare(QStringLiteral("SELECT ?"));
-    EXPECT_THROW(s.Bind(2, QStringLiteral("x")), StoreError);
-    EXPECT_THROW(s.Bind(":missing", QVariant(1)), StoreError);
-}
-
-TEST(StoreColumns, NamesAreCaseBlindAndQualifiedNamesFindTheirColumn) {
+// Misuse is a StoreError, never a crash, and names the culprit where there is one.
+TEST(StoreStatements, MisuseIsAStoreError) {
     Database db = MemoryWithItems();
     Insert(db, QStringLiteral("5"), QStringLiteral("Clock"));
-    auto s = db.Prepare(QStringLiteral("SELECT ItemNumber, ItemTitle FROM Items"));
-    ASSERT_TRUE(s.Step());
-    EXPECT_EQ(s.Text(QStringLiteral("itemnumber")), QStringLiteral("5"));
-    EXPECT_EQ(s.Text(QStringLiteral("Items.ItemTitle")), QStringLiteral("Clock"));
-    EXPECT_EQ(s.ColumnIndex(QStringLiteral("Nothing")), -1);
-    try {
-        s.Text(QStringLiteral("Nothing"));
-        FAIL() << "an unknown column must throw";
-    } catch (const StoreError& error) {
-        EXPECT_TRUE(error.Message().contains(QStringLiteral("Nothing")));
+    auto parameter = db.Prepare(QStringLiteral("SELECT ?"));
+    auto row = db.Prepare(QStringLiteral("SELECT ItemNumber FROM Items"));
+    ASSERT_TRUE(row.Step());
+    const struct {
+        const char* name;
+        std::function<void()> misuse;
+        QString named;  // what the message names; empty: anything
+    } cases[] = {
+        {"two statements where one is wanted",
+         [&] { db.PrepareSingle(QStringLiteral("SELECT 1; DELETE FROM Items")); },
+         {}},
+        {"bad syntax", [&] { db.Prepare(QStringLiteral("SELEKT nonsense")); }, {}},
+        {"unknown table", [&] { db.Prepare(QStringLiteral("SELECT * FROM NoSuchTable")); },
+         QStringLiteral("NoSuchTable")},
+        {"parameter past the last", [&] { parameter.Bind(2, QStringLiteral("x")); }, {}},
+        {"unknown parameter name", [&] { parameter.Bind(":missing", QVariant(1)); }, {}},
+        {"unknown column", [&] { row.Text(QStringLiteral("Nothing")); }, QStringLiteral("Nothing")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_TRUE(FailsNaming(c.misuse, c.named));
     }
+    EXPECT_NO_THROW(db.PrepareSingle(QStringLiteral("SELECT 1 ;  \n")));
+    EXPECT_TRUE(db.PrepareSingle(QStringLiteral("SELECT * FROM Items")).IsReadOnly());
+    EXPECT_FALSE(db.PrepareSingle(QStringLiteral("DELETE FROM Items")).IsReadOnly());
 }
 
 TEST(StoreTransactions, RollbackUnlessCommitted) {
@@ -298,30 +299,10 @@ TEST(StoreTransactions, BatchedCommitsCommitOnceDueAndWhenAsked) {
     db.Exec(QStringLiteral("BEGIN; COMMIT"));  // no transaction was left open
 }
 
-TEST(StoreStatements, SingleStatementAndReadOnlyChecks) {
-    Database db = MemoryWithItems();
-    EXPECT_THROW(db.PrepareSingle(QStringLiteral("SELECT 1; DELETE FROM Items")), StoreError);
-    EXPECT_NO_THROW(db.PrepareSingle(QStringLiteral("SELECT 1 ;  \n")));
-    EXPECT_TRUE(db.PrepareSingle(QStringLiteral("SELECT * FROM Items")).IsReadOnly());
-    EXPECT_FALSE(db.PrepareSingle(QStringLiteral("DELETE FROM Items")).IsReadOnly());
-    EXPECT_THROW(db.Prepare(QStringLiteral("SELEKT nonsense")), StoreError);
-    try {
-        db.Prepare(QStringLiteral("SELECT * FROM NoSuchTable"));
-        FAIL();
-    } catch (const StoreError& error) {
-        EXPECT_TRUE(error.Message().contains(QStringLiteral("NoSuchTable")));
-    }
-}
-
 TEST(StoreFiles, MissingDamagedAndReadOnlyFilesFailWithTheirName) {
     lw::test::TempRoot root;
     const QString missing = root.File(QStringLiteral("none.db"));
-    try {
-        Database::Open(missing);
-        FAIL();
-    } catch (const StoreError& error) {
-        EXPECT_TRUE(error.Message().contains(missing));
-    }
+    EXPECT_TRUE(FailsNaming([&] { Database::Open(missing); }, missing));
     EXPECT_FALSE(QFile::exists(missing)) << "opening must not create";
 
     QByteArray junk(8192, '\0');
@@ -329,14 +310,8 @@ TEST(StoreFiles, MissingDamagedAndReadOnlyFilesFailWithTheirName) {
         junk[i] = static_cast<char>((i * 131 + 7) % 251);
     }
     const QString damaged = root.Write(QStringLiteral("damaged.db"), junk);
-    try {
-        Database::Open(damaged);
-        FAIL();
-    } catch (const StoreError& error) {
-        EXPECT_TRUE(error.Message().contains(damaged));
-    }
+    EXPECT_TRUE(FailsNaming([&] { Database::Open(damaged); }, damaged));
     EXPECT_EQ(lw::test::ReadAll(damaged), junk) << "a damaged file is left as it was";
-
     const QString good = root.File(QStringLiteral("good.db"));
     {
         Database db = Database::Open(good, Database::Mode::Create);

@@ -22,16 +22,14 @@
 #include "core/session.h"
 #include "core/settings.h"
 #include "core/store.h"
+#include "tests/support/loopback_server.h"
+#include "tests/support/store_test.h"
 #include "tests/support/test_support.h"
 #include "update/rules.h"
 #include "update/usage_report.h"
 
-using lw::core::CurrentSession;
 using lw::core::Database;
 using lw::test::ReadAll;
-using lw::test::ScriptedUi;
-using lw::test::SourceDir;
-using lw::test::TempRoot;
 using namespace lw::update;
 
 static void PrintTo(const QString& text, std::ostream* out) {
@@ -69,8 +67,8 @@ int AcceptWithin(int listener, int timeoutMs) {
     return ::accept(listener, nullptr, nullptr);
 }
 
-// Just enough of an FTP server for one upload in passive mode: sign-in,
-// working folder, EPSV or PASV, TYPE, STOR, QUIT. It records the commands it
+// Just enough of an FTP server for one upload in extended passive mode:
+// sign-in, working folder, EPSV, TYPE, STOR, QUIT. It records the commands it
 // was given and the bytes stored.
 class FakeFtpServer {
 public:
@@ -83,8 +81,6 @@ public:
         m_thread.join();
         ::close(m_listener);
     }
-    FakeFtpServer(const FakeFtpServer&) = delete;
-    FakeFtpServer& operator=(const FakeFtpServer&) = delete;
 
     int Port() const { return m_port; }
     std::vector<std::string> Commands() {
@@ -155,21 +151,15 @@ private:
                 Send(control, "257 \"/\" is the current folder");
             } else if (verb == "CWD") {
                 Send(control, "250 folder changed");
-            } else if (verb == "EPSV" || verb == "PASV") {
+            } else if (verb == "TYPE") {
+                Send(control, "200 type set");
+            } else if (verb == "EPSV") {
                 if (dataListener >= 0) {
                     ::close(dataListener);
                 }
                 dataListener = ListenOnLoopback(&dataPort);
-                if (verb == "EPSV") {
-                    Send(control, "229 Entering Extended Passive Mode (|||" +
-                                      std::to_string(dataPort) + "|)");
-                } else {
-                    Send(control, "227 Entering Passive Mode (127,0,0,1," +
-                                      std::to_string(dataPort / 256) + "," +
-                                      std::to_string(dataPort % 256) + ")");
-                }
-            } else if (verb == "TYPE") {
-                Send(control, "200 type set");
+                Send(control,
+                     "229 Entering Extended Passive Mode (|||" + std::to_string(dataPort) + "|)");
             } else if (verb == "STOR" && dataListener >= 0) {
                 Send(control, "150 send the file");
                 const int data = AcceptWithin(dataListener, 5000);
@@ -209,27 +199,16 @@ private:
     std::string m_stored;
 };
 
-int ClosedPort() {
-    int port = 0;
-    ::close(ListenOnLoopback(&port));
-    return port;
-}
-
 // ------------------------------------------------------------- fixture
 
 const QString kUser = QStringLiteral("O'Hara");
 const QDate kToday(2024, 3, 15);
 
-class UsageReportTest : public ::testing::Test {
+class UsageReportTest : public lw::test::StoreTest {
 protected:
     void SetUp() override {
-        lw::core::ResetSession(&m_ui);
+        StoreTest::SetUp();
         Rules().ClearAll();
-        QString error;
-        ASSERT_TRUE(lw::core::SetupDirectories(m_root.Path(), &error)) << error.toStdString();
-        CurrentSession().ShippedDir = SourceDir();
-        lw::core::SetSettingsFolder(m_root.File(QStringLiteral("settings")));
-        m_db.emplace(lw::core::OpenOrCreateStore(lw::core::StorePath(), SourceDir()));
         lw::core::AddUser(*m_db, {kUser, QStringLiteral("ohara"), QStringLiteral("pw"),
                                   QStringLiteral("ab@c.d")});
         lw::core::AddUser(*m_db,
@@ -243,7 +222,7 @@ protected:
     }
     void TearDown() override {
         Rules().ClearAll();
-        lw::core::SetSettingsFolder({});
+        StoreTest::TearDown();
     }
 
     Database& Db() { return *m_db; }
@@ -291,9 +270,6 @@ protected:
         };
     }
 
-    ScriptedUi m_ui;
-    TempRoot m_root;
-    std::optional<Database> m_db;
     QString m_report;
     int m_sends = 0;
     QString m_sentPath;
@@ -346,16 +322,31 @@ TEST_F(UsageReportTest, OffUntilSwitchedOnAndOffAgainTouchesNothing) {
     }
 }
 
-TEST_F(UsageReportTest, WithinTenDaysOfTheLastReportNoFileIsLeft) {
-    m_root.Write(QStringLiteral("Configs/trkrpt.dat"), "earlier report");
-    SetLastReport(QStringLiteral("2024-03-06 00:00:00"));
-    EXPECT_FALSE(PrepareUsageReport(Db(), Recording(true), kToday));
-    EXPECT_EQ(m_sends, 0);
-    EXPECT_FALSE(QFile::exists(m_report));
-    EXPECT_EQ(LastReport().toString(), QStringLiteral("2024-03-06 00:00:00"));
-    // Ten days on, the report is due.
-    EXPECT_TRUE(PrepareUsageReport(Db(), Recording(true), kToday.addDays(1)));
-    EXPECT_EQ(m_sends, 1);
+// Ten days after the last report, another is due; before that, none is sent,
+// any earlier file goes and the date stays. A date that cannot be read counts
+// as no report yet.
+TEST_F(UsageReportTest, DueTenDaysAfterTheLastReport) {
+    const struct {
+        QString last;
+        QDate today;
+        QString after;  // the stored date afterwards; due when it changed
+    } cases[] = {
+        {QStringLiteral("2024-03-06 00:00:00"), kToday, QStringLiteral("2024-03-06 00:00:00")},
+        {QStringLiteral("2024-03-06 00:00:00"), kToday.addDays(1),
+         QStringLiteral("2024-03-16 00:00:00")},
+        {QStringLiteral("someday"), kToday, QStringLiteral("2024-03-15 00:00:00")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.last.toStdString() + " to " + c.today.toString().toStdString());
+        const bool due = c.after != c.last;
+        m_root.Write(QStringLiteral("Configs/trkrpt.dat"), "earlier report");
+        SetLastReport(c.last);
+        m_sends = 0;
+        EXPECT_EQ(PrepareUsageReport(Db(), Recording(true), c.today), due);
+        EXPECT_EQ(m_sends, due ? 1 : 0);
+        EXPECT_EQ(QFile::exists(m_report), due);
+        EXPECT_EQ(LastReport().toString(), c.after);
+    }
 }
 
 TEST_F(UsageReportTest, ADueReportHoldsTheCountersAndStoresToday) {
@@ -387,9 +378,6 @@ TEST_F(UsageReportTest, ADueReportHoldsTheCountersAndStoresToday) {
                                  "Antiques=2\r\n"
                                  "Books=1\r\n"));
     EXPECT_EQ(LastReport().toString(), QStringLiteral("2024-03-15 00:00:00"));
-    // The next one waits ten days again.
-    EXPECT_FALSE(PrepareUsageReport(Db(), Recording(true), kToday.addDays(9)));
-    EXPECT_EQ(m_sends, 1);
 }
 
 TEST_F(UsageReportTest, AFailingSenderIsIgnored) {
@@ -426,13 +414,10 @@ TEST_F(UsageReportTest, TheDefaultSenderUploadsTheFileByFtp) {
     EXPECT_TRUE(PrepareUsageReport(Db(), {}, kToday));
     EXPECT_EQ(QByteArray::fromStdString(server.Stored()), ReadAll(m_report));
     const std::vector<std::string> commands = server.Commands();
-    auto gave = [&commands](const std::string& command) {
-        return std::find(commands.begin(), commands.end(), command) != commands.end();
-    };
-    EXPECT_TRUE(gave("USER lotwright"));
-    EXPECT_TRUE(gave("PASS s3cret"));
-    EXPECT_TRUE(gave("CWD reports"));
-    EXPECT_TRUE(gave("STOR trkrpt.dat"));
+    for (const char* command :
+         {"USER lotwright", "PASS s3cret", "CWD reports", "STOR trkrpt.dat"}) {
+        EXPECT_NE(std::find(commands.begin(), commands.end(), command), commands.end()) << command;
+    }
     const QStringList statuses = m_ui.Statuses();
     const qsizetype loggedIn = statuses.indexOf(QStringLiteral("Logged in to Tolvane"));
     const qsizetype sent = statuses.indexOf(QStringLiteral("Information sent"));
@@ -452,7 +437,7 @@ TEST_F(UsageReportTest, ARefusedOrUnreachableServerIsNoReport) {
     EXPECT_FALSE(m_ui.Statuses().contains(QStringLiteral("Logged in to Tolvane")));
     EXPECT_FALSE(m_ui.Statuses().contains(QStringLiteral("Information sent")));
 
-    SetTrackingRules(ClosedPort(), "x");
+    SetTrackingRules(lw::test::ClosedPort(), "x");
     EXPECT_FALSE(FtpReportSender()(m_report));
     Rules().ClearAll();
     EXPECT_FALSE(FtpReportSender()(m_report));
