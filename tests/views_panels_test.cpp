@@ -17,7 +17,11 @@
 using lw::core::Database;
 using lw::core::Statement;
 using lw::views::CellColour;
+using lw::views::DutchListRow;
 using lw::views::Group;
+using lw::views::ShowBidDetails;
+using lw::views::ShowSaleDetails;
+using namespace Qt::StringLiterals;
 
 // Failures print texts, not code units.
 void PrintTo(const QString& text, std::ostream* out) {
@@ -26,11 +30,8 @@ void PrintTo(const QString& text, std::ostream* out) {
 
 namespace {
 
-const QString kUser = QStringLiteral("D'Arcy");
-const QString kSiteId = QStringLiteral("darcy_sells");
-
-// Column names and values of one row; a null QVariant writes Null.
-using Fields = std::vector<std::pair<QString, QVariant>>;
+const QString kUser = u"D'Arcy"_s;
+const QString kSiteId = u"darcy_sells"_s;
 
 class PanelsTest : public ::testing::Test {
 protected:
@@ -38,28 +39,25 @@ protected:
         const QString error = lw::test::StartProgramRoot(m_root, m_ui);
         ASSERT_TRUE(error.isEmpty()) << error.toStdString();
         m_db.emplace(lw::core::OpenOrCreateStore(lw::core::StorePath(), lw::test::SourceDir()));
-        lw::core::AddUser(*m_db, {kUser, kSiteId, QStringLiteral("pw"), QString()});
+        lw::core::AddUser(*m_db, {kUser, kSiteId, u"pw"_s, QString()});
         lw::core::SetCurrentUser(kUser);
     }
     void TearDown() override { lw::core::SetSettingsFolder(QString()); }
 
     Database& Db() { return *m_db; }
 
-    // Column names come from the test itself, never from a value.
-    void Insert(const QString& table, Fields fields, const QString& user = kUser) {
-        fields.emplace_back(QStringLiteral("UserName"), user);
-        QStringList names;
-        QStringList marks;
-        for (const auto& field : fields) {
-            names << field.first;
-            marks << QStringLiteral("?");
-        }
-        Statement s = Db().Prepare(QStringLiteral("INSERT INTO ") + table + QStringLiteral(" (") +
-                                   names.join(QStringLiteral(", ")) + QStringLiteral(") VALUES (") +
-                                   marks.join(QStringLiteral(", ")) + u')');
-        int index = 1;
-        for (const auto& field : fields) {
-            s.Bind(index++, field.second);
+    // One row: column names (from the test itself, never from a value) and
+    // their values in the same order; a null QVariant writes Null.
+    void Insert(const QString& table, QStringList names, QVariantList values,
+                const QString& user = kUser) {
+        ASSERT_EQ(names.size(), values.size());
+        names << u"UserName"_s;
+        values << user;
+        const QStringList marks(names.size(), u"?"_s);
+        Statement s = Db().Prepare(u"INSERT INTO "_s + table + u" ("_s + names.join(u", "_s) +
+                                   u") VALUES ("_s + marks.join(u", "_s) + u')');
+        for (int i = 0; i < values.size(); ++i) {
+            s.Bind(i + 1, values[i]);
         }
         s.Run();
     }
@@ -69,39 +67,37 @@ protected:
     std::optional<Database> m_db;
 };
 
-QVariant Null() {
-    return QVariant();
-}
-
 // ------------------------------------------------------------ stars
 
 TEST(StarIcons, FeedbackPicksItsStarByRange) {
-    using lw::views::StarIconFor;
-    EXPECT_EQ(StarIconFor(QStringLiteral("(9)")), QStringLiteral("eBayNoStar"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("(10)")), QStringLiteral("eBay10-99"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("(99)")), QStringLiteral("eBay10-99"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("(100)")), QStringLiteral("eBay100-499"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("(499)")), QStringLiteral("eBay100-499"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("(500)")), QStringLiteral("eBay500-999"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("(9999)")), QStringLiteral("eBay1000-9999"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("(10000)")), QStringLiteral("eBay10000"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("(-3)")), QStringLiteral("eBayNoStar"));
-    // A value inside a gap matches no range.
-    EXPECT_EQ(StarIconFor(QStringLiteral("99.5")), QStringLiteral("eBayNoStar"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("150")), QStringLiteral("eBay100-499"));
-    EXPECT_EQ(StarIconFor(QString()), QStringLiteral("eBayNoStar"));
-    EXPECT_EQ(StarIconFor(QStringLiteral("(")), QStringLiteral("eBayNoStar"));
+    // Bounds of every range, negatives, a value inside a gap between two
+    // ranges, feedback without brackets, and no or broken feedback.
+    const struct {
+        QString star;
+        QStringList feedbacks;
+    } kCases[] = {
+        {u"eBayNoStar"_s, {u"(9)"_s, u"(-3)"_s, u"99.5"_s, QString(), u"("_s}},
+        {u"eBay10-99"_s, {u"(10)"_s, u"(99)"_s}},
+        {u"eBay100-499"_s, {u"(100)"_s, u"(499)"_s, u"150"_s}},
+        {u"eBay500-999"_s, {u"(500)"_s}},
+        {u"eBay1000-9999"_s, {u"(9999)"_s}},
+        {u"eBay10000"_s, {u"(10000)"_s}},
+    };
+    for (const auto& c : kCases) {
+        for (const QString& feedback : c.feedbacks) {
+            SCOPED_TRACE(feedback.toStdString());
+            EXPECT_EQ(lw::views::StarIconFor(feedback), c.star);
+        }
+    }
 }
 
 TEST(DutchLists, RowsKeepTheirColumnsWhateverTheNameLength) {
-    using lw::views::DutchListRow;
-    const QString shortRow =
-        DutchListRow(QStringLiteral("amy(12)"), QStringLiteral("3"), QStringLiteral("$2.00"));
-    const QString longRow = DutchListRow(QStringLiteral("a_bidder_with_a_very_long_name(1234)"),
-                                         QStringLiteral("12"), QStringLiteral("$2.50"));
-    EXPECT_EQ(shortRow, QStringLiteral("amy(12)                  3     @     $2.00"));
-    EXPECT_EQ(longRow.left(25), QStringLiteral("a_bidder_with_a_very_long"));
-    EXPECT_EQ(longRow.mid(25, 2), QStringLiteral("12"));
+    const QString shortRow = DutchListRow(u"amy(12)"_s, u"3"_s, u"$2.00"_s);
+    const QString longRow =
+        DutchListRow(u"a_bidder_with_a_very_long_name(1234)"_s, u"12"_s, u"$2.50"_s);
+    EXPECT_EQ(shortRow, u"amy(12)                  3     @     $2.00"_s);
+    EXPECT_EQ(longRow.left(25), u"a_bidder_with_a_very_long"_s);
+    EXPECT_EQ(longRow.mid(25, 2), u"12"_s);
     EXPECT_EQ(shortRow.indexOf(u'@'), 31);
     EXPECT_EQ(longRow.indexOf(u'@'), 31);
 }
@@ -109,306 +105,260 @@ TEST(DutchLists, RowsKeepTheirColumnsWhateverTheNameLength) {
 // ------------------------------------------------------------ sale panels
 
 TEST_F(PanelsTest, ASalePanelShowsItsFieldsAndTheReserveColour) {
-    Insert(QStringLiteral("Auctions"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("123")},
-            {QStringLiteral("ItemTitle"), QStringLiteral("Tom &amp; Jerry & friends")},
-            {QStringLiteral("ItemCategory"), QStringLiteral("Toys & Hobbies")},
-            {QStringLiteral("MinimumBid"), QStringLiteral("$1.00")},
-            {QStringLiteral("HighBid"), QStringLiteral("$1,234.50")},
-            {QStringLiteral("ReserveBid"), QStringLiteral("$900.00")},
-            {QStringLiteral("NumberBids"), QStringLiteral("14")},
-            {QStringLiteral("Quantity"), QStringLiteral("1")},
-            {QStringLiteral("HighBidderName"), QStringLiteral("buyer")},
-            {QStringLiteral("HighBidderFeedback"), QStringLiteral("(150)")},
-            {QStringLiteral("StartDate"), QStringLiteral("06/01/00")},
-            {QStringLiteral("EndDate"), QStringLiteral("06/08/00, 10:00:00 PDT")}});
+    Insert(u"Auctions"_s,
+           {u"ItemNumber"_s, u"ItemTitle"_s, u"ItemCategory"_s, u"MinimumBid"_s, u"HighBid"_s,
+            u"ReserveBid"_s, u"NumberBids"_s, u"Quantity"_s, u"HighBidderName"_s,
+            u"HighBidderFeedback"_s, u"StartDate"_s, u"EndDate"_s},
+           {u"123"_s, u"Tom &amp; Jerry & friends"_s, u"Toys & Hobbies"_s, u"$1.00"_s,
+            u"$1,234.50"_s, u"$900.00"_s, u"14"_s, u"1"_s, u"buyer"_s, u"(150)"_s, u"06/01/00"_s,
+            u"06/08/00, 10:00:00 PDT"_s});
 
-    const auto p = lw::views::ShowSaleDetails(Db(), QStringLiteral("123"), Group::Current,
-                                              QStringLiteral("1d 02h 03m"));
+    const auto p = ShowSaleDetails(Db(), u"123"_s, Group::Current, u"1d 02h 03m"_s);
     ASSERT_TRUE(p.has_value());
-    EXPECT_EQ(p->title, QStringLiteral("Tom && Jerry && friends (Item #123)"));
-    EXPECT_EQ(p->category, QStringLiteral("Toys && Hobbies"));
+    EXPECT_EQ(p->title, u"Tom && Jerry && friends (Item #123)"_s);
+    EXPECT_EQ(p->category, u"Toys && Hobbies"_s);
     EXPECT_EQ(p->colour, CellColour::Green);
-    EXPECT_EQ(p->startsAt, QStringLiteral("$1.00"));
-    EXPECT_EQ(p->currently, QStringLiteral("$1,234.50"));
-    EXPECT_EQ(p->reserve, QStringLiteral("$900.00"));
-    EXPECT_EQ(p->bids, QStringLiteral("14"));
-    EXPECT_EQ(p->quantity, QStringLiteral("1"));
-    EXPECT_EQ(p->highBidder, QStringLiteral("buyer (150)"));
-    EXPECT_EQ(p->highBidderStar, QStringLiteral("eBay100-499"));
-    EXPECT_EQ(p->started, QStringLiteral("06/01/00"));
-    EXPECT_EQ(p->ends, QStringLiteral("06/08/00, 10:00:00 PDT"));
-    EXPECT_EQ(p->timeLeft, QStringLiteral("1d 02h 03m"));
-    EXPECT_EQ(p->words.ends, QStringLiteral("Ends:"));
-    EXPECT_EQ(p->words.startsAt, QStringLiteral("Starts at:"));
-    EXPECT_EQ(p->words.currently, QStringLiteral("Currently:"));
+    EXPECT_EQ(p->startsAt, u"$1.00"_s);
+    EXPECT_EQ(p->currently, u"$1,234.50"_s);
+    EXPECT_EQ(p->reserve, u"$900.00"_s);
+    EXPECT_EQ(p->bids, u"14"_s);
+    EXPECT_EQ(p->quantity, u"1"_s);
+    EXPECT_EQ(p->highBidder, u"buyer (150)"_s);
+    EXPECT_EQ(p->highBidderStar, u"eBay100-499"_s);
+    EXPECT_EQ(p->started, u"06/01/00"_s);
+    EXPECT_EQ(p->ends, u"06/08/00, 10:00:00 PDT"_s);
+}
 
-    const auto archived =
-        lw::views::ShowSaleDetails(Db(), QStringLiteral("123"), Group::Archived, QString());
-    ASSERT_TRUE(archived.has_value());
-    EXPECT_EQ(archived->timeLeft, QStringLiteral("Ended"));
-    EXPECT_EQ(archived->words.ends, QStringLiteral("Ended:"));
-    EXPECT_EQ(archived->words.startsAt, QStringLiteral("Minimum:"));
-    EXPECT_EQ(archived->words.currently, QStringLiteral("Final Bid:"));
-
-    // A current item whose time is up reads as ended too.
-    const auto justEnded = lw::views::ShowSaleDetails(Db(), QStringLiteral("123"), Group::Current,
-                                                      QStringLiteral("Ended"));
-    EXPECT_EQ(justEnded->words.currently, QStringLiteral("Final Bid:"));
-
-    EXPECT_FALSE(lw::views::ShowSaleDetails(Db(), QStringLiteral("999"), Group::Current, QString())
-                     .has_value());
+TEST_F(PanelsTest, TheTimeLeftAndTheWordsFollowTheGroupAndTheGridsTimeLeft) {
+    Insert(u"Auctions"_s, {u"ItemNumber"_s}, {u"5"_s});
+    Insert(u"Bids"_s, {u"ItemNumber"_s}, {u"5"_s});
+    const struct {
+        const char* name;
+        Group group;
+        QString gridTimeLeft;
+        QString timeLeft;
+        lw::views::PanelWords words;
+    } kCases[] = {
+        {"running",
+         Group::Current,
+         u"1d 02h 03m"_s,
+         u"1d 02h 03m"_s,
+         {u"Ends:"_s, u"Starts at:"_s, u"Currently:"_s}},
+        {"archived",
+         Group::Archived,
+         QString(),
+         u"Ended"_s,
+         {u"Ended:"_s, u"Minimum:"_s, u"Final Bid:"_s}},
+        // A current item whose time is up reads as ended too.
+        {"time up",
+         Group::Current,
+         u"Ended"_s,
+         u"Ended"_s,
+         {u"Ended:"_s, u"Minimum:"_s, u"Final Bid:"_s}},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.name);
+        const auto sale = ShowSaleDetails(Db(), u"5"_s, c.group, c.gridTimeLeft);
+        const auto bid = ShowBidDetails(Db(), u"5"_s, c.group, c.gridTimeLeft);
+        ASSERT_TRUE(sale.has_value());
+        ASSERT_TRUE(bid.has_value());
+        ASSERT_FALSE(bid->dutch);
+        for (const auto& [timeLeft, words] : {std::pair{sale->timeLeft, sale->words},
+                                              std::pair{bid->plain.timeLeft, bid->plain.words}}) {
+            EXPECT_EQ(timeLeft, c.timeLeft);
+            EXPECT_EQ(words.ends, c.words.ends);
+            EXPECT_EQ(words.startsAt, c.words.startsAt);
+            EXPECT_EQ(words.currently, c.words.currently);
+        }
+    }
 }
 
 TEST_F(PanelsTest, SalePanelsTurnDashesAndNullsIntoTheirWords) {
-    Insert(QStringLiteral("Auctions"), {{QStringLiteral("ItemNumber"), QStringLiteral("1")},
-                                        {QStringLiteral("ItemTitle"), QStringLiteral("No bids")},
-                                        {QStringLiteral("HighBid"), QStringLiteral("-")},
-                                        {QStringLiteral("ReserveBid"), QStringLiteral("$10.00")},
-                                        {QStringLiteral("NumberBids"), QStringLiteral("-")},
-                                        {QStringLiteral("HighBidderName"), QStringLiteral("n/a")},
-                                        {QStringLiteral("HighBidderFeedback"), QString()}});
-    Insert(QStringLiteral("Auctions"), {{QStringLiteral("ItemNumber"), QStringLiteral("2")},
-                                        {QStringLiteral("HighBid"), QStringLiteral("$3.00")},
-                                        {QStringLiteral("ReserveBid"), QStringLiteral("-")},
-                                        {QStringLiteral("HighBidderName"), QStringLiteral("bob")}});
-    Insert(QStringLiteral("Auctions"), {{QStringLiteral("ItemNumber"), QStringLiteral("3")}});
+    Insert(u"Auctions"_s,
+           {u"ItemNumber"_s, u"ItemTitle"_s, u"HighBid"_s, u"ReserveBid"_s, u"NumberBids"_s,
+            u"HighBidderName"_s, u"HighBidderFeedback"_s},
+           {u"1"_s, u"No bids"_s, u"-"_s, u"$10.00"_s, u"-"_s, u"n/a"_s, u""_s});
+    Insert(u"Auctions"_s, {u"ItemNumber"_s, u"HighBid"_s, u"ReserveBid"_s, u"HighBidderName"_s},
+           {u"2"_s, u"$3.00"_s, u"-"_s, u"bob"_s});
+    Insert(u"Auctions"_s, {u"ItemNumber"_s}, {u"3"_s});
 
-    const auto noBids =
-        lw::views::ShowSaleDetails(Db(), QStringLiteral("1"), Group::Current, QString());
+    const auto noBids = ShowSaleDetails(Db(), u"1"_s, Group::Current, QString());
     ASSERT_TRUE(noBids.has_value());
-    EXPECT_EQ(noBids->currently, QStringLiteral("n/a"));
-    EXPECT_EQ(noBids->bids, QStringLiteral("0"));
+    EXPECT_EQ(noBids->currently, u"n/a"_s);
+    EXPECT_EQ(noBids->bids, u"0"_s);
     EXPECT_EQ(noBids->colour, CellColour::Red);
-    EXPECT_EQ(noBids->highBidder, QStringLiteral("n/a"));
-    EXPECT_EQ(noBids->highBidderStar, QStringLiteral("eBayNoStar"));
+    EXPECT_EQ(noBids->highBidder, u"n/a"_s);
+    EXPECT_EQ(noBids->highBidderStar, u"eBayNoStar"_s);
 
-    const auto noReserve =
-        lw::views::ShowSaleDetails(Db(), QStringLiteral("2"), Group::Current, QString());
+    const auto noReserve = ShowSaleDetails(Db(), u"2"_s, Group::Current, QString());
     ASSERT_TRUE(noReserve.has_value());
-    EXPECT_EQ(noReserve->reserve, QStringLiteral("No Reserve"));
+    EXPECT_EQ(noReserve->reserve, u"No Reserve"_s);
     EXPECT_EQ(noReserve->colour, CellColour::Green);
     // A name with a Null feedback shows "n/a".
-    EXPECT_EQ(noReserve->highBidder, QStringLiteral("n/a"));
+    EXPECT_EQ(noReserve->highBidder, u"n/a"_s);
 
-    const auto nulls =
-        lw::views::ShowSaleDetails(Db(), QStringLiteral("3"), Group::Current, QString());
+    const auto nulls = ShowSaleDetails(Db(), u"3"_s, Group::Current, QString());
     ASSERT_TRUE(nulls.has_value());
-    EXPECT_EQ(nulls->title, QStringLiteral("n/a"));
+    EXPECT_EQ(nulls->title, u"n/a"_s);
     EXPECT_EQ(nulls->colour, CellColour::Red);
     for (const QString& value :
          {nulls->category, nulls->startsAt, nulls->currently, nulls->reserve, nulls->bids,
           nulls->quantity, nulls->highBidder, nulls->started, nulls->ends}) {
-        EXPECT_EQ(value, QStringLiteral("n/a"));
+        EXPECT_EQ(value, u"n/a"_s);
     }
 }
 
 TEST_F(PanelsTest, PanelsReadTheCurrentUsersRowOnly) {
-    Insert(QStringLiteral("Auctions"), {{QStringLiteral("ItemNumber"), QStringLiteral("77")},
-                                        {QStringLiteral("ItemTitle"), QStringLiteral("Mine")}});
-    Insert(QStringLiteral("Auctions"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("77")},
-            {QStringLiteral("ItemTitle"), QStringLiteral("Not mine")}},
-           QStringLiteral("Someone'else"));
-    Insert(QStringLiteral("Auctions"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("78")},
-            {QStringLiteral("ItemTitle"), QStringLiteral("Theirs")}},
-           QStringLiteral("Someone'else"));
-    const auto mine =
-        lw::views::ShowSaleDetails(Db(), QStringLiteral("77 "), Group::Current, QString());
+    const QString other = u"Someone'else"_s;
+    Insert(u"Auctions"_s, {u"ItemNumber"_s, u"ItemTitle"_s}, {u"77"_s, u"Mine"_s});
+    Insert(u"Auctions"_s, {u"ItemNumber"_s, u"ItemTitle"_s}, {u"77"_s, u"Not mine"_s}, other);
+    Insert(u"Auctions"_s, {u"ItemNumber"_s, u"ItemTitle"_s}, {u"78"_s, u"Theirs"_s}, other);
+    const auto mine = ShowSaleDetails(Db(), u"77 "_s, Group::Current, QString());
     ASSERT_TRUE(mine.has_value());
-    EXPECT_EQ(mine->title, QStringLiteral("Mine (Item #77)"));
-    EXPECT_FALSE(lw::views::ShowSaleDetails(Db(), QStringLiteral("78"), Group::Current, QString())
-                     .has_value());
+    EXPECT_EQ(mine->title, u"Mine (Item #77)"_s);
+    // Another user's item and an item nobody has leave the panel as it is.
+    EXPECT_FALSE(ShowSaleDetails(Db(), u"78"_s, Group::Current, QString()).has_value());
+    EXPECT_FALSE(ShowSaleDetails(Db(), u"999"_s, Group::Current, QString()).has_value());
 }
 
 TEST_F(PanelsTest, AMultiWinnerSaleListsItsWinnersAndTotalsThem) {
-    Insert(QStringLiteral("Auctions"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("500")},
-            {QStringLiteral("ItemTitle"), QStringLiteral("Marbles")},
-            {QStringLiteral("ItemCategory"), QStringLiteral("Toys")},
-            {QStringLiteral("MinimumBid"), QStringLiteral("$1.00")},
-            {QStringLiteral("HighBid"), QStringLiteral("$2.50")},
-            {QStringLiteral("ReserveBid"), QStringLiteral("-")},
-            {QStringLiteral("NumberBids"), QStringLiteral("-")},
-            {QStringLiteral("Quantity"), QStringLiteral("4")},
-            {QStringLiteral("HighBidderName"), QStringLiteral("Dutch Auction")},
-            {QStringLiteral("StartDate"), QStringLiteral("06/01/00")},
-            {QStringLiteral("EndDate"), QStringLiteral("06/08/00, 10:00:00 PDT")}});
-    Insert(QStringLiteral("Dutch"), {{QStringLiteral("ItemNumber"), QStringLiteral("500")},
-                                     {QStringLiteral("HighBidderName"), QStringLiteral("amy")},
-                                     {QStringLiteral("HighBidderFeedback"), QStringLiteral("(12)")},
-                                     {QStringLiteral("Quantity"), QStringLiteral("3")},
-                                     {QStringLiteral("HighBid"), QStringLiteral("$2.00")}});
-    Insert(QStringLiteral("Dutch"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("500")},
-            {QStringLiteral("HighBidderName"), QStringLiteral("a_bidder_with_a_very_long_name")},
-            {QStringLiteral("HighBidderFeedback"), QStringLiteral("(1234)")},
-            {QStringLiteral("Quantity"), QStringLiteral("1")},
-            {QStringLiteral("HighBid"), QStringLiteral("$2.50")}});
+    Insert(u"Auctions"_s,
+           {u"ItemNumber"_s, u"ItemTitle"_s, u"ItemCategory"_s, u"MinimumBid"_s, u"HighBid"_s,
+            u"ReserveBid"_s, u"NumberBids"_s, u"Quantity"_s, u"HighBidderName"_s, u"StartDate"_s,
+            u"EndDate"_s},
+           {u"500"_s, u"Marbles"_s, u"Toys"_s, u"$1.00"_s, u"$2.50"_s, u"-"_s, u"-"_s, u"4"_s,
+            u"Dutch Auction"_s, u"06/01/00"_s, u"06/08/00, 10:00:00 PDT"_s});
+    const QStringList winner = {u"ItemNumber"_s, u"HighBidderName"_s, u"HighBidderFeedback"_s,
+                                u"Quantity"_s, u"HighBid"_s};
+    Insert(u"Dutch"_s, winner, {u"500"_s, u"amy"_s, u"(12)"_s, u"3"_s, u"$2.00"_s});
+    Insert(u"Dutch"_s, winner,
+           {u"500"_s, u"a_bidder_with_a_very_long_name"_s, u"(1234)"_s, u"1"_s, u"$2.50"_s});
 
-    const auto p = lw::views::ShowDutchSaleDetails(Db(), QStringLiteral("500"));
+    const auto p = lw::views::ShowDutchSaleDetails(Db(), u"500"_s);
     ASSERT_TRUE(p.has_value());
-    EXPECT_EQ(p->total, QStringLiteral("$8.50"));
-    EXPECT_EQ(p->title, QStringLiteral("Marbles (Item #500)"));
+    EXPECT_EQ(p->total, u"$8.50"_s);
+    EXPECT_EQ(p->title, u"Marbles (Item #500)"_s);
     EXPECT_EQ(p->colour, CellColour::Green);
-    EXPECT_EQ(p->bids, QStringLiteral("0"));
-    EXPECT_EQ(p->quantity, QStringLiteral("4"));
-    EXPECT_EQ(p->category, QStringLiteral("Toys"));
-    EXPECT_EQ(p->startsAt, QStringLiteral("$1.00"));
-    EXPECT_EQ(p->started, QStringLiteral("06/01/00"));
-    ASSERT_EQ(p->winners.size(), 2);
-    EXPECT_EQ(p->winners[0], QStringLiteral("amy(12)                  3     @     $2.00"));
-    EXPECT_EQ(p->winners[1].left(25), QStringLiteral("a_bidder_with_a_very_long"));
-    EXPECT_EQ(p->winners[1].indexOf(u'@'), 31);
+    EXPECT_EQ(p->bids, u"0"_s);
+    EXPECT_EQ(p->quantity, u"4"_s);
+    EXPECT_EQ(p->category, u"Toys"_s);
+    EXPECT_EQ(p->startsAt, u"$1.00"_s);
+    EXPECT_EQ(p->started, u"06/01/00"_s);
+    // In the order written, name and feedback joined.
+    EXPECT_EQ(
+        p->winners,
+        (QStringList{DutchListRow(u"amy(12)"_s, u"3"_s, u"$2.00"_s),
+                     DutchListRow(u"a_bidder_with_a_very_long_name(1234)"_s, u"1"_s, u"$2.50"_s)}));
 
-    Insert(QStringLiteral("Auctions"), {{QStringLiteral("ItemNumber"), QStringLiteral("501")},
-                                        {QStringLiteral("HighBid"), QStringLiteral("$1.00")},
-                                        {QStringLiteral("ReserveBid"), QStringLiteral("$5.00")}});
-    const auto empty = lw::views::ShowDutchSaleDetails(Db(), QStringLiteral("501"));
+    Insert(u"Auctions"_s, {u"ItemNumber"_s, u"HighBid"_s, u"ReserveBid"_s},
+           {u"501"_s, u"$1.00"_s, u"$5.00"_s});
+    const auto empty = lw::views::ShowDutchSaleDetails(Db(), u"501"_s);
     ASSERT_TRUE(empty.has_value());
-    EXPECT_EQ(empty->winners, QStringList{QStringLiteral("No bidders")});
-    EXPECT_EQ(empty->total, QStringLiteral("$0.00"));
+    EXPECT_EQ(empty->winners, QStringList{u"No bidders"_s});
+    EXPECT_EQ(empty->total, u"$0.00"_s);
     EXPECT_EQ(empty->colour, CellColour::Red);
 }
 
 // ------------------------------------------------------------ bid panels
 
 TEST_F(PanelsTest, APlainBidPanelShowsBothPartnersAndTheWinningColour) {
-    Insert(QStringLiteral("Bids"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("600")},
-            {QStringLiteral("ItemTitle"), QStringLiteral("Lamp & shade")},
-            {QStringLiteral("ItemCategory"), QStringLiteral("Home")},
-            {QStringLiteral("MinimumBid"), QStringLiteral("$5.00")},
-            {QStringLiteral("HighBid"), QStringLiteral("$7.50")},
-            {QStringLiteral("MaximumBid"), QStringLiteral("$9.00")},
-            {QStringLiteral("NumberBids"), QStringLiteral("3")},
-            {QStringLiteral("Quantity"), QStringLiteral("1")},
-            {QStringLiteral("HighBidderName"), kSiteId},
-            {QStringLiteral("HighBidderFeedback"), QStringLiteral("(1500)")},
-            {QStringLiteral("SellerName"), QStringLiteral("Locating...")},
-            {QStringLiteral("SellerFeedback"), Null()},
-            {QStringLiteral("Winning"), true},
-            {QStringLiteral("StartDate"), QStringLiteral("06/01/00")},
-            {QStringLiteral("EndDate"), QStringLiteral("06/08/00, 10:00:00 PDT")}});
-    Insert(QStringLiteral("Bids"), {{QStringLiteral("ItemNumber"), QStringLiteral("601")},
-                                    {QStringLiteral("HighBid"), QStringLiteral("-")},
-                                    {QStringLiteral("HighBidderName"), QStringLiteral("rival")},
-                                    {QStringLiteral("HighBidderFeedback"), QString()},
-                                    {QStringLiteral("SellerName"), QStringLiteral("shop")},
-                                    {QStringLiteral("SellerFeedback"), QStringLiteral("(42)")},
-                                    {QStringLiteral("Winning"), false}});
+    Insert(u"Bids"_s,
+           {u"ItemNumber"_s, u"ItemTitle"_s, u"ItemCategory"_s, u"MinimumBid"_s, u"HighBid"_s,
+            u"MaximumBid"_s, u"NumberBids"_s, u"Quantity"_s, u"HighBidderName"_s,
+            u"HighBidderFeedback"_s, u"SellerName"_s, u"SellerFeedback"_s, u"Winning"_s,
+            u"StartDate"_s, u"EndDate"_s},
+           {u"600"_s, u"Lamp & shade"_s, u"Home"_s, u"$5.00"_s, u"$7.50"_s, u"$9.00"_s, u"3"_s,
+            u"1"_s, kSiteId, u"(1500)"_s, u"Locating..."_s, QVariant(), true, u"06/01/00"_s,
+            u"06/08/00, 10:00:00 PDT"_s});
+    Insert(u"Bids"_s,
+           {u"ItemNumber"_s, u"HighBid"_s, u"HighBidderName"_s, u"HighBidderFeedback"_s,
+            u"SellerName"_s, u"SellerFeedback"_s, u"Winning"_s},
+           {u"601"_s, u"-"_s, u"rival"_s, u""_s, u"shop"_s, u"(42)"_s, false});
 
-    const auto won = lw::views::ShowBidDetails(Db(), QStringLiteral("600"), Group::Current,
-                                               QStringLiteral("2d 01h 00m"));
+    const auto won = ShowBidDetails(Db(), u"600"_s, Group::Current, u"2d 01h 00m"_s);
     ASSERT_TRUE(won.has_value());
     ASSERT_FALSE(won->dutch);
     const lw::views::BidPanel& p = won->plain;
-    EXPECT_EQ(p.title, QStringLiteral("Lamp && shade (Item #600)"));
+    EXPECT_EQ(p.title, u"Lamp && shade (Item #600)"_s);
     EXPECT_EQ(p.colour, CellColour::Green);
-    EXPECT_EQ(p.category, QStringLiteral("Home"));
-    EXPECT_EQ(p.startsAt, QStringLiteral("$5.00"));
-    EXPECT_EQ(p.currently, QStringLiteral("$7.50"));
-    EXPECT_EQ(p.myMax, QStringLiteral("$9.00"));
-    EXPECT_EQ(p.bids, QStringLiteral("3"));
-    EXPECT_EQ(p.highBidder, kSiteId + QStringLiteral(" (1500)"));
-    EXPECT_EQ(p.highBidderStar, QStringLiteral("eBay1000-9999"));
-    EXPECT_EQ(p.seller, QStringLiteral("Locating..."));
-    EXPECT_EQ(p.sellerStar, QStringLiteral("eBayNoStar"));
-    EXPECT_EQ(p.timeLeft, QStringLiteral("2d 01h 00m"));
-    EXPECT_EQ(p.words.ends, QStringLiteral("Ends:"));
+    EXPECT_EQ(p.category, u"Home"_s);
+    EXPECT_EQ(p.startsAt, u"$5.00"_s);
+    EXPECT_EQ(p.currently, u"$7.50"_s);
+    EXPECT_EQ(p.myMax, u"$9.00"_s);
+    EXPECT_EQ(p.bids, u"3"_s);
+    EXPECT_EQ(p.highBidder, kSiteId + u" (1500)"_s);
+    EXPECT_EQ(p.highBidderStar, u"eBay1000-9999"_s);
+    EXPECT_EQ(p.seller, u"Locating..."_s);
+    EXPECT_EQ(p.sellerStar, u"eBayNoStar"_s);
 
-    const auto lost =
-        lw::views::ShowBidDetails(Db(), QStringLiteral("601"), Group::Archived, QString());
+    const auto lost = ShowBidDetails(Db(), u"601"_s, Group::Archived, QString());
     ASSERT_TRUE(lost.has_value());
     EXPECT_EQ(lost->plain.colour, CellColour::Red);
-    EXPECT_EQ(lost->plain.currently, QStringLiteral("n/a"));
-    EXPECT_EQ(lost->plain.highBidder, QStringLiteral("rival"));
-    EXPECT_EQ(lost->plain.seller, QStringLiteral("shop (42)"));
-    EXPECT_EQ(lost->plain.sellerStar, QStringLiteral("eBay10-99"));
-    EXPECT_EQ(lost->plain.myMax, QStringLiteral("n/a"));
-    EXPECT_EQ(lost->plain.timeLeft, QStringLiteral("Ended"));
-    EXPECT_EQ(lost->plain.words.currently, QStringLiteral("Final Bid:"));
+    EXPECT_EQ(lost->plain.currently, u"n/a"_s);
+    EXPECT_EQ(lost->plain.highBidder, u"rival"_s);
+    EXPECT_EQ(lost->plain.seller, u"shop (42)"_s);
+    EXPECT_EQ(lost->plain.sellerStar, u"eBay10-99"_s);
+    EXPECT_EQ(lost->plain.myMax, u"n/a"_s);
 }
 
 TEST_F(PanelsTest, AMultiWinnerBidIsGreenOnlyWhenTheUserIsAmongTheWinners) {
     const QString future =
-        QDateTime::currentDateTime().addDays(3).toString(QStringLiteral("MM/dd/yy, hh:mm:ss")) +
-        QStringLiteral(" PST");
-    Insert(QStringLiteral("Bids"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("700")},
-            {QStringLiteral("ItemTitle"), QStringLiteral("Stamps")},
-            {QStringLiteral("ItemCategory"), QStringLiteral("Stamps & Coins")},
-            {QStringLiteral("MinimumBid"), QStringLiteral("$0.50")},
-            {QStringLiteral("NumberBids"), QStringLiteral("9")},
-            {QStringLiteral("Quantity"), QStringLiteral("10")},
-            {QStringLiteral("HighBidderName"), QStringLiteral("Dutch Auction")},
-            {QStringLiteral("StartDate"), QStringLiteral("06/01/00")},
-            {QStringLiteral("EndDate"), future}});
-    Insert(QStringLiteral("DutchBids"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("700")},
-            {QStringLiteral("HighBidderName"), QStringLiteral("DARCY_SELLS")},
-            {QStringLiteral("HighBidderFeedback"), QStringLiteral("(3)")},
-            {QStringLiteral("Quantity"), QStringLiteral("2")},
-            {QStringLiteral("HighBid"), QStringLiteral("$0.75")}});
-    Insert(QStringLiteral("DutchBids"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("700")},
-            {QStringLiteral("HighBidderName"), QStringLiteral("rival")},
-            {QStringLiteral("Quantity"), QStringLiteral("8")},
-            {QStringLiteral("HighBid"), QStringLiteral("$0.80")}});
-    Insert(QStringLiteral("Bids"),
-           {{QStringLiteral("ItemNumber"), QStringLiteral("701")},
-            {QStringLiteral("ItemTitle"), QStringLiteral("Coins")},
-            {QStringLiteral("HighBidderName"), QStringLiteral("Dutch Auction")},
-            {QStringLiteral("EndDate"), QStringLiteral("01/01/99, 10:00:00 PST")}});
+        QDateTime::currentDateTime().addDays(3).toString(u"MM/dd/yy, hh:mm:ss"_s) + u" PST"_s;
+    Insert(u"Bids"_s,
+           {u"ItemNumber"_s, u"ItemTitle"_s, u"ItemCategory"_s, u"MinimumBid"_s, u"NumberBids"_s,
+            u"Quantity"_s, u"HighBidderName"_s, u"StartDate"_s, u"EndDate"_s},
+           {u"700"_s, u"Stamps"_s, u"Stamps & Coins"_s, u"$0.50"_s, u"9"_s, u"10"_s,
+            u"Dutch Auction"_s, u"06/01/00"_s, future});
+    // The user's site login in other letter case, then a rival.
+    Insert(u"DutchBids"_s,
+           {u"ItemNumber"_s, u"HighBidderName"_s, u"HighBidderFeedback"_s, u"Quantity"_s,
+            u"HighBid"_s},
+           {u"700"_s, u"DARCY_SELLS"_s, u"(3)"_s, u"2"_s, u"$0.75"_s});
+    Insert(u"DutchBids"_s, {u"ItemNumber"_s, u"HighBidderName"_s, u"Quantity"_s, u"HighBid"_s},
+           {u"700"_s, u"rival"_s, u"8"_s, u"$0.80"_s});
+    Insert(u"Bids"_s, {u"ItemNumber"_s, u"ItemTitle"_s, u"HighBidderName"_s, u"EndDate"_s},
+           {u"701"_s, u"Coins"_s, u"Dutch Auction"_s, u"01/01/99, 10:00:00 PST"_s});
 
-    const auto won =
-        lw::views::ShowBidDetails(Db(), QStringLiteral("700"), Group::Current, QString());
+    const auto won = ShowBidDetails(Db(), u"700"_s, Group::Current, QString());
     ASSERT_TRUE(won.has_value());
     ASSERT_TRUE(won->dutch);
     const lw::views::DutchBidPanel& p = won->dutchPanel;
-    EXPECT_EQ(p.title, QStringLiteral("Stamps (Item #700)"));
-    EXPECT_EQ(p.values[0], QStringLiteral("Stamps & Coins"));
-    EXPECT_EQ(p.values[1], QStringLiteral("$0.50"));
-    EXPECT_EQ(p.values[2], QStringLiteral("9"));
-    EXPECT_EQ(p.values[3], QStringLiteral("10"));
-    EXPECT_EQ(p.values[4], QStringLiteral("06/01/00"));
-    EXPECT_EQ(p.values[5], future);
-    EXPECT_EQ(p.endsWord, QStringLiteral("Ends:"));
+    EXPECT_EQ(p.title, u"Stamps (Item #700)"_s);
+    EXPECT_EQ(p.values, (std::array<QString, 6>{u"Stamps & Coins"_s, u"$0.50"_s, u"9"_s, u"10"_s,
+                                                u"06/01/00"_s, future}));
+    EXPECT_EQ(p.endsWord, u"Ends:"_s);
     EXPECT_EQ(p.userWins, 1);
     EXPECT_EQ(p.colour, CellColour::Green);
     ASSERT_EQ(p.bidders.size(), 2);
-    EXPECT_EQ(p.bidders[0], QStringLiteral("DARCY_SELLS(3)") + QString(11, u' ') +
-                                QStringLiteral("2     @     $0.75"));
+    EXPECT_EQ(p.bidders[0], DutchListRow(u"DARCY_SELLS(3)"_s, u"2"_s, u"$0.75"_s));
 
-    const auto none =
-        lw::views::ShowBidDetails(Db(), QStringLiteral("701"), Group::Archived, QString());
+    const auto none = ShowBidDetails(Db(), u"701"_s, Group::Archived, QString());
     ASSERT_TRUE(none.has_value());
     ASSERT_TRUE(none->dutch);
-    EXPECT_EQ(none->dutchPanel.bidders, QStringList{QStringLiteral("No dutch bidders")});
+    EXPECT_EQ(none->dutchPanel.bidders, QStringList{u"No dutch bidders"_s});
     EXPECT_EQ(none->dutchPanel.colour, CellColour::Red);
-    EXPECT_EQ(none->dutchPanel.endsWord, QStringLiteral("Ended:"));
-    EXPECT_EQ(none->dutchPanel.values[0], QStringLiteral("n/a"));
+    EXPECT_EQ(none->dutchPanel.endsWord, u"Ended:"_s);
+    EXPECT_EQ(none->dutchPanel.values[0], u"n/a"_s);
 }
 
 TEST(EmptyPanels, ClearedPanelsSayNoCurrentItemsAndNotAvailable) {
     const lw::views::SalePanel sale = lw::views::ClearSalePanel();
-    EXPECT_EQ(sale.title, QStringLiteral("No Current Sales"));
+    EXPECT_EQ(sale.title, u"No Current Sales"_s);
     EXPECT_EQ(sale.colour, CellColour::Green);
-    EXPECT_EQ(sale.highBidderStar, QStringLiteral("eBayNoStar"));
+    EXPECT_EQ(sale.highBidderStar, u"eBayNoStar"_s);
     for (const QString& value :
          {sale.category, sale.startsAt, sale.currently, sale.reserve, sale.bids, sale.quantity,
           sale.highBidder, sale.started, sale.ends, sale.timeLeft}) {
-        EXPECT_EQ(value, QStringLiteral("n/a"));
+        EXPECT_EQ(value, u"n/a"_s);
     }
     const lw::views::BidPanel bid = lw::views::ClearBidPanel();
-    EXPECT_EQ(bid.title, QStringLiteral("No Current Bids"));
-    EXPECT_EQ(bid.sellerStar, QStringLiteral("eBayNoStar"));
-    EXPECT_EQ(bid.highBidderStar, QStringLiteral("eBayNoStar"));
+    EXPECT_EQ(bid.title, u"No Current Bids"_s);
+    EXPECT_EQ(bid.sellerStar, u"eBayNoStar"_s);
+    EXPECT_EQ(bid.highBidderStar, u"eBayNoStar"_s);
     for (const QString& value :
          {bid.category, bid.startsAt, bid.currently, bid.myMax, bid.bids, bid.quantity,
           bid.highBidder, bid.seller, bid.started, bid.ends, bid.timeLeft}) {
-        EXPECT_EQ(value, QStringLiteral("n/a"));
+        EXPECT_EQ(value, u"n/a"_s);
     }
 }
 
