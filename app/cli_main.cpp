@@ -15,10 +15,10 @@ namespace {
 
 QtMessageHandler g_qtMessages = nullptr;
 
-// Without a login session (a cron job, a plain ssh shell) Qt says, as it sets
-// up fonts, that it picked a runtime folder of its own. That is no news to
-// the user, and a script's error output should hold only what the program
-// has to say; everything else goes on as Qt would have it.
+// Without a login session (a cron job, a plain ssh shell) Qt says, as it
+// picks its platform, that it chose a runtime folder of its own. That is no
+// news to the user, and a script's error output should hold only what the
+// program has to say; everything else goes on as Qt would have it.
 void QuietStart(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     if (type == QtWarningMsg &&
         message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))) {
