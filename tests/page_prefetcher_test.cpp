@@ -6,19 +6,25 @@
 // for first goes before everything; the lane's transfers run on a fetching
 // thread before any page, with their news told on the caller's thread; a
 // taker that gives up gets Cancelled and the transfer under way is told to
-// stop; pages asked for later are kept apart until promoted.
+// stop; pages asked for later are kept apart until promoted; the fetching
+// threads run below the taker.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "update/page_prefetcher.h"
 #include "update/scanner.h"
@@ -120,6 +126,49 @@ QStringList Addresses(int n, const char* prefix = "item") {
 }
 
 }  // namespace
+
+// The fetching threads run below the priority of the thread that takes the
+// pages, down to the lowest there is, and leave the taker's own as it was.
+TEST(PagePrefetcher, FetchingThreadsRunBelowTheTaker) {
+    const auto niceness = [] {
+        errno = 0;
+        const int value = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
+        return errno == 0 ? value : -100;
+    };
+    for (const int raised : {0, 4, 15}) {
+        SCOPED_TRACE(raised);
+        int taker = -100;
+        int takerAfter = -100;
+        std::vector<int> fetchers;
+        // A thread of its own: a raised priority cannot be taken back.
+        std::thread([&] {
+            setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceness() + raised);
+            taker = niceness();
+            std::mutex mutex;
+            PagePrefetcher ahead(
+                [&](const QString&, QByteArray& page, const std::atomic<bool>&) {
+                    const std::lock_guard lock(mutex);
+                    fetchers.push_back(niceness());
+                    page = "page";
+                    return FetchResult::Ok;
+                },
+                4, 3);
+            const QStringList urls = Addresses(6);
+            ahead.Ask(urls);
+            for (const QString& url : urls) {
+                QByteArray page;
+                ahead.Take(url, page);
+            }
+            takerAfter = niceness();
+        }).join();
+        ASSERT_NE(taker, -100);
+        EXPECT_EQ(takerAfter, taker);
+        ASSERT_EQ(fetchers.size(), 6u);
+        for (const int fetcher : fetchers) {
+            EXPECT_EQ(fetcher, std::min(taker + 10, 19));
+        }
+    }
+}
 
 // Over one connection the pages are fetched in the order asked and never more
 // than the depth ahead; over two, a page that comes late is still taken in its

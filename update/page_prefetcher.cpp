@@ -7,8 +7,11 @@
 
 #include <pthread.h>
 #include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace lw::update {
 
@@ -31,13 +34,30 @@ constexpr size_t kWakeBurst = 16;
 // interrupts the thread that writes the pages, thousands of times in an
 // update. A distant site's answers find the processors idle and are
 // handled at once as before.
-void YieldOnWakeUp() {
+//
+// For the same reason they run a few steps below the taker's priority: when
+// the processors are all busy (a near site, a busy machine), the taker, who
+// writes the pages that have come and keeps the window going, goes first,
+// so that pages never pile up behind it while the connections fetch on; the
+// fetching threads need little processor time for a page and take what the
+// taker leaves. Linux keeps a priority per thread, so only this thread's
+// changes.
+constexpr int kBelowTaker = 10;
+
+void YieldToTaker() {
 #ifdef SCHED_BATCH
     const sched_param normal{};
     // Refused only where the system has no such policy: the thread then
     // fetches as it would anyway.
     pthread_setschedparam(pthread_self(), SCHED_BATCH, &normal);
 #endif
+    const id_t self = static_cast<id_t>(gettid());
+    errno = 0;
+    const int taker = getpriority(PRIO_PROCESS, self);  // inherited from the taker's thread
+    if (errno == 0) {
+        // Lowering one's own priority is always allowed; 19 is the lowest.
+        setpriority(PRIO_PROCESS, self, std::min(taker + kBelowTaker, 19));
+    }
 }
 
 bool SleepUntilWoken(core::Wakeup& wakeup) {
@@ -209,7 +229,7 @@ size_t PagePrefetcher::StartableLocked() const {
 }
 
 void PagePrefetcher::Work(Worker& worker) {
-    YieldOnWakeUp();
+    YieldToTaker();
     std::unique_lock lock(m_mutex);
     for (;;) {
         Job* job = nullptr;
