@@ -588,6 +588,39 @@ TEST_F(WriterTest, ARowFoundAgainIsRewrittenOnlyWhereItsStoredValueChanges) {
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 1);
 }
 
+// Many protocols write one table, each with fields of its own, in turn: each
+// record's values go to its own fields, whichever lists came before it and
+// however many, when rows are added and when they are found again. The two
+// fields that swap places have names of one length.
+TEST_F(WriterTest, EachListOfFieldsWritesItsOwnColumnsHoweverManyListsCame) {
+    const auto item = [](int k) { return QString::number(1000 + k); };
+    const auto quantity = [](int k, int round) {
+        return QStringLiteral("%1 of %2").arg(k).arg(round);
+    };
+    const auto cost = [](int k, int round) { return QStringLiteral("$%1.%2").arg(k).arg(round); };
+    for (int round = 0; round < 2; ++round) {
+        for (int k = 0; k < 40; ++k) {
+            const bool quantityFirst = k % 2 == 0;
+            const QString keys = QStringLiteral(
+                                     "Items=4\nItem1=ItemNumber\nItem2=%1\nItem3=%2\n"
+                                     "Item4=NoSuchField%3")
+                                     .arg(QLatin1String(quantityFirst ? "Quantity" : "ItemCost"),
+                                          QLatin1String(quantityFirst ? "ItemCost" : "Quantity"))
+                                     .arg(k);
+            const QString items =
+                item(k) + u'|' + (quantityFirst ? quantity(k, round) : cost(k, round)) + u'|' +
+                (quantityFirst ? cost(k, round) : quantity(k, round)) + QStringLiteral("|x");
+            WriteByItem(keys.toUtf8().constData(), items.toUtf8().constData());
+        }
+        for (int k = 0; k < 40; ++k) {
+            SCOPED_TRACE(k);
+            EXPECT_EQ(Column("Quantity", item(k)), QStringList{quantity(k, round)});
+            EXPECT_EQ(Column("ItemCost", item(k)), QStringList{cost(k, round)});
+        }
+    }
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM Auctions")), 40);
+}
+
 TEST_F(WriterTest, DatesAreConvertedAndTheConvertedValueFeedsLaterWrites) {
     WriteByItem(
         "Items=3\nItem1=ItemNumber\nItem2=EndDate\nItem3=StartDate\nWriteFields=1\n"

@@ -16,6 +16,9 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <optional>
+
 #include <QVariant>
 
 #include "core/store.h"
@@ -782,64 +785,134 @@ QString ColumnList(const std::vector<QString>& columns, const QString& suffix = 
 
 }  // namespace
 
-void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
-                         const Writes& writes) {
-    TableColumns& columns = ColumnsOf(table);
-    // Only the fields the table has; the last write of a field wins.
-    Writes known;
-    Writes inOrder;
-    known.reserve(writes.size());
-    inOrder.reserve(writes.size());
-    for (const auto& [field, given] : writes) {
+namespace {
+
+// At most this many field lists are kept per table: a protocol writes the
+// same fields record after record, so a table sees only a few.
+constexpr size_t kMostShapes = 32;
+
+bool SameFields(const std::vector<QString>& fields,
+                const std::vector<std::pair<QString, QString>>& writes) {
+    if (fields.size() != writes.size()) {
+        return false;
+    }
+    for (size_t i = 0; i < fields.size(); ++i) {
+        if (fields[i] != writes[i].first) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+RecordWriter::Shape& RecordWriter::ShapeOf(TableColumns& columns, const Writes& writes) {
+    for (const std::shared_ptr<Shape>& shape : columns.shapes) {
+        if (SameFields(shape->fields, writes)) {
+            return *shape;
+        }
+    }
+    auto shape = std::make_shared<Shape>();
+    for (const auto& write : writes) {
+        const QString& field = write.first;
+        shape->fields.push_back(field);
         auto it = columns.byField.constFind(field);
         if (it == columns.byField.constEnd()) {
             it = columns.byField.insert(field, columns.byLower.value(field.toLower()));
         }
         const QString& column = *it;
-        if (column.isEmpty()) {
-            continue;
-        }
-        QString value = given;
-        if (columns.numeric.contains(column)) {
-            const std::optional<QString> number = core::NumberColumnText(given);
-            if (!number) {
-                continue;  // a value the column cannot take: this field is lost
+        int slot = -1;
+        if (!column.isEmpty()) {
+            const auto same = std::find(shape->columns.begin(), shape->columns.end(), column);
+            slot = static_cast<int>(same - shape->columns.begin());
+            if (same == shape->columns.end()) {
+                shape->columns.push_back(column);
+                shape->numeric.push_back(columns.numeric.contains(column));
             }
-            value = *number;
         }
-        inOrder.emplace_back(column, value);
-        const auto same = std::find_if(known.begin(), known.end(), [&column](const auto& write) {
-            return write.first == column;
-        });
-        if (same == known.end()) {
-            known.emplace_back(column, value);
-        } else {
-            same->second = value;
+        shape->slot.push_back(slot);
+    }
+    if (columns.shapes.size() >= kMostShapes) {
+        columns.shapes.erase(columns.shapes.begin());
+    }
+    columns.shapes.push_back(shape);
+    return *shape;
+}
+
+template <typename MakeSql>
+core::Statement& RecordWriter::ShapeStatement(Shape& shape, const QString& table, char16_t kind,
+                                              const std::vector<bool>& which,
+                                              const MakeSql& makeSql) {
+    auto key = std::make_pair(kind, which);
+    const auto it = shape.statements.find(key);
+    if (it != shape.statements.end()) {
+        it->second->Reset();
+        return *it->second;
+    }
+    std::vector<QString> named;
+    for (size_t i = 0; i < which.size(); ++i) {
+        if (which[i]) {
+            named.push_back(shape.columns[i]);
+        }
+    }
+    core::Statement& statement =
+        Reused(StatementKey(QChar(kind), table, named), [&] { return makeSql(named); });
+    shape.statements.emplace(std::move(key), &statement);
+    return statement;
+}
+
+void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
+                         const Writes& writes) {
+    TableColumns& columns = ColumnsOf(table);
+    Shape& shape = ShapeOf(columns, writes);
+    // The value of each column: the last write of it that the column takes; a
+    // value a number column cannot take is lost.
+    const auto take = [&shape](size_t write, const QString& given) -> std::optional<QString> {
+        const int slot = shape.slot[write];
+        if (slot < 0) {
+            return std::nullopt;
+        }
+        return shape.numeric[static_cast<size_t>(slot)] ? core::NumberColumnText(given)
+                                                        : std::optional<QString>(given);
+    };
+    const size_t count = shape.columns.size();
+    std::vector<QString> values(count);
+    std::vector<bool> known(count, false);
+    bool any = false;
+    for (size_t i = 0; i < writes.size(); ++i) {
+        if (std::optional<QString> value = take(i, writes[i].second)) {
+            const auto slot = static_cast<size_t>(shape.slot[i]);
+            values[slot] = std::move(*value);
+            known[slot] = true;
+            any = true;
         }
     }
     const QString quotedTable = core::QuoteIdentifier(table);
-    std::vector<QString> knownColumns;
-    knownColumns.reserve(known.size());
-    for (const auto& write : known) {
-        knownColumns.push_back(write.first);
-    }
+    // Binds the values of the columns in which, from index on.
+    const auto bind = [&values](core::Statement& statement, const std::vector<bool>& which,
+                                int index = 1) {
+        for (size_t i = 0; i < which.size(); ++i) {
+            if (which[i]) {
+                statement.Bind(index++, values[i]);
+            }
+        }
+        return index;
+    };
 
     qint64 rowid = found.empty() ? -1 : found.front();
-    if (rowid < 0 && !known.empty()) {
+    if (rowid < 0 && any) {
         try {
-            core::Statement& insert =
-                Reused(StatementKey(u'I', table, knownColumns), [&]() -> QString {
+            core::Statement& insert = ShapeStatement(
+                shape, table, u'I', known, [&](const std::vector<QString>& named) -> QString {
                     QString marks;
-                    for (size_t i = 0; i < known.size(); ++i) {
+                    for (size_t i = 0; i < named.size(); ++i) {
                         marks += i ? QStringLiteral(", ?") : QStringLiteral("?");
                     }
                     return QStringLiteral("INSERT INTO ") + quotedTable + QStringLiteral(" (") +
-                           ColumnList(knownColumns) + QStringLiteral(") VALUES (") + marks +
+                           ColumnList(named) + QStringLiteral(") VALUES (") + marks +
                            QStringLiteral(")");
                 });
-            for (size_t i = 0; i < known.size(); ++i) {
-                insert.Bind(static_cast<int>(i + 1), known[i].second);
-            }
+            bind(insert, known);
             insert.Run();
             return;
         } catch (const StoreError& e) {
@@ -854,7 +927,7 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
             .Run();
         rowid = m_db.LastInsertId();
     }
-    if (known.empty()) {
+    if (!any) {
         return;
     }
     if (!found.empty()) {
@@ -863,64 +936,55 @@ void RecordWriter::Apply(const QString& table, const std::vector<qint64>& found,
         // over its column. "IS" compares as the column stores, so "5" is the
         // same as a stored 5 in a number column and not in a text one; byte
         // by byte, so a change of case is a change.
-        std::vector<size_t> changed;
+        std::vector<bool> changed = known;
         try {
-            core::Statement& compare =
-                Reused(StatementKey(u'C', table, knownColumns), [&]() -> QString {
+            core::Statement& compare = ShapeStatement(
+                shape, table, u'C', known, [&](const std::vector<QString>& named) -> QString {
                     return QStringLiteral("SELECT ") +
-                           ColumnList(knownColumns, QStringLiteral(" IS ? COLLATE BINARY")) +
+                           ColumnList(named, QStringLiteral(" IS ? COLLATE BINARY")) +
                            QStringLiteral(" FROM ") + quotedTable +
                            QStringLiteral(" WHERE rowid = ?");
                 });
-            int index = 1;
-            for (const auto& write : known) {
-                compare.Bind(index++, write.second);
-            }
-            compare.Bind(index, rowid);
-            const bool stands = compare.Step();
-            for (size_t i = 0; i < known.size(); ++i) {
-                if (!stands || compare.Value(static_cast<int>(i)).toLongLong() == 0) {
-                    changed.push_back(i);
+            compare.Bind(bind(compare, known), rowid);
+            if (compare.Step()) {
+                int result = 0;
+                for (size_t i = 0; i < count; ++i) {
+                    if (known[i] && compare.Value(result++).toLongLong() != 0) {
+                        changed[i] = false;
+                    }
                 }
             }
             compare.Reset();
         } catch (const StoreError&) {
-            changed.clear();
-            for (size_t i = 0; i < known.size(); ++i) {
-                changed.push_back(i);
-            }
+            changed = known;
         }
-        if (changed.empty()) {
+        if (std::find(changed.begin(), changed.end(), true) == changed.end()) {
             return;
         }
-        std::vector<QString> changedColumns;
-        changedColumns.reserve(changed.size());
-        for (const size_t i : changed) {
-            changedColumns.push_back(known[i].first);
-        }
         try {
-            core::Statement& update =
-                Reused(StatementKey(u'U', table, changedColumns), [&]() -> QString {
+            core::Statement& update = ShapeStatement(
+                shape, table, u'U', changed, [&](const std::vector<QString>& named) -> QString {
                     return QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") +
-                           ColumnList(changedColumns, QStringLiteral(" = ?")) +
+                           ColumnList(named, QStringLiteral(" = ?")) +
                            QStringLiteral(" WHERE rowid = ?");
                 });
-            int index = 1;
-            for (const size_t i : changed) {
-                update.Bind(index++, known[i].second);
-            }
-            update.Bind(index, rowid);
+            update.Bind(bind(update, changed), rowid);
             update.Run();
             return;
         } catch (const StoreError&) {
             // Field by field below.
         }
     }
-    for (const auto& [column, value] : inOrder) {
+    for (size_t i = 0; i < writes.size(); ++i) {
+        const std::optional<QString> value = take(i, writes[i].second);
+        if (!value) {
+            continue;
+        }
         try {
             m_db.Prepare(QStringLiteral("UPDATE ") + quotedTable + QStringLiteral(" SET ") +
-                         core::QuoteIdentifier(column) + QStringLiteral(" = ? WHERE rowid = ?"))
-                .Bind(1, value)
+                         core::QuoteIdentifier(shape.columns[static_cast<size_t>(shape.slot[i])]) +
+                         QStringLiteral(" = ? WHERE rowid = ?"))
+                .Bind(1, *value)
                 .Bind(2, rowid)
                 .Run();
         } catch (const StoreError& e) {

@@ -124,15 +124,35 @@ private:
     Plan& PlanFor(const QString& query, const ScanLists& lists, const QString& protocolName,
                   const QString& key);
 
+    // The fields of a record's writes as a table takes them: for each write
+    // the column it goes to, and the columns in the order first written. A
+    // protocol writes the same fields record after record, so this is worked
+    // out once, with the statements over its columns.
+    struct Shape {
+        std::vector<QString> fields;  // of the writes, in their order
+        std::vector<int> slot;        // per write: its column; -1: the table lacks the field
+        std::vector<QString> columns;
+        std::vector<bool> numeric;  // per column: it holds numbers and flags
+        // The insert, compare and update over some of the columns, by kind
+        // and which columns; the writer's statements.
+        std::map<std::pair<char16_t, std::vector<bool>>, core::Statement*> statements;
+    };
     struct TableColumns {
         QString table;                    // as the schema spells it
         QHash<QString, QString> byLower;  // writable columns: lower-cased name -> name
         QHash<QString, QString> byField;  // a field as the rules spell it -> column, "" none
         QSet<QString> numeric;            // columns of number and flag values
+        std::vector<std::shared_ptr<Shape>> shapes;
     };
     using Writes = std::vector<std::pair<QString, QString>>;
 
     TableColumns& ColumnsOf(const QString& table);
+    Shape& ShapeOf(TableColumns& columns, const Writes& writes);
+    // The statement of kind over the columns of shape that which marks;
+    // makeSql gives its text from their names when it is first prepared.
+    template <typename MakeSql>
+    core::Statement& ShapeStatement(Shape& shape, const QString& table, char16_t kind,
+                                    const std::vector<bool>& which, const MakeSql& makeSql);
     void Apply(const QString& table, const std::vector<qint64>& found, const Writes& writes);
     // A statement of a text the writer runs again and again (the insert and
     // update of a table's fields), prepared once per writer and reset for
