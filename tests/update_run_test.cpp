@@ -211,7 +211,12 @@ protected:
             return m_refreshWorks;
         };
         hooks.prepareUsageReport = [this] { ++m_reports; };
-        hooks.repairNulls = [this] { ++m_repairs; };
+        hooks.repairNulls = [this] {
+            ++m_repairs;
+            if (m_repairAlso) {
+                m_repairAlso();
+            }
+        };
         hooks.redraw = [this] { ++m_redraws; };
         hooks.now = [] { return QDateTime(QDate(2026, 5, 23), QTime(14, 5, 9)); };
         if (m_fetchAhead) {
@@ -328,6 +333,7 @@ protected:
     QStringList m_fetched;
     QStringList m_failedProtocols;
     bool m_fetchAhead = false;
+    std::function<void()> m_repairAlso;  // what the repair does besides
     // This page is held until the fetch is told to stop or the hold released;
     // it is set before the run.
     QString m_holdAhead;
@@ -391,6 +397,46 @@ TEST_F(RunTest, PagesAreFetchedScannedAndWrittenWithTheWindowsWords) {
     EXPECT_NEAR(lw::core::Val(Text(u"SELECT eBayCorrection FROM Global"_s)), 3600, 5);
     EXPECT_NEAR(lw::core::Val(CurrentSession().SiteCorrection), 3600, 5);
     ExpectEndOfRun();
+}
+
+// The end-of-run steps stand apart: one that fails loses its own write only,
+// and what a failing repair wrote before it failed stays.
+TEST_F(RunTest, AFailingEndOfRunStepLosesOnlyItsOwnWrite) {
+    // One update after the other, over the same database.
+    const struct {
+        const char* name;
+        const char* before;  // run on the database before the update
+        bool repairFails;
+        qint64 updates;  // Tracking's count afterwards; -1: no table to count in
+    } cases[] = {
+        {"a repair that fails half way", nullptr, true, 1},
+        {"no table to count updates in", "ALTER TABLE Tracking RENAME TO Gone", false, -1},
+    };
+    int runs = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        if (c.before != nullptr) {
+            m_db->Exec(QString::fromUtf8(c.before));
+        }
+        m_db->Exec(u"UPDATE UserSites SET LastUpdate = NULL"_s);
+        m_repairAlso = [this, &c] {
+            if (c.repairFails) {
+                m_db->Exec(u"UPDATE Global SET eBayCorrection = 'mended'"_s);
+                throw lw::core::StoreError(u"disk I/O error"_s, 10);
+            }
+        };
+        EXPECT_EQ(Activate({u"Current Auctions eBay"_s}), UpdateRun::Result::Complete);
+        EXPECT_EQ(
+            Text(QStringLiteral("SELECT LastUpdate FROM UserSites WHERE UserName='seller1' AND "
+                                "AuctionSiteFlag=0")),
+            u"05/23/26 14:05:09 PST"_s);
+        if (c.updates >= 0) {
+            EXPECT_EQ(Count(u"SELECT Updates FROM Tracking"_s), c.updates);
+        }
+        EXPECT_EQ(Text(u"SELECT eBayCorrection FROM Global"_s), u"mended"_s);
+        EXPECT_EQ(m_redraws, ++runs);
+        EXPECT_EQ(Count(u"SELECT COUNT(*) FROM Auctions"_s), 3);
+    }
 }
 
 // update.txt holds the last main page of the run as it came, whatever stood

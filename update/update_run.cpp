@@ -76,7 +76,7 @@ constexpr int kMostPages = 10000;
 // A run's pages are committed this far apart at most: a site that answers at
 // once gives pages a millisecond or two apart, each of which would otherwise
 // rewrite the same index pages of the file.
-constexpr std::chrono::milliseconds kCommitEvery{50};
+constexpr std::chrono::milliseconds kCommitEvery{250};
 
 }  // namespace
 
@@ -524,6 +524,14 @@ QString UpdateRun::SiteTime() {
 }
 
 void UpdateRun::FinishUpdate(const QString& keptSiteTime) {
+    // The steps' writes go to the disk in one commit, which waits for it once
+    // rather than once for each. A step that fails loses only its own write.
+    std::optional<core::Transaction> together;
+    try {
+        together.emplace(m_db);
+    } catch (const core::StoreError&) {
+        // Each write then commits on its own.
+    }
     const QString siteTime = SiteTime();
     if (siteTime != u"-1" && siteTime != keptSiteTime) {
         const QString correction = core::SiteTimeDifference(siteTime);
@@ -558,6 +566,13 @@ void UpdateRun::FinishUpdate(const QString& keptSiteTime) {
             .Run();
     } catch (const core::StoreError&) {
         // The next update then asks for more days.
+    }
+    if (together) {
+        try {
+            together->Commit();
+        } catch (const core::StoreError&) {
+            // Rolled back: the next update counts and mends again.
+        }
     }
     if (m_hooks.redraw) {
         m_hooks.redraw();
