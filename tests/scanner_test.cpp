@@ -540,7 +540,13 @@ protected:
     // by a fake fetch; returns the records written.
     std::vector<QStringList> RunOver(const char* rules, const QByteArray& page,
                                      FetchResult result = FetchResult::Ok) {
+        return RunOver(rules, std::vector<QByteArray>{page}, result);
+    }
+    // The same over several pages in turn, by one runner, as in one update.
+    std::vector<QStringList> RunOver(const char* rules, const std::vector<QByteArray>& pages,
+                                     FetchResult result = FetchResult::Ok) {
         const ProtocolRecord anc = Ancillary(rules);
+        size_t next = 0;
         AncillaryHooks hooks;
         hooks.load = [anc](const QString& section) {
             EXPECT_EQ(section, QStringLiteral("Details"));
@@ -549,8 +555,9 @@ protected:
         hooks.address = [](const ProtocolRecord& p, const ScanLists& lists) -> QString {
             return p.url + QStringLiteral("?") + lists.items.join(u',');
         };
-        hooks.fetch = [&, anc, page, result](const QString& url, QByteArray& fetched) {
+        hooks.fetch = [&, anc, result](const QString& url, QByteArray& fetched) {
             m_urls << url;
+            const QByteArray page = pages[next++];
             if (result == FetchResult::Ok) {
                 fetched = page;
                 if (GetParam()) {
@@ -575,9 +582,11 @@ protected:
         ItemRule item;
         item.ancillaryProtocol = QStringLiteral("Details");
         ScanLists lists;
-        lists.items = QStringList{QStringLiteral("42")};
-        runner.Run(item, lists, Quiet());
-        EXPECT_TRUE(lists.ancillaryItems.isEmpty());
+        for (size_t i = 0; i < pages.size(); ++i) {
+            lists.items = QStringList{QStringLiteral("42")};
+            runner.Run(item, lists, Quiet());
+            EXPECT_TRUE(lists.ancillaryItems.isEmpty());
+        }
         EXPECT_TRUE(m_failures.isEmpty()) << m_failures.join(u'\n').toStdString();
         return m_written;
     }
@@ -662,6 +671,14 @@ TEST_P(AncillaryTest, AMissingMarkerWritesNothingAndKeepsThePageForTheRuleWriter
     QFile kept(m_keptPage);
     ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
     EXPECT_EQ(kept.readAll(), unread);
+    kept.close();
+    // In one update, the last page that could not be read is the one kept,
+    // also when pages that were read come after it.
+    const QByteArray alsoUnread("<!-- I --><x>sue<!-- /I -->");
+    EXPECT_EQ(RunOver(kDetails, {unread, alsoUnread, "<!-- I --><s>ann<e>1<!-- /I -->"}).size(),
+              2u);
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), alsoUnread);
 }
 
 TEST_P(AncillaryTest, DeleteBeforeWriteRunsBeforeTheScan) {

@@ -560,6 +560,17 @@ PagePreparer AncillaryPagePreparer(const ProtocolRecord& protocol) {
 AncillaryRunner::AncillaryRunner(UpdateView& view, AncillaryHooks hooks, QString keptPageFile)
     : m_view(view), m_hooks(std::move(hooks)), m_keptPageFile(std::move(keptPageFile)) {}
 
+AncillaryRunner::~AncillaryRunner() {
+    KeepUnreadPage();
+}
+
+void AncillaryRunner::KeepUnreadPage() {
+    if (m_unreadDue) {
+        m_unreadDue = false;
+        core::ReplaceFile(m_keptPageFile, m_unreadPage);
+    }
+}
+
 void AncillaryRunner::Run(const ItemRule& item, ScanLists& lists, const ScanHooks& scanHooks) {
     const QString keptStatus = m_view.StatusCaption();
     lists.ancillaryItems.clear();
@@ -641,7 +652,8 @@ void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
     }
     if (!read) {
         if (!m_keptPageFile.isEmpty()) {
-            core::ReplaceFile(m_keptPageFile, bytes);
+            m_unreadPage = bytes;
+            m_unreadDue = true;
         }
         return;
     }

@@ -256,12 +256,19 @@ struct AncillaryHooks {
 // RunAncillary: fetches the page of an item's ancillary protocol, scans its
 // one record and writes it. Any failure ends the ancillary run quietly and the
 // main scan goes on, but for a database that cannot be written
-// (StoreCannotWrite), whose StoreError goes on to the run; a page whose record could not be read is
-// kept in the file given (empty: none), for whoever mends the rules.
+// (StoreCannotWrite), whose StoreError goes on to the run. The last page whose
+// record could not be read is kept in the file given (empty: none), for
+// whoever mends the rules: written when the runner goes, not for each such
+// page, as only the last one stays.
 class AncillaryRunner {
 public:
     AncillaryRunner(UpdateView& view, AncillaryHooks hooks, QString keptPageFile = {});
+    ~AncillaryRunner();
+    AncillaryRunner(const AncillaryRunner&) = delete;
+    AncillaryRunner& operator=(const AncillaryRunner&) = delete;
     void Run(const ItemRule& item, ScanLists& lists, const ScanHooks& scanHooks);
+    // Writes the last unread page to the kept file now, if it is not there yet.
+    void KeepUnreadPage();
 
 private:
     void RunSteps(const ProtocolRecord& protocol, ScanLists& lists, const ScanHooks& scanHooks);
@@ -269,6 +276,8 @@ private:
     UpdateView& m_view;
     AncillaryHooks m_hooks;
     QString m_keptPageFile;
+    QByteArray m_unreadPage;                    // the last page whose record could not be read
+    bool m_unreadDue = false;                   // the kept file does not hold m_unreadPage yet
     PageText m_page;                            // txtAncillary
     std::map<QString, PageScanner> m_scanners;  // by ancillary protocol
 };
