@@ -76,7 +76,7 @@ constexpr int kMostPages = 10000;
 // A run's pages are committed this far apart at most: a site that answers at
 // once gives pages a millisecond or two apart, each of which would otherwise
 // rewrite the same index pages of the file.
-constexpr std::chrono::milliseconds kCommitEvery{250};
+constexpr std::chrono::milliseconds kCommitEvery{50};
 
 }  // namespace
 
