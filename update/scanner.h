@@ -267,10 +267,10 @@ public:
     AncillaryRunner(const AncillaryRunner&) = delete;
     AncillaryRunner& operator=(const AncillaryRunner&) = delete;
     void Run(const ItemRule& item, ScanLists& lists, const ScanHooks& scanHooks);
-    // Writes the last unread page to the kept file now, if it is not there yet.
-    void KeepUnreadPage();
 
 private:
+    // Writes the last unread page to the kept file, if it is not there yet.
+    void KeepUnreadPage();
     void RunSteps(const ProtocolRecord& protocol, ScanLists& lists, const ScanHooks& scanHooks);
 
     UpdateView& m_view;
