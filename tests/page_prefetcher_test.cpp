@@ -218,35 +218,6 @@ TEST(PagePrefetcher, PagesComeInOrderEachFetchedOnceAndNeverBeyondTheDepth) {
     }
 }
 
-// A page's preparer runs on the thread that fetched it, and what it made goes
-// to the taker with the page; a failed page and an address asked for
-// without one bring nothing.
-TEST(PagePrefetcher, WhatAPreparerMadeOfAPageComesWithIt) {
-    FakeSite site;
-    PagePrefetcher ahead(site.Fetch(), 4, 2);
-    const std::thread::id taker = std::this_thread::get_id();
-    const lw::update::PagePreparer prepare = [taker](const QByteArray& page) {
-        auto made = std::make_shared<lw::update::PreparedPage>();
-        made->read = std::this_thread::get_id() != taker;
-        made->items << QString::fromUtf8(page);
-        return made;
-    };
-    const QStringList urls{u"item1"_s, u"bad1"_s, u"item2"_s};
-    ahead.Ask(urls, {prepare, prepare});
-    for (const QString& url : urls) {
-        QByteArray page;
-        std::shared_ptr<const lw::update::PreparedPage> made;
-        ASSERT_TRUE(ahead.Take(url, page, &made).has_value());
-        if (url == u"item1"_s) {
-            ASSERT_NE(made, nullptr);
-            EXPECT_TRUE(made->read) << "made on the fetching thread";
-            EXPECT_EQ(made->items, QStringList{u"page of item1"_s});
-        } else {
-            EXPECT_EQ(made, nullptr) << url.toStdString();
-        }
-    }
-}
-
 TEST(PagePrefetcher, DroppingLetsTheTransfersUnderWayEndAndKeepsNoneOfTheirPages) {
     FakeSite site;
     site.Hold();
@@ -274,7 +245,7 @@ TEST(PagePrefetcher, PagesAskedForLaterOutliveThePresentPartAndAreTakenOncePromo
     FakeSite site;
     PagePrefetcher ahead(site.Fetch(), 16, 2);
     ahead.Ask({u"now1"_s, u"now2"_s});
-    ahead.Ask({u"next1"_s, u"next2"_s}, {}, true);
+    ahead.Ask({u"next1"_s, u"next2"_s}, true);
     ahead.AskEarly(u"next-list"_s, true);
     ahead.Ask({u"now3"_s, u"now4"_s});
     QByteArray page;

@@ -8,7 +8,6 @@
 #include <QFile>
 #include <ostream>
 #include <random>
-#include <thread>
 #include <vector>
 
 #include "core/session.h"
@@ -513,9 +512,7 @@ TEST(ScannerProtocolKeys, AnItemsThatIsNoCountOfItemsIsRefusedByName) {
 
 namespace {
 
-// Each case twice: the page scanned on the run's thread, and scanned on
-// another thread by the preparer of the connection that fetched it.
-class AncillaryTest : public ::testing::TestWithParam<bool> {
+class AncillaryTest : public ::testing::Test {
 protected:
     void SetUp() override {
         lw::core::ResetSession(&m_ui);
@@ -555,18 +552,14 @@ protected:
         hooks.address = [](const ProtocolRecord& p, const ScanLists& lists) -> QString {
             return p.url + QStringLiteral("?") + lists.items.join(u',');
         };
-        hooks.fetch = [&, anc, result](const QString& url, QByteArray& fetched) {
+        hooks.fetch = [&, result](const QString& url, QByteArray& fetched) {
             m_urls << url;
-            const QByteArray page = pages[next++];
+            const QByteArray& page = pages[next++];
             if (result == FetchResult::Ok) {
                 fetched = page;
-                if (GetParam()) {
-                    std::thread([&] { m_prepared = AncillaryPagePreparer(anc)(page); }).join();
-                }
             }
             return result;
         };
-        hooks.prepared = [&](const QString&) { return m_prepared; };
         hooks.deleteRows = [&](const ProtocolRecord&, const ScanLists& lists) {
             EXPECT_TRUE(lists.ancillaryItems.isEmpty());
             ++m_deletes;
@@ -599,7 +592,6 @@ protected:
     int m_deletes = 0;
     QStringList m_failures;
     std::vector<QStringList> m_written;
-    std::shared_ptr<const PreparedPage> m_prepared;
 };
 
 const char* kDetails =
@@ -608,7 +600,7 @@ const char* kDetails =
 
 }  // namespace
 
-TEST_P(AncillaryTest, OneRecordIsScannedAndWrittenAndTheStatusComesBack) {
+TEST_F(AncillaryTest, OneRecordIsScannedAndWrittenAndTheStatusComesBack) {
     const auto written = RunOver(kDetails, "<!-- I --><s>bob<e>06/07/00<s>again<e>x<!-- /I -->");
     ASSERT_EQ(written.size(), 1u);
     EXPECT_EQ(written[0], (QStringList{QStringLiteral("bob"), QStringLiteral("06/07/00")}));
@@ -621,7 +613,7 @@ TEST_P(AncillaryTest, OneRecordIsScannedAndWrittenAndTheStatusComesBack) {
 }
 
 // The records written from one page, by keys added to kDetails.
-TEST_P(AncillaryTest, TheRecordsWrittenFromOnePage) {
+TEST_F(AncillaryTest, TheRecordsWrittenFromOnePage) {
     const struct {
         const char* name;
         const char* keys;
@@ -652,7 +644,7 @@ TEST_P(AncillaryTest, TheRecordsWrittenFromOnePage) {
     }
 }
 
-TEST_P(AncillaryTest, AFailedFetchWritesNothingQuietlyAndACancelledOneTellsTheCancel) {
+TEST_F(AncillaryTest, AFailedFetchWritesNothingQuietlyAndACancelledOneTellsTheCancel) {
     EXPECT_TRUE(RunOver(kDetails, "", FetchResult::Failed).empty());
     EXPECT_TRUE(m_ui.Messages().isEmpty());
     EXPECT_EQ(m_view.statuses.last(), QStringLiteral("Processing Sales"));
@@ -661,7 +653,7 @@ TEST_P(AncillaryTest, AFailedFetchWritesNothingQuietlyAndACancelledOneTellsTheCa
     EXPECT_EQ(m_ui.Titles(), QStringList{QStringLiteral("Update Cancelled")});
 }
 
-TEST_P(AncillaryTest, AMissingMarkerWritesNothingAndKeepsThePageForTheRuleWriter) {
+TEST_F(AncillaryTest, AMissingMarkerWritesNothingAndKeepsThePageForTheRuleWriter) {
     // A page that was read leaves no file; the page that could not be read
     // is kept whole, and a later good page does not remove it.
     EXPECT_EQ(RunOver(kDetails, "<!-- I --><s>bob<e>06/07/00<!-- /I -->").size(), 1u);
@@ -681,14 +673,14 @@ TEST_P(AncillaryTest, AMissingMarkerWritesNothingAndKeepsThePageForTheRuleWriter
     EXPECT_EQ(kept.readAll(), alsoUnread);
 }
 
-TEST_P(AncillaryTest, DeleteBeforeWriteRunsBeforeTheScan) {
+TEST_F(AncillaryTest, DeleteBeforeWriteRunsBeforeTheScan) {
     const std::string rules =
         std::string(kDetails) + "\nDeleteBeforeWrite=True\nDeleteQuery=SELECT * FROM Dutch";
     RunOver(rules.c_str(), "<!-- I --><s>bob<e>x<!-- /I -->");
     EXPECT_EQ(m_deletes, 1);
 }
 
-TEST_P(AncillaryTest, AFallbackOfOneRunDoesNotCarryToTheNext) {
+TEST_F(AncillaryTest, AFallbackOfOneRunDoesNotCarryToTheNext) {
     const std::string rules = std::string(kDetails) + "\nItem1 AStart=<t\nItem2 AStart=<e";
     auto written = RunOver(rules.c_str(), "<!-- I --><t>tom<e>1<!-- /I -->");
     ASSERT_EQ(written.size(), 1u);
@@ -697,11 +689,6 @@ TEST_P(AncillaryTest, AFallbackOfOneRunDoesNotCarryToTheNext) {
     ASSERT_EQ(written.size(), 1u);
     EXPECT_EQ(written[0][0], QStringLiteral("sue"));
 }
-
-INSTANTIATE_TEST_SUITE_P(Where, AncillaryTest, ::testing::Bool(),
-                         [](const ::testing::TestParamInfo<bool>& info) {
-                             return info.param ? "onTheFetchingThread" : "onTheRunsThread";
-                         });
 
 // ------------------------------------------------------------ the end of the text
 

@@ -96,21 +96,17 @@ void PagePrefetcher::SetArrival(Arrival arrival) {
     m_arrival = std::move(arrival);
 }
 
-void PagePrefetcher::Ask(const QStringList& urls, const std::vector<PagePreparer>& prepare,
-                         bool later) {
+void PagePrefetcher::Ask(const QStringList& urls, bool later) {
     if (urls.isEmpty()) {
         return;
     }
     {
         const std::lock_guard lock(m_mutex);
-        for (qsizetype i = 0; i < urls.size(); ++i) {
+        for (const QString& url : urls) {
             Entry& entry = m_entries.emplace_back();
             entry.id = ++m_nextId;
-            entry.url = urls.at(i);
+            entry.url = url;
             entry.later = later;
-            if (static_cast<size_t>(i) < prepare.size()) {
-                entry.prepare = prepare[static_cast<size_t>(i)];
-            }
         }
     }
     m_work.notify_all();
@@ -269,7 +265,6 @@ void PagePrefetcher::Work(Worker& worker) {
         next->fetcher = &worker;
         const quint64 id = next->id;
         const QString url = next->url;
-        const PagePreparer prepare = next->prepare;
         worker.stop = false;
         // More to start: a colleague takes the next, so that a batch of
         // pages goes over every connection.
@@ -280,18 +275,10 @@ void PagePrefetcher::Work(Worker& worker) {
 
         QByteArray page;
         FetchResult result = FetchResult::Failed;
-        std::shared_ptr<const PreparedPage> prepared;
         try {
             result = m_fetch(url, page, worker.stop);
         } catch (const std::exception&) {
             result = FetchResult::Failed;  // the taker sees a failed fetch
-        }
-        if (result == FetchResult::Ok && prepare && !worker.stop) {
-            try {
-                prepared = prepare(page);
-            } catch (const std::exception&) {
-                prepared.reset();  // the taker does the work itself
-            }
         }
 
         lock.lock();
@@ -299,7 +286,6 @@ void PagePrefetcher::Work(Worker& worker) {
             entry->done = true;
             entry->result = result;
             entry->page = std::move(page);
-            entry->prepared = std::move(prepared);
             m_heldBytes += entry->page.size();
             if (m_awaited != 0 && (entry->early || TakerHasEnoughLocked())) {
                 m_wakeup.Notify();
@@ -332,8 +318,7 @@ void PagePrefetcher::TellArrivals(std::unique_lock<std::mutex>& lock) {
     }
 }
 
-std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& page,
-                                                std::shared_ptr<const PreparedPage>* prepared) {
+std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& page) {
     std::unique_lock lock(m_mutex);
     const auto found = std::find_if(m_entries.begin(), m_entries.end(), [&url](const Entry& entry) {
         return !entry.later && entry.url == url;
@@ -385,9 +370,6 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
         m_work.notify_one();
     }
     page = std::move(entry.page);
-    if (prepared != nullptr) {
-        *prepared = std::move(entry.prepared);
-    }
     return entry.result;
 }
 

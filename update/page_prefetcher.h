@@ -27,11 +27,9 @@
 #include <deque>
 #include <exception>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <thread>
-#include <vector>
 
 #include "core/net.h"
 #include "core/wakeup.h"
@@ -43,13 +41,6 @@ namespace lw::update {
 // way is to be given up.
 using AheadFetch =
     std::function<FetchResult(const QString& url, QByteArray& page, const std::atomic<bool>& stop)>;
-
-// What a fetching thread made of a page it fetched (the scan of an item
-// page), handed to the taker with the page.
-struct PreparedPage;
-// The work of a fetching thread on a page that came: it runs on that thread,
-// beside the fetches, and must be as safe there as they are.
-using PagePreparer = std::function<std::shared_ptr<const PreparedPage>(const QByteArray& page)>;
 
 class PagePrefetcher final : public core::TransferLane {
 public:
@@ -76,10 +67,8 @@ public:
 
     void SetArrival(Arrival arrival);
 
-    // Adds addresses, in the order in which they will be taken; prepare[i],
-    // where given, is run on the page of urls[i] once it has come.
-    void Ask(const QStringList& urls, const std::vector<PagePreparer>& prepare = {},
-             bool later = false);
+    // Adds addresses, in the order in which they will be taken.
+    void Ask(const QStringList& urls, bool later = false);
     // Adds an address to be taken after those asked before it, but fetched
     // before any of them that has not started (but the next one to be
     // taken), and told on arrival.
@@ -103,10 +92,7 @@ public:
     // are told, and the taker waits through the waiter; when the user
     // cancels, everything asked for is dropped and the answer is Cancelled.
     // Nothing (no value) when url was not asked for in the present part.
-    // prepared, when given, receives what the page's preparer made of it
-    // (null: none was asked for, or the page did not come).
-    std::optional<FetchResult> Take(const QString& url, QByteArray& page,
-                                    std::shared_ptr<const PreparedPage>* prepared = nullptr);
+    std::optional<FetchResult> Take(const QString& url, QByteArray& page);
 
     // Pages asked for and not yet taken or dropped.
     int Waiting() const;
@@ -131,8 +117,6 @@ private:
         bool done = false;
         FetchResult result = FetchResult::Failed;
         QByteArray page;
-        PagePreparer prepare;
-        std::shared_ptr<const PreparedPage> prepared;
     };
     // A transfer of the lane.
     struct Job {

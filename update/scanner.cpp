@@ -540,23 +540,6 @@ bool PageScanner::ScanAncillaryRecord(ScanLists& lists, const ScanHooks& hooks) 
 
 // ------------------------------------------------------------------ ancillary
 
-PagePreparer AncillaryPagePreparer(const ProtocolRecord& protocol) {
-    auto compiled = std::make_shared<const PageScanner>(protocol);
-    return [compiled](const QByteArray& bytes) -> std::shared_ptr<const PreparedPage> {
-        PageScanner scanner = *compiled;
-        const PageText page(bytes);
-        scanner.SetUpAncillary(page);
-        ScanLists lists;
-        ScanHooks hooks;
-        hooks.pumpEvents = [] {};
-        auto prepared = std::make_shared<PreparedPage>();
-        prepared->section = scanner.Protocol().section;
-        prepared->read = scanner.ScanAncillaryRecord(lists, hooks);
-        prepared->items = std::move(lists.ancillaryItems);
-        return prepared;
-    };
-}
-
 AncillaryRunner::AncillaryRunner(UpdateView& view, AncillaryHooks hooks, QString keptPageFile)
     : m_view(view), m_hooks(std::move(hooks)), m_keptPageFile(std::move(keptPageFile)) {}
 
@@ -626,31 +609,22 @@ void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
     if (fetched != FetchResult::Ok) {
         return;
     }
-    const std::shared_ptr<const PreparedPage> prepared =
-        m_hooks.prepared ? m_hooks.prepared(address) : nullptr;
+    m_page.Load(bytes);
 
     if (protocol.deleteBeforeWrite == kTrue && m_hooks.deleteRows) {
         m_hooks.deleteRows(protocol, lists);
     }
 
-    bool read = false;
-    if (prepared != nullptr && prepared->section == protocol.section) {
-        read = prepared->read;
-        lists.ancillaryItems << prepared->items;
-    } else {
-        m_page.Load(bytes);
-        // Markers are prepared once per protocol; each record scans a copy.
-        auto compiled = m_scanners.find(protocol.section);
-        if (compiled == m_scanners.end()) {
-            compiled = m_scanners.emplace(protocol.section, PageScanner(protocol)).first;
-        }
-        PageScanner scanner = compiled->second;
-        scanner.SetUpAncillary(m_page);
-        ScanHooks hooks;
-        hooks.pumpEvents = scanHooks.pumpEvents;
-        read = scanner.ScanAncillaryRecord(lists, hooks);
+    // Markers are prepared once per protocol; each record scans a copy.
+    auto compiled = m_scanners.find(protocol.section);
+    if (compiled == m_scanners.end()) {
+        compiled = m_scanners.emplace(protocol.section, PageScanner(protocol)).first;
     }
-    if (!read) {
+    PageScanner scanner = compiled->second;
+    scanner.SetUpAncillary(m_page);
+    ScanHooks hooks;
+    hooks.pumpEvents = scanHooks.pumpEvents;
+    if (!scanner.ScanAncillaryRecord(lists, hooks)) {
         if (!m_keptPageFile.isEmpty()) {
             m_unreadPage = bytes;
             m_unreadDue = true;

@@ -17,7 +17,6 @@
 #include <memory>
 #include <vector>
 
-#include "update/page_prefetcher.h"
 #include "update/protocol.h"
 #include "update/site_session.h"
 
@@ -218,27 +217,11 @@ bool StoreCannotWrite(int code);
 QString CancelMessageText();
 QString CancelMessageTitle();
 
-// An ancillary page scanned on the thread that fetched it: the record that
-// ScanAncillaryRecord read from it for its protocol.
-struct PreparedPage {
-    QString section;    // the ancillary protocol it was scanned for
-    bool read = false;  // the record was read
-    QStringList items;  // its values, when read
-};
-
-// The scan of protocol's pages for a fetching thread: the record
-// ScanAncillaryRecord would read on the run's thread, without letting events
-// run or touching the session.
-PagePreparer AncillaryPagePreparer(const ProtocolRecord& protocol);
-
 // Where RunAncillary gets its page and puts its record.
 struct AncillaryHooks {
     // The page address: BuildUrl with the main record's values so far.
     std::function<QString(const ProtocolRecord& ancillary, const ScanLists& lists)> address;
     PageFetcher fetch;
-    // What a fetching thread read from the page the last fetch gave for
-    // address, when one did; null: the page is scanned here.
-    std::function<std::shared_ptr<const PreparedPage>(const QString& address)> prepared;
     // DeleteBeforeWrite: the rows that DeleteQuery finds are deleted.
     std::function<void(const ProtocolRecord& ancillary, const ScanLists& lists)> deleteRows;
     // Writes the record (lists.ancillaryItems filled).

@@ -138,14 +138,12 @@ QString UpdateRun::AncillaryPagePath() {
 }
 
 FetchResult UpdateRun::Fetch(const QString& url, QByteArray& page) {
-    m_prepared.reset();
     if (m_ahead) {
-        std::optional<FetchResult> taken = m_ahead->Take(url, page, &m_prepared);
+        std::optional<FetchResult> taken = m_ahead->Take(url, page);
         if (!taken) {
             m_ahead->AskFirst(url);
             taken = m_ahead->Take(url, page);
         }
-        m_preparedUrl = url;
         if (taken) {
             if (*taken != FetchResult::Cancelled) {
                 TellPageTaken(page.size());
@@ -296,7 +294,6 @@ void UpdateRun::ScanAhead(AheadChain& chain, PageScanner scanner, const QString&
         return;
     }
     QStringList urls;
-    std::vector<PagePreparer> preparers;
     int records = 0;
     try {
         ScanHooks collect;
@@ -304,12 +301,6 @@ void UpdateRun::ScanAhead(AheadChain& chain, PageScanner scanner, const QString&
         collect.runAncillary = [&](const ItemRule& item, ScanLists& record) {
             const ProtocolRecord& ancillary = AncillaryProtocol(item.ancillaryProtocol);
             urls << AncillaryAddress(ancillary, record, offset);
-            // Each item page is scanned by the connection that fetched it.
-            auto preparer = m_preparers.constFind(ancillary.section);
-            if (preparer == m_preparers.constEnd()) {
-                preparer = m_preparers.insert(ancillary.section, AncillaryPagePreparer(ancillary));
-            }
-            preparers.push_back(*preparer);
         };
         // The same records, fields and values as the run's own scan, so the
         // same addresses in the same order. A list without pages of its own
@@ -325,7 +316,7 @@ void UpdateRun::ScanAhead(AheadChain& chain, PageScanner scanner, const QString&
         EndChain(chain);
         return;  // each page is fetched when it is needed
     }
-    m_ahead->Ask(urls, preparers, chain.later);
+    m_ahead->Ask(urls, chain.later);
     if (!protocol.Iterates() || records == 0 || !m_hooks.buildUrl) {
         EndChain(chain);
         return;
@@ -627,7 +618,6 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
         }
     } connectionsEnd{*this};
     m_ancillaryProtocols.clear();
-    m_preparers.clear();
     OpenConnections();
     std::optional<core::LaneScope> lane;
     if (m_ahead) {
@@ -640,9 +630,6 @@ UpdateRun::Result UpdateRun::RunProtocols(const QStringList& runList) {
     };
     ancillaryHooks.fetch = [this](const QString& url, QByteArray& page) {
         return Fetch(url, page);
-    };
-    ancillaryHooks.prepared = [this](const QString& url) {
-        return url == m_preparedUrl ? m_prepared : nullptr;
     };
     ancillaryHooks.deleteRows = [&writer](const ProtocolRecord& protocol, const ScanLists& lists) {
         writer.DeleteFoundRows(protocol, lists);

@@ -213,11 +213,6 @@ private:
     // The rules cannot change once the run is under way: each ancillary
     // protocol is read from them once.
     QHash<QString, ProtocolRecord> m_ancillaryProtocols;
-    // The scan of each ancillary protocol's pages by the connections.
-    QHash<QString, PagePreparer> m_preparers;
-    // What a connection read from the page the last fetch gave, and its address.
-    std::shared_ptr<const PreparedPage> m_prepared;
-    QString m_preparedUrl;
 };
 
 }  // namespace lw::update
