@@ -16,6 +16,8 @@
 #include <exception>
 #include <memory>
 
+#include "core/net_request.h"
+
 namespace lw::core {
 
 namespace {
@@ -33,43 +35,19 @@ void EnsureCurl() {
     static const CurlGlobal global;
 }
 
-struct EasyDeleter {
-    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
-};
-using Easy = std::unique_ptr<CURL, EasyDeleter>;
-
-struct SlistDeleter {
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-};
-using Slist = std::unique_ptr<curl_slist, SlistDeleter>;
-
-// What the callbacks of one transfer share. The body is collected into
-// `body`: a page up to kPageLimit bytes (a longer one fails the transfer), a
-// post's answer up to kPostAnswerLimit (the rest is read and dropped).
-struct Transfer {
-    const NetProgress* progress = nullptr;
-    QByteArray* body = nullptr;
-    qint64 limit = kPageLimit;
-    bool failOverLimit = true;
-    qint64 received = 0;
-    bool cancelled = false;
-    bool tooLong = false;
-    // An exception thrown by the caller's progress callback must not unwind
-    // through libcurl's C frames; it is held here and thrown again once the
-    // transfer has been torn down.
-    std::exception_ptr failure;
-};
+using detail::Easy;
+using detail::TransferState;
 
 size_t WriteToBody(char* data, size_t size, size_t count, void* user) {
-    auto* transfer = static_cast<Transfer*>(user);
+    auto* transfer = static_cast<TransferState*>(user);
     const qint64 length = static_cast<qint64>(size * count);
-    const qint64 room = transfer->limit - transfer->body->size();
+    const qint64 room = transfer->limit - transfer->body.size();
     if (length > room && transfer->failOverLimit) {
         transfer->tooLong = true;
         return 0;  // anything short of length makes curl stop with a write error
     }
     if (room > 0) {
-        transfer->body->append(data, std::min(room, length));
+        transfer->body.append(data, std::min(room, length));
     }
     transfer->received += length;
     return size * count;
@@ -77,7 +55,7 @@ size_t WriteToBody(char* data, size_t size, size_t count, void* user) {
 
 int OnProgress(void* user, curl_off_t downloadTotal, curl_off_t downloadNow, curl_off_t,
                curl_off_t) {
-    auto* transfer = static_cast<Transfer*>(user);
+    auto* transfer = static_cast<TransferState*>(user);
     try {
         if (!(*transfer->progress)(static_cast<qint64>(downloadNow),
                                    static_cast<qint64>(downloadTotal))) {
@@ -119,8 +97,6 @@ void SetProxy(CURL* easy, const NetOptions& options) {
     curl_easy_setopt(easy, CURLOPT_NOPROXY, "");
 }
 
-// Options every transfer shares. curl copies string options, so the byte
-// arrays made here may die when this returns.
 // One handle is kept per thread between transfers, with libcurl's cache of
 // open connections: the next transfer to the same host reuses the
 // connection, so the thousands of pages of an update, asked for one after
@@ -129,113 +105,12 @@ void SetProxy(CURL* easy, const NetOptions& options) {
 // which writes the file as it lets the handle go.
 thread_local Easy t_spare;
 
-Easy TakeEasy() {
-    EnsureCurl();
-    if (t_spare) {
-        return std::move(t_spare);
-    }
-    return Easy(curl_easy_init());
-}
-
 // The lane of this thread's transfers; null: its own connection.
 thread_local TransferLane* t_lane = nullptr;
-
-// A transfer of a thread with a lane: performed by the lane (whose threads
-// have none), its progress reported here.
-NetResult OverLane(TransferLane& lane, const NetProgress& progress,
-                   const std::function<NetResult(const NetProgress&)>& transfer) {
-    NetResult result;
-    std::atomic<qint64> received{0};
-    std::atomic<qint64> total{0};
-    lane.Run(
-        [&](const std::atomic<bool>& stop, const std::function<void()>& moved) {
-            result = transfer([&](qint64 now, qint64 all) {
-                if (now != received.load() || all != total.load()) {
-                    received = now;
-                    total = all;
-                    moved();
-                }
-                return !stop.load();
-            });
-        },
-        [&] { return !progress || progress(received.load(), total.load()); });
-    return result;
-}
-
-void GiveBack(Easy easy, const NetOptions& options) {
-    if (easy && options.cookieFile.isEmpty()) {
-        curl_easy_reset(easy.get());
-        t_spare = std::move(easy);
-    }
-}
-
-Easy NewTransfer(const QString& url, const NetOptions& options, Transfer& transfer) {
-    Easy easy = TakeEasy();
-    if (!easy) {
-        return easy;
-    }
-    CURL* e = easy.get();
-    curl_easy_setopt(e, CURLOPT_URL, url.toUtf8().constData());
-    curl_easy_setopt(e, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(e, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(e, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-    // Redirects are followed by Perform, which checks the host of each.
-    curl_easy_setopt(e, CURLOPT_FOLLOWLOCATION, 0L);
-    curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(options.connectTimeoutMs));
-    curl_easy_setopt(e, CURLOPT_TIMEOUT_MS, static_cast<long>(std::max(0, options.totalTimeoutMs)));
-    if (options.stallTimeoutSec > 0) {
-        // Less than one byte a second over the whole time: nothing came.
-        curl_easy_setopt(e, CURLOPT_LOW_SPEED_LIMIT, 1L);
-        curl_easy_setopt(e, CURLOPT_LOW_SPEED_TIME, static_cast<long>(options.stallTimeoutSec));
-    }
-    curl_easy_setopt(e, CURLOPT_USERAGENT, options.userAgent.toUtf8().constData());
-    SetProxy(e, options);
-    if (!options.cookieFile.isEmpty()) {
-        curl_easy_setopt(e, CURLOPT_COOKIEFILE, options.cookieFile.constData());
-        curl_easy_setopt(e, CURLOPT_COOKIEJAR, options.cookieFile.constData());
-    }
-    curl_easy_setopt(e, CURLOPT_WRITEFUNCTION, WriteToBody);
-    curl_easy_setopt(e, CURLOPT_WRITEDATA, &transfer);
-    if (transfer.progress && *transfer.progress) {
-        curl_easy_setopt(e, CURLOPT_NOPROGRESS, 0L);
-        curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, OnProgress);
-        curl_easy_setopt(e, CURLOPT_XFERINFODATA, &transfer);
-    } else {
-        curl_easy_setopt(e, CURLOPT_NOPROGRESS, 1L);
-    }
-    return easy;
-}
 
 QString ErrorText(CURLcode code, const QString& url) {
     return QString::fromUtf8(curl_easy_strerror(code)) + QStringLiteral(": ") + url;
 }
-
-NetResult Outcome(CURL* easy, CURLcode code, const QString& url, const Transfer& transfer) {
-    NetResult result;
-    long httpCode = 0;
-    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &httpCode);
-    result.httpCode = httpCode;
-    result.bytes = transfer.received;
-    if (code == CURLE_OK) {
-        result.status = NetStatus::Ok;
-    } else {
-        result.status = (code == CURLE_ABORTED_BY_CALLBACK && transfer.cancelled)
-                            ? NetStatus::Cancelled
-                            : NetStatus::Failed;
-        result.error = ErrorText(code, url);
-    }
-    return result;
-}
-
-NetResult NoHandle(const QString& url) {
-    NetResult result;
-    result.error = ErrorText(CURLE_FAILED_INIT, url);
-    return result;
-}
-
-}  // namespace
-
-namespace {
 
 bool IsRedirect(long httpCode) {
     return httpCode == 301 || httpCode == 302 || httpCode == 303 || httpCode == 307 ||
@@ -256,56 +131,172 @@ bool SameHost(const QString& first, const QString& second) {
     return !a.isEmpty() && a.compare(QUrl(second).host(), Qt::CaseInsensitive) == 0;
 }
 
-// Runs a prepared transfer and hands its handle back; a callback's exception
-// is thrown again here, outside libcurl. A redirect to the host of the
-// address is followed on the same handle, so cookies and the connection go
-// along; a post becomes a GET after 301, 302 and 303, as browsers do; the
-// body of a redirect answer is dropped.
-NetResult Perform(Easy easy, const QString& url, const NetOptions& options, Transfer& transfer) {
-    CURL* e = easy.get();
-    CURLcode code = curl_easy_perform(e);
-    QString redirectError;
-    for (int redirects = 0; code == CURLE_OK && !transfer.failure; ++redirects) {
-        long httpCode = 0;
-        curl_easy_getinfo(e, CURLINFO_RESPONSE_CODE, &httpCode);
-        const QString target = IsRedirect(httpCode) ? RedirectTarget(e) : QString();
-        if (target.isEmpty()) {
-            break;
-        }
-        if (!SameHost(url, target)) {
-            redirectError = QStringLiteral("Redirected to another host, not followed: ") + target +
-                            QStringLiteral(" (") + url + u')';
-            break;
-        }
-        if (redirects >= kMaxRedirects) {
-            redirectError = QStringLiteral("More than %1 redirects: ").arg(kMaxRedirects) + url;
-            break;
-        }
-        transfer.body->clear();
-        transfer.received = 0;
-        if (httpCode != 307 && httpCode != 308) {
-            curl_easy_setopt(e, CURLOPT_HTTPGET, 1L);
-        }
-        curl_easy_setopt(e, CURLOPT_URL, target.toUtf8().constData());
-        code = curl_easy_perform(e);
+// A transfer of this thread, performed here or over its lane.
+NetResult Transfer(const TransferSpec& spec, const NetProgress& progress) {
+    if (t_lane != nullptr) {
+        return t_lane->Run(spec, progress);
     }
-    NetResult result = Outcome(e, code, url, transfer);
-    if (!redirectError.isEmpty()) {
-        result.status = NetStatus::Failed;
-        result.error = redirectError;
+    Easy easy = t_spare ? std::move(t_spare) : detail::NewEasy();
+    detail::Request request(std::move(easy), spec, progress);
+    CURLcode code = CURLE_FAILED_INIT;
+    if (request.Handle() != nullptr) {
+        do {
+            code = curl_easy_perform(request.Handle());
+        } while (request.FollowOn(code));
     }
-    if (transfer.tooLong) {
-        result.error =
-            QStringLiteral("The page is longer than %1 bytes: ").arg(transfer.limit) + url;
-    }
-    GiveBack(std::move(easy), options);
-    if (transfer.failure) {
-        std::rethrow_exception(transfer.failure);
-    }
+    NetResult result = request.Finish(code);
+    t_spare = request.Release();
     return result;
 }
 
 }  // namespace
+
+namespace detail {
+
+Easy NewEasy() {
+    EnsureCurl();
+    return Easy(curl_easy_init());
+}
+
+// curl copies string options, so the byte arrays made here may die when
+// the constructor returns.
+Request::Request(Easy handle, const TransferSpec& spec, const NetProgress& progress)
+    : m_easy(std::move(handle)), m_spec(spec) {
+    m_state.progress = &progress;
+    if (spec.post) {
+        m_state.limit = kPostAnswerLimit;
+        m_state.failOverLimit = false;
+    }
+    CURL* e = m_easy.get();
+    if (e == nullptr) {
+        return;
+    }
+    const NetOptions& options = spec.options;
+    curl_easy_setopt(e, CURLOPT_URL, spec.url.toUtf8().constData());
+    curl_easy_setopt(e, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(e, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(e, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    // Redirects are followed by FollowOn, which checks the host of each.
+    curl_easy_setopt(e, CURLOPT_FOLLOWLOCATION, 0L);
+    curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(options.connectTimeoutMs));
+    curl_easy_setopt(e, CURLOPT_TIMEOUT_MS, static_cast<long>(std::max(0, options.totalTimeoutMs)));
+    if (options.stallTimeoutSec > 0) {
+        // Less than one byte a second over the whole time: nothing came.
+        curl_easy_setopt(e, CURLOPT_LOW_SPEED_LIMIT, 1L);
+        curl_easy_setopt(e, CURLOPT_LOW_SPEED_TIME, static_cast<long>(options.stallTimeoutSec));
+    }
+    curl_easy_setopt(e, CURLOPT_USERAGENT, options.userAgent.toUtf8().constData());
+    SetProxy(e, options);
+    if (!options.cookieFile.isEmpty()) {
+        curl_easy_setopt(e, CURLOPT_COOKIEFILE, options.cookieFile.constData());
+        curl_easy_setopt(e, CURLOPT_COOKIEJAR, options.cookieFile.constData());
+    }
+    curl_easy_setopt(e, CURLOPT_WRITEFUNCTION, WriteToBody);
+    curl_easy_setopt(e, CURLOPT_WRITEDATA, &m_state);
+    if (progress) {
+        curl_easy_setopt(e, CURLOPT_NOPROGRESS, 0L);
+        curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, OnProgress);
+        curl_easy_setopt(e, CURLOPT_XFERINFODATA, &m_state);
+    } else {
+        curl_easy_setopt(e, CURLOPT_NOPROGRESS, 1L);
+    }
+    if (spec.post) {
+        const QByteArray typeHeader = "Content-Type: " + spec.contentType;
+        m_headers.reset(curl_slist_append(nullptr, typeHeader.constData()));
+        if (m_headers) {
+            // Without this curl waits for a "100 Continue" that many servers
+            // never send before it sends a larger body. Appending keeps the head.
+            curl_slist_append(m_headers.get(), "Expect:");
+        }
+        curl_easy_setopt(e, CURLOPT_HTTPHEADER, m_headers.get());
+        curl_easy_setopt(e, CURLOPT_POST, 1L);
+        curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE,
+                         static_cast<curl_off_t>(m_spec.body.size()));
+        // Not copied by curl: the spec's own copy lives as long as the request.
+        curl_easy_setopt(e, CURLOPT_POSTFIELDS, m_spec.body.constData());
+    }
+}
+
+// A redirect to the host of the address is followed on the same handle, so
+// cookies and the connection go along; a post becomes a GET after 301, 302
+// and 303, as browsers do; the body of a redirect answer is dropped.
+bool Request::FollowOn(CURLcode code) {
+    CURL* e = m_easy.get();
+    if (e == nullptr || code != CURLE_OK || m_state.failure) {
+        return false;
+    }
+    long httpCode = 0;
+    curl_easy_getinfo(e, CURLINFO_RESPONSE_CODE, &httpCode);
+    const QString target = IsRedirect(httpCode) ? RedirectTarget(e) : QString();
+    if (target.isEmpty()) {
+        return false;
+    }
+    if (!SameHost(m_spec.url, target)) {
+        m_redirectError = QStringLiteral("Redirected to another host, not followed: ") + target +
+                          QStringLiteral(" (") + m_spec.url + u')';
+        return false;
+    }
+    if (m_redirects >= kMaxRedirects) {
+        m_redirectError =
+            QStringLiteral("More than %1 redirects: ").arg(kMaxRedirects) + m_spec.url;
+        return false;
+    }
+    ++m_redirects;
+    m_state.body.clear();
+    m_state.received = 0;
+    if (httpCode != 307 && httpCode != 308) {
+        curl_easy_setopt(e, CURLOPT_HTTPGET, 1L);
+    }
+    curl_easy_setopt(e, CURLOPT_URL, target.toUtf8().constData());
+    return true;
+}
+
+NetResult Request::Finish(CURLcode code) {
+    NetResult result;
+    if (m_easy == nullptr) {
+        result.error = ErrorText(CURLE_FAILED_INIT, m_spec.url);
+        return result;
+    }
+    long httpCode = 0;
+    curl_easy_getinfo(m_easy.get(), CURLINFO_RESPONSE_CODE, &httpCode);
+    result.httpCode = httpCode;
+    result.bytes = m_state.received;
+    if (code == CURLE_OK) {
+        result.status = NetStatus::Ok;
+    } else {
+        result.status = (code == CURLE_ABORTED_BY_CALLBACK && m_state.cancelled)
+                            ? NetStatus::Cancelled
+                            : NetStatus::Failed;
+        result.error = ErrorText(code, m_spec.url);
+    }
+    if (!m_redirectError.isEmpty()) {
+        result.status = NetStatus::Failed;
+        result.error = m_redirectError;
+    }
+    if (m_state.tooLong) {
+        result.error =
+            QStringLiteral("The page is longer than %1 bytes: ").arg(m_state.limit) + m_spec.url;
+    }
+    if (m_state.failure) {
+        std::rethrow_exception(m_state.failure);
+    }
+    // A page only when it came whole; a post's answer whatever it is.
+    if (result.ok() || m_spec.post) {
+        result.body = std::move(m_state.body);
+    }
+    return result;
+}
+
+Easy Request::Release() {
+    if (!m_easy || !m_spec.options.cookieFile.isEmpty()) {
+        m_easy.reset();
+        return {};
+    }
+    curl_easy_reset(m_easy.get());
+    return std::move(m_easy);
+}
+
+}  // namespace detail
 
 LaneScope::LaneScope(TransferLane& lane) : m_saved(t_lane) {
     t_spare.reset();
@@ -317,23 +308,10 @@ LaneScope::~LaneScope() {
 }
 
 NetResult HttpGet(const QString& url, const NetOptions& options, const NetProgress& progress) {
-    if (t_lane != nullptr) {
-        return OverLane(*t_lane, progress,
-                        [&](const NetProgress& told) { return HttpGet(url, options, told); });
-    }
-    QByteArray page;
-    Transfer transfer;
-    transfer.progress = &progress;
-    transfer.body = &page;
-    Easy easy = NewTransfer(url, options, transfer);
-    if (!easy) {
-        return NoHandle(url);
-    }
-    NetResult result = Perform(std::move(easy), url, options, transfer);
-    if (result.ok()) {
-        result.body = std::move(page);
-    }
-    return result;
+    TransferSpec spec;
+    spec.url = url;
+    spec.options = options;
+    return Transfer(spec, progress);
 }
 
 bool ReplaceFile(const QString& path, const QByteArray& bytes, QString* error) {
@@ -401,36 +379,13 @@ NetResult HttpGetToFile(const QString& url, const QString& filePath, const NetOp
 
 NetResult HttpPostForm(const QString& url, const QByteArray& body, const NetOptions& options,
                        const NetProgress& progress, const QByteArray& contentType) {
-    if (t_lane != nullptr) {
-        return OverLane(*t_lane, progress, [&](const NetProgress& told) {
-            return HttpPostForm(url, body, options, told, contentType);
-        });
-    }
-    QByteArray answer;
-    Transfer transfer;
-    transfer.progress = &progress;
-    transfer.body = &answer;
-    transfer.limit = kPostAnswerLimit;
-    transfer.failOverLimit = false;
-    Easy easy = NewTransfer(url, options, transfer);
-    if (!easy) {
-        return NoHandle(url);
-    }
-    CURL* e = easy.get();
-    const QByteArray typeHeader = "Content-Type: " + contentType;
-    const Slist headers(curl_slist_append(nullptr, typeHeader.constData()));
-    if (headers) {
-        // Without this curl waits for a "100 Continue" that many servers
-        // never send before it sends a larger body. Appending keeps the head.
-        curl_slist_append(headers.get(), "Expect:");
-    }
-    curl_easy_setopt(e, CURLOPT_HTTPHEADER, headers.get());
-    curl_easy_setopt(e, CURLOPT_POST, 1L);
-    curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
-    curl_easy_setopt(e, CURLOPT_POSTFIELDS, body.constData());
-    NetResult result = Perform(std::move(easy), url, options, transfer);
-    result.body = std::move(answer);
-    return result;
+    TransferSpec spec;
+    spec.url = url;
+    spec.options = options;
+    spec.post = true;
+    spec.body = body;
+    spec.contentType = contentType;
+    return Transfer(spec, progress);
 }
 
 bool CanReach(const QString& url, const NetOptions& options, int timeoutMs) {
@@ -453,8 +408,7 @@ bool CanReach(const QString& url, const NetOptions& options, int timeoutMs) {
     if (host.isEmpty()) {
         return false;
     }
-    EnsureCurl();
-    const Easy easy(curl_easy_init());
+    const Easy easy = detail::NewEasy();
     if (!easy) {
         return false;
     }

@@ -3,12 +3,12 @@
 // file with progress and abort, a form POST whose answer is kept up to the size of
 // the answer buffer, and the short connection test. Proxy and time-outs come
 // from the caller; a thread may hand its transfers to a lane of connections
-// kept elsewhere. It knows no site and no rule file.
+// kept elsewhere (a TransferPool's, in an update). It knows no site and no
+// rule file.
 #pragma once
 
 #include <QByteArray>
 #include <QString>
-#include <atomic>
 #include <functional>
 
 namespace lw::core {
@@ -77,23 +77,29 @@ bool CanReach(const QString& url, const NetOptions& options, int timeoutMs = 500
 // The version of the libcurl the program runs with, as "8.5.0".
 QString CurlVersion();
 
+// One transfer as HttpGet and HttpPostForm describe it, for whatever
+// performs it: a GET of a page into memory, or a form POST with its body.
+struct TransferSpec {
+    QString url;
+    NetOptions options;
+    bool post = false;
+    QByteArray body;         // of a post, already encoded
+    QByteArray contentType;  // of a post
+};
+
 // Where the transfers of a thread go while it has a lane: the lane performs
 // each on a connection it keeps, and the thread only waits for the end. An
 // update gives its thread a lane, so that every transfer of the run, pages
 // and posts alike, goes over the few connections the run keeps to the site.
 class TransferLane {
 public:
-    // Runs on a thread of the lane; calls moved() whenever it has news, and
-    // gives up soon after stop turns true.
-    using Perform =
-        std::function<void(const std::atomic<bool>& stop, const std::function<void()>& moved)>;
-
     virtual ~TransferLane() = default;
-    // Performs perform and returns once it has ended. Meanwhile tick runs on
-    // the calling thread at each piece of news and whenever the caller's
-    // events run; false from tick tells perform to stop. An exception of
-    // perform or of tick comes out here, after perform has ended.
-    virtual void Run(const Perform& perform, const std::function<bool()>& tick) = 0;
+    // Performs the transfer and returns once it has ended, with the result
+    // HttpGet or HttpPostForm would have given. Meanwhile progress runs on the
+    // calling thread at each piece of news and whenever the caller's events
+    // run; false from it stops the transfer (Cancelled). An exception of
+    // progress comes out here, after the transfer has ended.
+    virtual NetResult Run(const TransferSpec& spec, const NetProgress& progress) = 0;
 };
 
 // For its lifetime, the transfers the calling thread starts (HttpGet,

@@ -1,35 +1,32 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The page prefetcher against a fetch of its own: pages come in the order
-// asked, never more than the depth ahead of the taker, each fetched once;
-// what is not taken as asked is dropped; a page asked for early is fetched
-// before what was asked before it and told once it has come; a page asked
-// for first goes before everything; the lane's transfers run on a fetching
-// thread before any page, with their news told on the caller's thread; a
-// taker that gives up gets Cancelled and the transfer under way is told to
-// stop; pages asked for later are kept apart until promoted; the fetching
-// threads run below the taker.
+// The page prefetcher against connections that answer through a fetch of
+// its own: pages come in the order asked, never more than the depth ahead of
+// the taker, each fetched once; what is not taken as asked is dropped; a page
+// asked for early is fetched before what was asked before it and told once
+// it has come; a page asked for first goes before everything; the lane's
+// transfers start before any page waiting, with their news told on the
+// caller's thread; a taker that gives up gets Cancelled and the transfer
+// under way is told to stop; pages asked for later are kept apart until
+// promoted.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
-#include <vector>
 
+#include "tests/support/fake_connections.h"
 #include "update/page_prefetcher.h"
 #include "update/scanner.h"
 
-using lw::update::AheadFetch;
+using lw::test::FakeConnections;
 using lw::update::FetchResult;
 using lw::update::PagePrefetcher;
 using namespace Qt::StringLiterals;
@@ -41,31 +38,33 @@ namespace {
 // the most pages fetched and not yet taken at any one time.
 class FakeSite {
 public:
-    AheadFetch Fetch() {
-        return [this](const QString& url, QByteArray& page, const std::atomic<bool>& stop) {
-            std::unique_lock lock(m_mutex);
-            m_asked << url;
-            m_started.notify_all();
-            m_maxAhead = std::max(m_maxAhead, m_asked.size() - m_taken);
-            while (m_holding && !stop) {
-                m_release.wait_for(lock, std::chrono::milliseconds(2));
-            }
-            if (stop) {
-                ++m_stopped;
+    lw::update::Connect Fetch() {
+        return FakeConnections(
+            [this](const QString& url, QByteArray& page, const std::function<bool()>& stopped) {
+                std::unique_lock lock(m_mutex);
+                m_asked << url;
                 m_started.notify_all();
-                return FetchResult::Cancelled;
-            }
-            if (url.startsWith(u"slow"_s)) {
-                lock.unlock();
-                std::this_thread::sleep_for(std::chrono::milliseconds(30));
-                lock.lock();
-            }
-            if (url.startsWith(u"bad"_s)) {
-                return FetchResult::Failed;
-            }
-            page = "page of " + url.toUtf8();
-            return FetchResult::Ok;
-        };
+                m_maxAhead = std::max(m_maxAhead, m_asked.size() - m_taken);
+                bool stop = false;
+                while (m_holding && !(stop = stopped())) {
+                    m_release.wait_for(lock, std::chrono::milliseconds(2));
+                }
+                if (stop) {
+                    ++m_stopped;
+                    m_started.notify_all();
+                    return FetchResult::Cancelled;
+                }
+                if (url.startsWith(u"slow"_s)) {
+                    lock.unlock();
+                    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+                    lock.lock();
+                }
+                if (url.startsWith(u"bad"_s)) {
+                    return FetchResult::Failed;
+                }
+                page = "page of " + url.toUtf8();
+                return FetchResult::Ok;
+            });
     }
     void Hold() {
         const std::lock_guard lock(m_mutex);
@@ -127,49 +126,6 @@ QStringList Addresses(int n, const char* prefix = "item") {
 
 }  // namespace
 
-// The fetching threads run below the priority of the thread that takes the
-// pages, down to the lowest there is, and leave the taker's own as it was.
-TEST(PagePrefetcher, FetchingThreadsRunBelowTheTaker) {
-    const auto niceness = [] {
-        errno = 0;
-        const int value = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
-        return errno == 0 ? value : -100;
-    };
-    for (const int raised : {0, 4, 15}) {
-        SCOPED_TRACE(raised);
-        int taker = -100;
-        int takerAfter = -100;
-        std::vector<int> fetchers;
-        // A thread of its own: a raised priority cannot be taken back.
-        std::thread([&] {
-            setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceness() + raised);
-            taker = niceness();
-            std::mutex mutex;
-            PagePrefetcher ahead(
-                [&](const QString&, QByteArray& page, const std::atomic<bool>&) {
-                    const std::lock_guard lock(mutex);
-                    fetchers.push_back(niceness());
-                    page = "page";
-                    return FetchResult::Ok;
-                },
-                4, 3);
-            const QStringList urls = Addresses(6);
-            ahead.Ask(urls);
-            for (const QString& url : urls) {
-                QByteArray page;
-                ahead.Take(url, page);
-            }
-            takerAfter = niceness();
-        }).join();
-        ASSERT_NE(taker, -100);
-        EXPECT_EQ(takerAfter, taker);
-        ASSERT_EQ(fetchers.size(), 6u);
-        for (const int fetcher : fetchers) {
-            EXPECT_EQ(fetcher, std::min(taker + 10, 19));
-        }
-    }
-}
-
 // Over one connection the pages are fetched in the order asked and never more
 // than the depth ahead; over two, a page that comes late is still taken in its
 // place. A failed page is told as such, with nothing in it.
@@ -188,7 +144,7 @@ TEST(PagePrefetcher, PagesComeInOrderEachFetchedOnceAndNeverBeyondTheDepth) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         FakeSite site;
-        PagePrefetcher ahead(site.Fetch(), c.depth, c.connections);
+        PagePrefetcher ahead({}, site.Fetch(), c.depth, c.connections);
         ahead.Ask(c.urls);
         for (const QString& url : c.urls) {
             QByteArray page;
@@ -221,7 +177,7 @@ TEST(PagePrefetcher, PagesComeInOrderEachFetchedOnceAndNeverBeyondTheDepth) {
 TEST(PagePrefetcher, DroppingLetsTheTransfersUnderWayEndAndKeepsNoneOfTheirPages) {
     FakeSite site;
     site.Hold();
-    PagePrefetcher ahead(site.Fetch(), 4, 2);
+    PagePrefetcher ahead({}, site.Fetch(), 4, 2);
     ahead.Ask(Addresses(4));
     ASSERT_TRUE(site.WaitForAsked(2));
     ahead.Drop();
@@ -243,7 +199,7 @@ TEST(PagePrefetcher, DroppingLetsTheTransfersUnderWayEndAndKeepsNoneOfTheirPages
 // only once promoted.
 TEST(PagePrefetcher, PagesAskedForLaterOutliveThePresentPartAndAreTakenOncePromoted) {
     FakeSite site;
-    PagePrefetcher ahead(site.Fetch(), 16, 2);
+    PagePrefetcher ahead({}, site.Fetch(), 16, 2);
     ahead.Ask({u"now1"_s, u"now2"_s});
     ahead.Ask({u"next1"_s, u"next2"_s}, true);
     ahead.AskEarly(u"next-list"_s, true);
@@ -274,7 +230,7 @@ TEST(PagePrefetcher, PagesAskedForLaterOutliveThePresentPartAndAreTakenOncePromo
 TEST(PagePrefetcher, PagesHeldAheadStayWithinTheirBytes) {
     FakeSite site;
     // Each page is 13 bytes: two held let a third start, three do not.
-    PagePrefetcher ahead(site.Fetch(), 32, 1, 30);
+    PagePrefetcher ahead({}, site.Fetch(), 32, 1, 30);
     const QStringList urls = Addresses(8);
     ahead.Ask(urls);
     ASSERT_TRUE(site.WaitForAsked(3));
@@ -290,7 +246,7 @@ TEST(PagePrefetcher, PagesHeldAheadStayWithinTheirBytes) {
 
 TEST(PagePrefetcher, TakingFollowsTheAskedOrderAndAnAddressNotAskedForIsLeftToTheCaller) {
     FakeSite site;
-    PagePrefetcher ahead(site.Fetch(), 8);
+    PagePrefetcher ahead({}, site.Fetch(), 8);
     // One item page asked for twice in a row, as two protocols of one
     // record read it.
     ahead.Ask({u"a"_s, u"b"_s, u"c"_s, u"c"_s, u"d"_s});
@@ -319,7 +275,7 @@ TEST(PagePrefetcher, TakingFollowsTheAskedOrderAndAnAddressNotAskedForIsLeftToTh
 TEST(PagePrefetcher, APageAskedForEarlyGoesBeforeThePagesAskedBeforeItAndIsToldOnceItCame) {
     FakeSite site;
     site.Hold();
-    PagePrefetcher ahead(site.Fetch(), 8, 1);
+    PagePrefetcher ahead({}, site.Fetch(), 8, 1);
     const std::thread::id taker = std::this_thread::get_id();
     QStringList told;
     bool toldHere = true;
@@ -347,62 +303,49 @@ TEST(PagePrefetcher, APageAskedForEarlyGoesBeforeThePagesAskedBeforeItAndIsToldO
     EXPECT_EQ(told.size(), 1);
 }
 
-TEST(PagePrefetcher, TheLaneRunsATransferOnAFetchingThreadBeforeThePagesWaitingToStart) {
+TEST(PagePrefetcher, TheLaneRunsATransferBeforeThePagesWaitingToStart) {
     FakeSite site;
     site.Hold();
-    PagePrefetcher ahead(site.Fetch(), 8, 1);
+    PagePrefetcher ahead({}, site.Fetch(), 8, 1);
     ahead.Ask({u"p0"_s, u"p1"_s});
     ASSERT_TRUE(site.WaitForAsked(1));
     const std::thread::id caller = std::this_thread::get_id();
-    std::thread::id performedOn;
-    qsizetype askedBefore = -1;
+    lw::core::TransferSpec spec;
+    spec.url = u"lane"_s;
     int ticks = 0;
     bool ticksHere = true;
-    ahead.Run(
-        [&](const std::atomic<bool>&, const std::function<void()>& moved) {
-            performedOn = std::this_thread::get_id();
-            askedBefore = site.Asked().size();
-            moved();
-        },
-        [&] {
-            ticksHere = ticksHere && std::this_thread::get_id() == caller;
-            if (++ticks == 1) {
-                site.Release();  // p0 ends; the connection is free
-            }
-            return true;
-        });
-    EXPECT_NE(performedOn, caller);
-    EXPECT_EQ(askedBefore, 1) << "the transfer went before p1";
+    const lw::core::NetResult result = ahead.Run(spec, [&](qint64, qint64) {
+        ticksHere = ticksHere && std::this_thread::get_id() == caller;
+        if (++ticks == 1) {
+            site.Release();  // p0 ends; the connection is free
+        }
+        return true;
+    });
+    EXPECT_TRUE(result.ok());
+    EXPECT_EQ(result.body, QByteArray("page of lane"));
+    EXPECT_EQ(site.Asked(), (QStringList{u"p0"_s, u"lane"_s})) << "the transfer went before p1";
     EXPECT_GE(ticks, 1);
     EXPECT_TRUE(ticksHere);
     QByteArray page;
     EXPECT_EQ(ahead.Take(u"p0"_s, page), FetchResult::Ok);
     EXPECT_EQ(ahead.Take(u"p1"_s, page), FetchResult::Ok);
 
-    // A tick that says no stops the transfer; a failure of the transfer comes
-    // out on the caller's thread.
-    bool sawStop = false;
-    ahead.Run(
-        [&sawStop](const std::atomic<bool>& stop, const std::function<void()>& moved) {
-            while (!stop) {
-                moved();
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }
-            sawStop = true;
-        },
-        [] { return false; });
-    EXPECT_TRUE(sawStop);
-    EXPECT_THROW(ahead.Run([](const std::atomic<bool>&,
-                              const std::function<void()>&) { throw std::runtime_error("lost"); },
-                           {}),
+    // Progress that says no stops the transfer; a failure of it comes out on
+    // the caller's thread once the transfer has ended.
+    site.Hold();
+    EXPECT_EQ(ahead.Run(spec, [](qint64, qint64) { return false; }).status,
+              lw::core::NetStatus::Cancelled);
+    EXPECT_EQ(site.Stopped(), 1);
+    EXPECT_THROW(ahead.Run(spec, [](qint64, qint64) -> bool { throw std::runtime_error("lost"); }),
                  std::runtime_error);
+    EXPECT_EQ(site.Stopped(), 2);
 }
 
 TEST(PagePrefetcher, ATakerThatGivesUpGetsCancelledAndTheTransferIsStopped) {
     FakeSite site;
     site.Hold();
     int looks = 0;
-    PagePrefetcher ahead(site.Fetch(), 2, 1, qint64{1} << 20,
+    PagePrefetcher ahead({}, site.Fetch(), 2, 1, qint64{1} << 20,
                          [&looks](lw::core::Wakeup&) { return ++looks < 3; });
     ahead.Ask(Addresses(5));
     ASSERT_TRUE(site.WaitForAsked(1));
@@ -421,7 +364,7 @@ TEST(PagePrefetcher, TheTakerSleepsThroughItsWaiterUntilThePageComes) {
     FakeSite site;
     site.Hold();
     int sleeps = 0;
-    PagePrefetcher ahead(site.Fetch(), 2, 1, qint64{1} << 20,
+    PagePrefetcher ahead({}, site.Fetch(), 2, 1, qint64{1} << 20,
                          [&sleeps, &site](lw::core::Wakeup& wakeup) {
                              if (++sleeps == 1) {
                                  site.Release();
@@ -441,7 +384,7 @@ TEST(PagePrefetcher, GoingAwayStopsAHeldTransfer) {
     FakeSite site;
     site.Hold();
     {
-        PagePrefetcher ahead(site.Fetch(), 2);
+        PagePrefetcher ahead({}, site.Fetch(), 2);
         ahead.Ask(Addresses(3));
         ASSERT_TRUE(site.WaitForAsked(1));
     }  // must not wait for the held page

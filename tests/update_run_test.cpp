@@ -22,6 +22,7 @@
 #include "core/session.h"
 #include "core/store.h"
 #include "core/text.h"
+#include "tests/support/fake_connections.h"
 #include "tests/support/test_support.h"
 #include "update/rules.h"
 #include "update/run_lists.h"
@@ -223,33 +224,36 @@ protected:
             // Every page over the run's connections, served from the same
             // maps, which are not changed while a run is under way.
             hooks.connections = m_connections;
-            hooks.fetchAhead = [this]() -> AheadFetch {
-                return [this](const QString& url, QByteArray& page, const std::atomic<bool>& stop) {
-                    {
-                        const std::lock_guard lock(m_aheadMutex);
-                        m_fetchedAhead << url;
-                    }
-                    if (url == m_holdAhead) {
-                        m_holding = true;
-                    }
-                    if (url == m_releaseOnFetch) {
-                        m_holdReleased = true;
-                    }
-                    const auto held = [&] {
-                        return (url == m_holdAhead && !m_holdReleased) ||
-                               (url == m_heldUntilHolding && !m_holding);
-                    };
-                    // Held for ten seconds at most: a run that never lets go
-                    // fails its test instead of hanging it.
-                    for (int i = 0; i < 10000 && held() && !stop; ++i) {
-                        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                    }
-                    if (stop) {
-                        m_aheadStopped = true;
-                        return FetchResult::Cancelled;
-                    }
-                    return Serve(url, page);
-                };
+            hooks.fetchAhead = [this] {
+                return AheadSetup{
+                    {},
+                    lw::test::FakeConnections([this](const QString& url, QByteArray& page,
+                                                     const std::function<bool()>& stopped) {
+                        {
+                            const std::lock_guard lock(m_aheadMutex);
+                            m_fetchedAhead << url;
+                        }
+                        if (url == m_holdAhead) {
+                            m_holding = true;
+                        }
+                        if (url == m_releaseOnFetch) {
+                            m_holdReleased = true;
+                        }
+                        const auto held = [&] {
+                            return (url == m_holdAhead && !m_holdReleased) ||
+                                   (url == m_heldUntilHolding && !m_holding);
+                        };
+                        // Held for ten seconds at most: a run that never lets go
+                        // fails its test instead of hanging it.
+                        for (int i = 0; i < 10000 && held() && !stopped(); ++i) {
+                            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                        }
+                        if (stopped()) {
+                            m_aheadStopped = true;
+                            return FetchResult::Cancelled;
+                        }
+                        return Serve(url, page);
+                    })};
             };
         }
         return hooks;

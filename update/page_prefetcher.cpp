@@ -1,23 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The page prefetcher: threads that fetch the asked addresses (lane
-// transfers first, then the page the taker needs next, then pages asked for
-// early, then the rest in order within the depth), and a taker that waits
-// for the page it needs while its own events go on.
+// The page prefetcher: the source of its connections (lane transfers first,
+// then the page the taker needs next, then pages asked for early, then the
+// rest in order within the depth), and a taker that waits for the page it
+// needs while its own events go on.
 #include "update/page_prefetcher.h"
 
-#include <pthread.h>
-#include <sched.h>
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 
 namespace lw::update {
 
 namespace {
 
-// Pages that may start before an idle thread is woken for them.
+// Pages that may start before the pool is woken for them while a connection
+// is idle.
 constexpr size_t kWakeBatch = 8;
 // Pages that have come, from the one the taker awaits on, before it is
 // woken while more are on their way right behind them: a taker woken for
@@ -27,38 +22,13 @@ constexpr size_t kWakeBatch = 8;
 // the connections never run out of pages to start while the taker sleeps.
 constexpr size_t kWakeBurst = 16;
 
-// The fetching threads work ahead of the taker, so a page that comes need
-// not take a processor from the taker (the window's thread, in the program)
-// or from the site on the same machine at once: its thread waits for its
-// turn instead of interrupting. Without this, each answer of a near site
-// interrupts the thread that writes the pages, thousands of times in an
-// update. A distant site's answers find the processors idle and are
+// How far below the taker the pool's thread runs. Its answers then wait for
+// their turn rather than interrupt the taker (the window's thread, in the
+// program) or the site on the same machine: without this, each answer of a
+// near site interrupts the thread that writes the pages, thousands of times
+// in an update. A distant site's answers find the processors idle and are
 // handled at once as before.
-//
-// For the same reason they run a few steps below the taker's priority: when
-// the processors are all busy (a near site, a busy machine), the taker, who
-// writes the pages that have come and keeps the window going, goes first,
-// so that pages never pile up behind it while the connections fetch on; the
-// fetching threads need little processor time for a page and take what the
-// taker leaves. Linux keeps a priority per thread, so only this thread's
-// changes.
 constexpr int kBelowTaker = 10;
-
-void YieldToTaker() {
-#ifdef SCHED_BATCH
-    const sched_param normal{};
-    // Refused only where the system has no such policy: the thread then
-    // fetches as it would anyway.
-    pthread_setschedparam(pthread_self(), SCHED_BATCH, &normal);
-#endif
-    const id_t self = static_cast<id_t>(gettid());
-    errno = 0;
-    const int taker = getpriority(PRIO_PROCESS, self);  // inherited from the taker's thread
-    if (errno == 0) {
-        // Lowering one's own priority is always allowed; 19 is the lowest.
-        setpriority(PRIO_PROCESS, self, std::min(taker + kBelowTaker, 19));
-    }
-}
 
 bool SleepUntilWoken(core::Wakeup& wakeup) {
     wakeup.Wait();
@@ -67,16 +37,20 @@ bool SleepUntilWoken(core::Wakeup& wakeup) {
 
 }  // namespace
 
-PagePrefetcher::PagePrefetcher(AheadFetch fetch, int depth, int connections, qint64 maxBytes,
-                               Waiter waiter)
-    : m_fetch(std::move(fetch)),
+Connect PoolConnections() {
+    return [](int connections, core::TransferRunner::Source source) {
+        return std::make_unique<core::TransferPool>(connections, std::move(source), kBelowTaker);
+    };
+}
+
+PagePrefetcher::PagePrefetcher(core::NetOptions options, const Connect& connect, int depth,
+                               int connections, qint64 maxBytes, Waiter waiter)
+    : m_options(std::move(options)),
       m_waiter(waiter ? std::move(waiter) : Waiter(SleepUntilWoken)),
       m_depth(static_cast<size_t>(std::max(depth, 1))),
-      m_maxBytes(maxBytes) {
-    for (int i = 0; i < std::max(connections, 1); ++i) {
-        Worker& worker = m_workers.emplace_back();
-        worker.thread = std::thread([this, &worker] { Work(worker); });
-    }
+      m_maxBytes(maxBytes),
+      m_connections(static_cast<size_t>(std::max(connections, 1))) {
+    m_runner = connect(static_cast<int>(m_connections), [this] { return NextJob(); });
 }
 
 PagePrefetcher::~PagePrefetcher() {
@@ -85,10 +59,8 @@ PagePrefetcher::~PagePrefetcher() {
         m_stopping = true;
         DropLocked(m_entries.size());
     }
-    m_work.notify_all();
-    for (Worker& worker : m_workers) {
-        worker.thread.join();
-    }
+    // Its thread may be in NextJob or PageDone: the lock is not held here.
+    m_runner.reset();
 }
 
 void PagePrefetcher::SetArrival(Arrival arrival) {
@@ -96,42 +68,43 @@ void PagePrefetcher::SetArrival(Arrival arrival) {
     m_arrival = std::move(arrival);
 }
 
+void PagePrefetcher::WakeForWorkLocked(size_t atLeast) {
+    if (m_running < m_connections &&
+        (!m_jobs.empty() || StartableLocked() >= std::max<size_t>(atLeast, 1))) {
+        m_runner->Wake();
+    }
+}
+
 void PagePrefetcher::Ask(const QStringList& urls, bool later) {
     if (urls.isEmpty()) {
         return;
     }
-    {
-        const std::lock_guard lock(m_mutex);
-        for (const QString& url : urls) {
-            Entry& entry = m_entries.emplace_back();
-            entry.id = ++m_nextId;
-            entry.url = url;
-            entry.later = later;
-        }
-    }
-    m_work.notify_all();
-}
-
-void PagePrefetcher::AskEarly(const QString& url, bool later) {
-    {
-        const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(m_mutex);
+    for (const QString& url : urls) {
         Entry& entry = m_entries.emplace_back();
         entry.id = ++m_nextId;
         entry.url = url;
-        entry.early = true;
         entry.later = later;
     }
-    m_work.notify_one();
+    WakeForWorkLocked();
+}
+
+void PagePrefetcher::AskEarly(const QString& url, bool later) {
+    const std::lock_guard lock(m_mutex);
+    Entry& entry = m_entries.emplace_back();
+    entry.id = ++m_nextId;
+    entry.url = url;
+    entry.early = true;
+    entry.later = later;
+    WakeForWorkLocked();
 }
 
 void PagePrefetcher::AskFirst(const QString& url) {
-    {
-        const std::lock_guard lock(m_mutex);
-        Entry& entry = m_entries.emplace_front();
-        entry.id = ++m_nextId;
-        entry.url = url;
-    }
-    m_work.notify_one();
+    const std::lock_guard lock(m_mutex);
+    Entry& entry = m_entries.emplace_front();
+    entry.id = ++m_nextId;
+    entry.url = url;
+    WakeForWorkLocked();
 }
 
 void PagePrefetcher::Drop() {
@@ -156,13 +129,18 @@ void PagePrefetcher::DropLocked(size_t end, bool stopTransfers, bool presentOnly
     const auto last = first + static_cast<std::ptrdiff_t>(end);
     const auto kept = std::stable_partition(
         first, last, [&](const Entry& entry) { return presentOnly && entry.later; });
+    bool stopped = false;
     for (auto it = kept; it != last; ++it) {
         if (stopTransfers && it->started && !it->done) {
-            it->fetcher->stop = true;
+            *it->stop = true;
+            stopped = true;
         }
         m_heldBytes -= it->page.size();
     }
     m_entries.erase(kept, last);
+    if (stopped && m_runner) {
+        m_runner->Wake();  // the transfers hear their stop at once
+    }
 }
 
 int PagePrefetcher::Waiting() const {
@@ -224,72 +202,61 @@ size_t PagePrefetcher::StartableLocked() const {
     return startable;
 }
 
-void PagePrefetcher::Work(Worker& worker) {
-    YieldToTaker();
-    std::unique_lock lock(m_mutex);
-    for (;;) {
-        Job* job = nullptr;
-        Entry* next = nullptr;
-        while (!m_stopping) {
-            if (!m_jobs.empty()) {
-                job = m_jobs.front();
-                break;
-            }
-            next = NextToStart();
-            if (next != nullptr) {
-                break;
-            }
-            ++m_idle;
-            m_work.wait(lock);
-            --m_idle;
-        }
-        if (m_stopping) {
-            return;
-        }
-        if (job != nullptr) {
-            m_jobs.pop_front();
-            job->started = true;
-            lock.unlock();
-            try {
-                (*job->perform)(job->stop, [this] { m_wakeup.Notify(); });
-            } catch (...) {
-                job->failure = std::current_exception();  // thrown again on the caller's thread
-            }
-            lock.lock();
-            job->done = true;
-            m_jobDone.notify_all();
-            m_wakeup.Notify();
-            continue;
-        }
-        next->started = true;
-        next->fetcher = &worker;
-        const quint64 id = next->id;
-        const QString url = next->url;
-        worker.stop = false;
-        // More to start: a colleague takes the next, so that a batch of
-        // pages goes over every connection.
-        if (m_idle > 0 && StartableLocked() > 0) {
-            m_work.notify_one();
-        }
-        lock.unlock();
-
-        QByteArray page;
-        FetchResult result = FetchResult::Failed;
-        try {
-            result = m_fetch(url, page, worker.stop);
-        } catch (const std::exception&) {
-            result = FetchResult::Failed;  // the taker sees a failed fetch
-        }
-
-        lock.lock();
-        if (Entry* entry = Find(id)) {
-            entry->done = true;
-            entry->result = result;
-            entry->page = std::move(page);
-            m_heldBytes += entry->page.size();
-            if (m_awaited != 0 && (entry->early || TakerHasEnoughLocked())) {
+std::optional<core::TransferRunner::Job> PagePrefetcher::NextJob() {
+    const std::lock_guard lock(m_mutex);
+    if (m_stopping) {
+        return std::nullopt;
+    }
+    core::TransferRunner::Job job;
+    if (!m_jobs.empty()) {
+        LaneJob* lane = m_jobs.front();
+        m_jobs.pop_front();
+        job.spec = *lane->spec;
+        job.progress = [this, lane](qint64 received, qint64 total) {
+            if (received != lane->received.load() || total != lane->total.load()) {
+                lane->received = received;
+                lane->total = total;
                 m_wakeup.Notify();
             }
+            return !lane->stop.load();
+        };
+        job.done = [this, lane](core::NetResult&& result) {
+            const std::lock_guard doneLock(m_mutex);
+            --m_running;
+            lane->result = std::move(result);
+            lane->done = true;
+            m_jobDone.notify_all();
+            m_wakeup.Notify();
+        };
+        ++m_running;
+        return job;
+    }
+    Entry* next = NextToStart();
+    if (next == nullptr) {
+        return std::nullopt;
+    }
+    next->started = true;
+    next->stop = std::make_shared<std::atomic<bool>>(false);
+    job.spec.url = next->url;
+    job.spec.options = m_options;
+    job.progress = [stop = next->stop](qint64, qint64) { return !stop->load(); };
+    job.done = [this, id = next->id](core::NetResult&& result) { PageDone(id, std::move(result)); };
+    ++m_running;
+    return job;
+}
+
+void PagePrefetcher::PageDone(quint64 id, core::NetResult&& result) {
+    QByteArray page;
+    const FetchResult outcome = PageOfAnswer(result, &page);
+    const std::lock_guard lock(m_mutex);
+    --m_running;
+    if (Entry* entry = Find(id)) {
+        entry->done = true;
+        entry->result = outcome;
+        entry->page = std::move(page);
+        m_heldBytes += entry->page.size();
+        if (m_awaited != 0 && (entry->early || TakerHasEnoughLocked())) {
+            m_wakeup.Notify();
         }
     }
 }
@@ -331,7 +298,7 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
         // The update did not take these as asked: they are not wanted. Those
         // asked for later are kept.
         DropLocked(static_cast<size_t>(found - m_entries.begin()), true, true);
-        m_work.notify_all();
+        WakeForWorkLocked();
     }
     for (;;) {
         TellArrivals(lock);
@@ -342,8 +309,8 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
         if (entry->done) {
             break;
         }
-        if (!entry->started && m_idle > 0) {
-            m_work.notify_one();
+        if (!entry->started) {
+            WakeForWorkLocked();
         }
         m_awaited = id;
         lock.unlock();
@@ -361,27 +328,25 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
     Entry entry = std::move(*it);
     m_entries.erase(it);
     m_heldBytes -= entry.page.size();
-    // Room in the window for one more. An idle thread is woken once a few
-    // pages can start, not for each: a wake-up costs more than a page on a
-    // near site, and the window keeps plenty on hand meanwhile.
-    const bool wake = m_idle > 0 && StartableLocked() >= kWakeBatch;
+    // Room in the window for one more. The pool is woken once a few pages
+    // can start, not for each: a wake-up costs more than a page on a near
+    // site, and the window keeps plenty on hand meanwhile.
+    WakeForWorkLocked(kWakeBatch);
     lock.unlock();
-    if (wake) {
-        m_work.notify_one();
-    }
     page = std::move(entry.page);
     return entry.result;
 }
 
-void PagePrefetcher::Run(const Perform& perform, const std::function<bool()>& tick) {
-    Job job;
-    job.perform = &perform;
+core::NetResult PagePrefetcher::Run(const core::TransferSpec& spec,
+                                    const core::NetProgress& progress) {
+    LaneJob job;
+    job.spec = &spec;
     {
         const std::lock_guard lock(m_mutex);
         m_jobs.push_back(&job);
+        m_runner->Wake();
     }
-    m_work.notify_one();
-    std::exception_ptr tickFailure;
+    std::exception_ptr progressFailure;
     // Once the transfer is told to stop, or goes on although the user has
     // cancelled, nothing is left to show: the rest of the wait is a plain one.
     bool withEvents = true;
@@ -398,13 +363,14 @@ void PagePrefetcher::Run(const Perform& perform, const std::function<bool()>& ti
         }
         bool goOn = true;
         try {
-            goOn = !tick || tick();
+            goOn = !progress || progress(job.received.load(), job.total.load());
         } catch (...) {
-            tickFailure = std::current_exception();
+            progressFailure = std::current_exception();
             goOn = false;
         }
         if (!goOn) {
             job.stop = true;
+            m_runner->Wake();
             withEvents = false;
         } else if (cancelled) {
             withEvents = false;
@@ -412,12 +378,10 @@ void PagePrefetcher::Run(const Perform& perform, const std::function<bool()>& ti
             cancelled = !m_waiter(m_wakeup);
         }
     }
-    if (job.failure) {
-        std::rethrow_exception(job.failure);
+    if (progressFailure) {
+        std::rethrow_exception(progressFailure);
     }
-    if (tickFailure) {
-        std::rethrow_exception(tickFailure);
-    }
+    return std::move(job.result);
 }
 
 }  // namespace lw::update

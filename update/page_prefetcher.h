@@ -1,22 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The connections of an update: a few threads, each with a connection of its
-// own, that fetch the pages the update asked for ahead of the moment it
-// needs them, and perform every other transfer of the update's thread (the
-// lane), so that the program never holds more connections than it was given.
-// The update takes the pages in the order it asked for them; a page it
-// wants before its turn is fetched before everything else. Pages may also be
-// asked for "later": those of the part of the update that comes after the
-// present one. They are fetched in their turn like the others, but taking a
-// page of the present part never drops them, and they are taken only once
-// promoted to the present. A list page asked
-// for early is fetched before the item pages asked for before it, and told
-// to the update as soon as it has come, so that the item pages on it can be
-// asked for at once.
+// The connections of an update: a transfer pool that fetches the pages the
+// update asked for ahead of the moment it needs them, and performs every
+// other transfer of the update's thread (the lane), so that the program never
+// holds more connections than it was given. The update takes the pages in
+// the order it asked for them; a page it wants before its turn is fetched
+// before everything else. Pages may also be asked for "later": those of the
+// part of the update that comes after the present one. They are fetched in
+// their turn like the others, but taking a page of the present part never
+// drops them, and they are taken only once promoted to the present. A list
+// page asked for early is fetched before the item pages asked for before it,
+// and told to the update as soon as it has come, so that the item pages on
+// it can be asked for at once.
 //
 // The taker waits through a waiter (the Ui's, in a real run) that costs no
-// processor time: the fetching threads wake it when there is news. The
-// fetching threads never touch the session, the Ui or the database: they
-// only run the fetch they were given, which must be safe on another thread.
+// processor time: the pool's thread wakes it when there is news. That
+// thread never touches the session, the Ui or the database: it only runs
+// the transfers it is given.
 #pragma once
 
 #include <QByteArray>
@@ -25,22 +24,37 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
-#include <exception>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
-#include <thread>
 
 #include "core/net.h"
+#include "core/transfer_pool.h"
 #include "core/wakeup.h"
 #include "update/site_session.h"
 
 namespace lw::update {
 
-// A fetch for the fetching threads: stop turns true when the transfer under
-// way is to be given up.
-using AheadFetch =
-    std::function<FetchResult(const QString& url, QByteArray& page, const std::atomic<bool>& stop)>;
+// What the pages are fetched over: made once, with the number of
+// connections and the source the prefetcher feeds them from. A real update
+// uses a TransferPool.
+using Connect = std::function<std::unique_ptr<core::TransferRunner>(
+    int connections, core::TransferRunner::Source source)>;
+
+// The pool of a real update: its thread runs a few steps below the taker's
+// priority, so that when the processors are all busy (a near site, a busy
+// machine) the taker, who writes the pages that have come and keeps the
+// window going, goes first, and pages never pile up behind it while the
+// connections fetch on; fetching needs little processor time for a page.
+Connect PoolConnections();
+
+// The connections of an update as it opens them: the options of every page's
+// GET, and what the pages are fetched over.
+struct AheadSetup {
+    core::NetOptions options;
+    Connect connect;
+};
 
 class PagePrefetcher final : public core::TransferLane {
 public:
@@ -52,13 +66,14 @@ public:
     using Arrival =
         std::function<void(const QString& url, const QByteArray& page, FetchResult result)>;
 
-    // depth: how many of the pages asked for, from the next one to be taken
-    // on, may be fetched or on their way; connections: how many threads, each
-    // with its own connection; maxBytes: no page is started while the pages
-    // fetched and not yet taken hold this many bytes or more (the next one to
-    // be taken, and a page asked for early, always may be). Without a waiter
-    // the taker simply sleeps until woken.
-    PagePrefetcher(AheadFetch fetch, int depth, int connections = 1,
+    // options: of every page's GET; depth: how many of the pages asked for,
+    // from the next one to be taken on, may be fetched or on their way;
+    // connections: how many transfers at once; maxBytes: no page is started
+    // while the pages fetched and not yet taken hold this many bytes or more
+    // (the next one to be taken, and a page asked for early, always may be).
+    // Without a waiter the taker simply sleeps until woken. Throws when the
+    // connections cannot be made.
+    PagePrefetcher(core::NetOptions options, const Connect& connect, int depth, int connections = 1,
                    qint64 maxBytes = qint64{64} * 1024 * 1024, Waiter waiter = {});
     // Stops the transfers under way and drops every page not taken.
     ~PagePrefetcher() override;
@@ -97,41 +112,45 @@ public:
     // Pages asked for and not yet taken or dropped.
     int Waiting() const;
 
-    // The lane: perform runs on the next free thread, before any page.
-    void Run(const Perform& perform, const std::function<bool()>& tick) override;
+    // The lane: the transfer starts on the next free connection, before any
+    // page.
+    core::NetResult Run(const core::TransferSpec& spec, const core::NetProgress& progress) override;
 
 private:
-    // A fetching thread, and the flag that tells its transfer to stop.
-    struct Worker {
-        std::thread thread;
-        std::atomic<bool> stop{false};
-    };
     struct Entry {
         quint64 id = 0;
         QString url;
         bool early = false;
-        bool later = false;         // asked for the part after the present one
-        bool told = false;          // an early page's arrival was told
-        Worker* fetcher = nullptr;  // set when started
+        bool later = false;  // asked for the part after the present one
+        bool told = false;   // an early page's arrival was told
         bool started = false;
         bool done = false;
+        // Set to stop its transfer under way; shared with the transfer.
+        std::shared_ptr<std::atomic<bool>> stop;
         FetchResult result = FetchResult::Failed;
         QByteArray page;
     };
     // A transfer of the lane.
-    struct Job {
-        const Perform* perform = nullptr;
+    struct LaneJob {
+        const core::TransferSpec* spec = nullptr;
         std::atomic<bool> stop{false};
-        bool started = false;
+        std::atomic<qint64> received{0};
+        std::atomic<qint64> total{0};
         bool done = false;
-        std::exception_ptr failure;
+        core::NetResult result;
     };
 
-    void Work(Worker& worker);
+    // On the pool's thread: the next transfer to start, if any.
+    std::optional<core::TransferRunner::Job> NextJob();
+    // On the pool's thread: a page's transfer ended.
+    void PageDone(quint64 id, core::NetResult&& result);
     // The entry a free thread should start, or null.
     Entry* NextToStart();
-    // How many entries a free thread could start.
+    // How many entries a free connection could start.
     size_t StartableLocked() const;
+    // Wakes the pool when a connection is free and there is enough to start
+    // on it: at least atLeast pages, or a lane transfer.
+    void WakeForWorkLocked(size_t atLeast = 1);
     // Whether the pages that came are enough to wake the taker for.
     bool TakerHasEnoughLocked() const;
     Entry* Find(quint64 id);
@@ -142,23 +161,25 @@ private:
     // while each is told.
     void TellArrivals(std::unique_lock<std::mutex>& lock);
 
-    AheadFetch m_fetch;
+    const core::NetOptions m_options;
     Waiter m_waiter;
     Arrival m_arrival;
     const size_t m_depth;
     const qint64 m_maxBytes;
     qint64 m_heldBytes = 0;  // of pages fetched and not yet taken
     mutable std::mutex m_mutex;
-    std::condition_variable m_work;     // the fetching threads: work or stop
     std::condition_variable m_jobDone;  // a lane transfer ended
     core::Wakeup m_wakeup;              // the taker: a page came, or a transfer has news
     std::deque<Entry> m_entries;
-    std::deque<Job*> m_jobs;  // waiting to start
+    std::deque<LaneJob*> m_jobs;  // waiting to start
     quint64 m_nextId = 0;
-    int m_idle = 0;         // fetching threads waiting for work
+    const size_t m_connections;
+    size_t m_running = 0;   // transfers under way
     quint64 m_awaited = 0;  // the page the taker sleeps until; 0: it is awake
     bool m_stopping = false;
-    std::deque<Worker> m_workers;
+    // Last: it goes first, and with it the thread that calls back into the
+    // rest.
+    std::unique_ptr<core::TransferRunner> m_runner;
 };
 
 }  // namespace lw::update

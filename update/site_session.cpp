@@ -307,21 +307,6 @@ core::NetOptions NetOptionsForUser(Database& db) {
 
 namespace {
 
-// A 404 answer is a page like any other; every other error status fails.
-// The body goes to page when one is given.
-FetchResult PageOf(core::NetResult& got, QByteArray* page) {
-    if (got.status == core::NetStatus::Cancelled) {
-        return FetchResult::Cancelled;
-    }
-    if (got.ok() && (got.httpCode < 400 || got.httpCode == 404)) {
-        if (page != nullptr) {
-            *page = std::move(got.body);
-        }
-        return FetchResult::Ok;
-    }
-    return FetchResult::Failed;
-}
-
 const QString kConnecting = QStringLiteral("Connecting to Server");
 const QString kDisconnected = QStringLiteral("Disconnected from Server.");
 
@@ -332,12 +317,18 @@ QString Transferring(qint64 bytes) {
 
 }  // namespace
 
-FetchResult FetchPageAhead(const core::NetOptions& options, const QString& url, QByteArray& page,
-                           const std::atomic<bool>& stop) {
-    page.clear();
-    core::NetResult got =
-        core::HttpGet(url, options, [&stop](qint64, qint64) { return !stop.load(); });
-    return PageOf(got, &page);
+// A 404 answer is a page like any other; every other error status fails.
+FetchResult PageOfAnswer(core::NetResult& got, QByteArray* page) {
+    if (got.status == core::NetStatus::Cancelled) {
+        return FetchResult::Cancelled;
+    }
+    if (got.ok() && (got.httpCode < 400 || got.httpCode == 404)) {
+        if (page != nullptr) {
+            *page = std::move(got.body);
+        }
+        return FetchResult::Ok;
+    }
+    return FetchResult::Failed;
 }
 
 void TellPageTaken(qint64 bytes) {
@@ -377,7 +368,7 @@ FetchResult Reported(const std::function<core::NetResult(const core::NetProgress
         if (httpCode) {
             *httpCode = got.httpCode;
         }
-        result = PageOf(got, page);
+        result = PageOfAnswer(got, page);
     } catch (const std::exception&) {
         result = FetchResult::Failed;
     }

@@ -9,7 +9,6 @@
 #include <QDate>
 #include <QString>
 #include <QStringList>
-#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -64,10 +63,9 @@ core::NetOptions NetOptionsForUser(core::Database& db);
 FetchResult FetchPage(const core::NetOptions& options, const QString& url, QByteArray& page,
                       long* httpCode = nullptr);
 
-// FetchPage for a thread that fetches pages ahead of the update: it neither
-// reports nor lets events run, and gives up when stop turns true.
-FetchResult FetchPageAhead(const core::NetOptions& options, const QString& url, QByteArray& page,
-                           const std::atomic<bool>& stop);
+// What a GET that FetchPage did not make itself brought, as FetchPage would
+// tell it: its page goes to page when one is given.
+FetchResult PageOfAnswer(core::NetResult& got, QByteArray* page);
 // The status words of a fetch, told when a page fetched ahead is taken.
 void TellPageTaken(qint64 bytes);
 

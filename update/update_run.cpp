@@ -95,12 +95,7 @@ UpdateHooks DefaultUpdateHooks(core::Database& db) {
     hooks.fetch = [userOptions](const QString& url, QByteArray& page) {
         return FetchPage(userOptions(), url, page);
     };
-    hooks.fetchAhead = [userOptions]() -> AheadFetch {
-        return [copy = userOptions()](const QString& url, QByteArray& page,
-                                      const std::atomic<bool>& stop) {
-            return FetchPageAhead(copy, url, page, stop);
-        };
-    };
+    hooks.fetchAhead = [userOptions] { return AheadSetup{userOptions(), PoolConnections()}; };
     // The hooks serve one run: its addresses come from the site rows and the
     // encoded password as they stand when it starts, read once.
     auto addresses = std::make_shared<RunAddresses>(db);
@@ -165,12 +160,14 @@ void UpdateRun::OpenConnections() {
     try {
         // The run waits for its pages as the front waits: its events go on
         // and its Cancel is heard, with no processor time spent meanwhile.
-        m_ahead = std::make_unique<PagePrefetcher>(m_hooks.fetchAhead(), kPagesAhead, connections,
-                                                   kBytesAhead, [](core::Wakeup& wakeup) {
-                                                       core::Ui& ui = CurrentUi();
-                                                       ui.WaitFor(wakeup);
-                                                       return !ui.CancelRequested();
-                                                   });
+        AheadSetup setup = m_hooks.fetchAhead();
+        m_ahead =
+            std::make_unique<PagePrefetcher>(std::move(setup.options), setup.connect, kPagesAhead,
+                                             connections, kBytesAhead, [](core::Wakeup& wakeup) {
+                                                 core::Ui& ui = CurrentUi();
+                                                 ui.WaitFor(wakeup);
+                                                 return !ui.CancelRequested();
+                                             });
         m_ahead->SetArrival([this](const QString& url, const QByteArray& bytes,
                                    FetchResult result) { AheadArrived(url, bytes, result); });
     } catch (const std::exception&) {

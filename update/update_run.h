@@ -39,11 +39,11 @@ struct UpdateHooks {
     std::function<bool()> checkRules;
     // FetchPage through the user's proxy.
     PageFetcher fetch;
-    // The fetch of the run's connections, made on the run's thread when the
-    // run starts: every page and post of the run then goes over them, and
-    // pages are fetched ahead of the moment they are needed. Null: each page
-    // is fetched through fetch when the run needs it.
-    std::function<AheadFetch()> fetchAhead;
+    // The run's connections, opened on the run's thread when the run
+    // starts: every page and post of the run then goes over them, and pages
+    // are fetched ahead of the moment they are needed. Null: each page is
+    // fetched through fetch when the run needs it.
+    std::function<AheadSetup()> fetchAhead;
     // How many connections the run keeps; 0: ConnectionsSetting().
     int connections = 0;
     // BuildUrl.
