@@ -32,8 +32,10 @@ using lw::core::NetProgress;
 using lw::core::NetResult;
 using lw::core::NetStatus;
 using lw::test::ClosedPort;
+using lw::test::FastOptions;
 using lw::test::LoopbackServer;
 using lw::test::ReadAll;
+using lw::test::ServeSlowly;
 using lw::test::TempRoot;
 
 namespace {
@@ -52,13 +54,6 @@ QString ClosedUrl(const char* scheme, int port) {
     return qScopeGuard([name, had, old] { had ? qputenv(name, old) : qunsetenv(name); });
 }
 
-NetOptions FastOptions() {
-    NetOptions options;
-    options.connectTimeoutMs = 2000;
-    options.totalTimeoutMs = 5000;
-    return options;
-}
-
 // Bytes of every value, NUL among them, the same on every run.
 std::string BinaryBytes(size_t size) {
     std::mt19937 generator(20240611);
@@ -68,26 +63,6 @@ std::string BinaryBytes(size_t size) {
         out[i] = static_cast<char>(byte(generator));
     }
     return out;
-}
-
-// A body sent in 1 KB chunks 20 ms apart, at most 64 of them, so that a test
-// can act in the middle of a transfer and the server still ends on its own.
-void ServeSlowly(LoopbackServer& server, const char* path) {
-    server.Routes().Get(path, [&server](const httplib::Request&, httplib::Response& res) {
-        res.set_chunked_content_provider(
-            "application/octet-stream", [&server](size_t offset, httplib::DataSink& sink) {
-                if (server.Stopping() || offset >= 64 * 1024) {
-                    sink.done();
-                    return true;
-                }
-                const std::string chunk(1024, 'x');
-                if (!sink.write(chunk.data(), chunk.size())) {
-                    return false;
-                }
-                std::this_thread::sleep_for(std::chrono::milliseconds(20));
-                return true;
-            });
-    });
 }
 
 QStringList Entries(const QString& dir) {

@@ -288,7 +288,10 @@ TEST(PagePrefetcher, APageAskedForEarlyGoesBeforeThePagesAskedBeforeItAndIsToldO
     ahead.AskEarly(u"list1"_s);
     ASSERT_TRUE(site.WaitForAsked(1));
     site.Release();
-    // The first item was under way; the early page goes next.
+    // The first item was under way; the early page goes next, before the
+    // items that wait (those the taker needs now come first: it takes none
+    // until then).
+    ASSERT_TRUE(site.WaitForAsked(2));
     QByteArray page;
     for (const QString& url : items) {
         EXPECT_EQ(ahead.Take(url, page), FetchResult::Ok);
@@ -323,7 +326,8 @@ TEST(PagePrefetcher, TheLaneRunsATransferBeforeThePagesWaitingToStart) {
     });
     EXPECT_TRUE(result.ok());
     EXPECT_EQ(result.body, QByteArray("page of lane"));
-    EXPECT_EQ(site.Asked(), (QStringList{u"p0"_s, u"lane"_s})) << "the transfer went before p1";
+    // p1 may have started since; the transfer went before it.
+    EXPECT_EQ(site.Asked().mid(0, 2), (QStringList{u"p0"_s, u"lane"_s}));
     EXPECT_GE(ticks, 1);
     EXPECT_TRUE(ticksHere);
     QByteArray page;

@@ -26,22 +26,16 @@
 #include "core/transfer_pool.h"
 #include "tests/support/loopback_server.h"
 
-using lw::core::NetOptions;
 using lw::core::NetResult;
 using lw::core::NetStatus;
 using lw::core::TransferPool;
 using lw::core::TransferRunner;
 using lw::core::TransferSpec;
+using lw::test::FastOptions;
 using lw::test::LoopbackServer;
+using lw::test::ServeSlowly;
 
 namespace {
-
-NetOptions FastOptions() {
-    NetOptions options;
-    options.connectTimeoutMs = 2000;
-    options.totalTimeoutMs = 5000;
-    return options;
-}
 
 // A source of transfers for the pool, and what became of them: results by
 // the order in which the transfers were given.
@@ -263,25 +257,10 @@ TEST(TransferPool, GivesTheResultsTheBlockingCallsGive) {
     EXPECT_EQ(strayArrivals, 0) << "a request went to a host the address did not name";
 }
 
-// A body sent in 1 KB pieces 20 ms apart, 64 of them at most: a transfer
-// that is still under way when it is stopped.
+// Slow pages: transfers still under way when they are stopped.
 TEST(TransferPool, ATransferToldToStopAndThoseUnderWayWhenThePoolGoesEndCancelled) {
     LoopbackServer server;
-    server.Routes().Get("/slow", [&server](const httplib::Request&, httplib::Response& res) {
-        res.set_chunked_content_provider(
-            "application/octet-stream", [&server](size_t offset, httplib::DataSink& sink) {
-                if (server.Stopping() || offset >= 64 * 1024) {
-                    sink.done();
-                    return true;
-                }
-                const std::string chunk(1024, 'x');
-                if (!sink.write(chunk.data(), chunk.size())) {
-                    return false;
-                }
-                std::this_thread::sleep_for(std::chrono::milliseconds(20));
-                return true;
-            });
-    });
+    ServeSlowly(server, "/slow");
     server.Start();
 
     Jobs jobs;

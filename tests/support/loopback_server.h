@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Servers and ports on 127.0.0.1 for the suites that talk to a network peer:
 // an httplib server on a free port, listening on its own thread for the life
-// of the object, and a port that nothing listens on. Nothing here reaches
+// of the object, a route that answers slowly, and a port that nothing
+// listens on. Nothing here reaches
 // beyond the loopback address.
 #pragma once
 
@@ -15,7 +16,10 @@
 #include <QString>
 #include <atomic>
 #include <chrono>
+#include <string>
 #include <thread>
+
+#include "core/net.h"
 
 namespace lw::test {
 
@@ -63,6 +67,35 @@ private:
     std::atomic<bool> m_stopping{false};
     int m_port = 0;
 };
+
+// Time-outs short enough that a test against a loopback server never waits
+// long for what will not come.
+inline core::NetOptions FastOptions() {
+    core::NetOptions options;
+    options.connectTimeoutMs = 2000;
+    options.totalTimeoutMs = 5000;
+    return options;
+}
+
+// A body sent in 1 KB chunks 20 ms apart, at most 64 of them, so that a test
+// can act in the middle of a transfer and the server still ends on its own.
+inline void ServeSlowly(LoopbackServer& server, const char* path) {
+    server.Routes().Get(path, [&server](const httplib::Request&, httplib::Response& res) {
+        res.set_chunked_content_provider(
+            "application/octet-stream", [&server](size_t offset, httplib::DataSink& sink) {
+                if (server.Stopping() || offset >= 64 * 1024) {
+                    sink.done();
+                    return true;
+                }
+                const std::string chunk(1024, 'x');
+                if (!sink.write(chunk.data(), chunk.size())) {
+                    return false;
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                return true;
+            });
+    });
+}
 
 // A loopback port that nothing listens on: bound by the kernel's choice, then
 // closed again.
