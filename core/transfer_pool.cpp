@@ -76,10 +76,8 @@ struct TransferPool::Driver {
         curl_multi_setopt(multi.get(), CURLMOPT_MAXCONNECTS, most);
     }
 
-    // Starts what the source has while a connection is free; true when it
-    // started anything.
-    bool StartMore() {
-        bool started = false;
+    // Starts what the source has while a connection is free.
+    void StartMore() {
         while (running.size() < connections) {
             std::optional<Job> job = source();
             if (!job) {
@@ -102,9 +100,7 @@ struct TransferPool::Driver {
                 continue;
             }
             running.push_back(std::move(transfer));
-            started = true;
         }
-        return started;
     }
 
     // Tells a transfer its result and keeps its handle for the next one.
@@ -136,7 +132,7 @@ struct TransferPool::Driver {
                 continue;
             }
             CURL* handle = message->easy_handle;
-            const CURLcode code = message->data.result;
+            CURLcode code = message->data.result;
             curl_multi_remove_handle(multi.get(), handle);
             moved = true;
             const auto it = std::find_if(running.begin(), running.end(), [handle](const auto& r) {
@@ -145,9 +141,11 @@ struct TransferPool::Driver {
             if (it == running.end()) {
                 continue;
             }
-            if ((*it)->request->FollowOn(code) &&
-                curl_multi_add_handle(multi.get(), handle) == CURLM_OK) {
-                continue;
+            if ((*it)->request->FollowOn(code)) {
+                if (curl_multi_add_handle(multi.get(), handle) == CURLM_OK) {
+                    continue;
+                }
+                code = CURLE_FAILED_INIT;  // the redirect could not be followed
             }
             const std::unique_ptr<Running> ended = std::move(*it);
             running.erase(it);
