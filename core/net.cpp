@@ -212,7 +212,8 @@ Request::Request(Easy handle, const TransferSpec& spec, const NetProgress& progr
         curl_easy_setopt(e, CURLOPT_POST, 1L);
         curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE,
                          static_cast<curl_off_t>(m_spec.body.size()));
-        // Not copied by curl: the spec's own copy lives as long as the request.
+        // Not copied by curl: the body is read from the caller's, which
+        // outlives the request.
         curl_easy_setopt(e, CURLOPT_POSTFIELDS, m_spec.body.constData());
     }
 }

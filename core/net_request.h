@@ -49,8 +49,9 @@ struct TransferState {
 class Request {
 public:
     // handle: a new handle or one reset after an earlier request; the
-    // request fails at once without one. progress (which may be empty) must
-    // outlive the request.
+    // request fails at once without one. spec and progress (which may be
+    // empty) must outlive the request: libcurl reads a post's body from the
+    // spec as it sends it.
     Request(Easy handle, const TransferSpec& spec, const NetProgress& progress);
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
@@ -71,7 +72,7 @@ public:
 
 private:
     Easy m_easy;
-    TransferSpec m_spec;
+    const TransferSpec& m_spec;
     TransferState m_state;
     Slist m_headers;
     int m_redirects = 0;
