@@ -68,11 +68,11 @@ QString AnswerName(core::Answer answer) {
     return {};
 }
 
-// The text with each run of digits as one "#". A status is told for every
-// page of an update: a plain pass, no pattern.
-QString FiguresFolded(const QString& text) {
-    QString key;
-    key.reserve(text.size());
+// The text with each run of digits as one "#", into key. A status is told
+// for every page of an update: a plain pass, no pattern, and the key's room
+// kept from one status to the next.
+void FoldFigures(const QString& text, QString& key) {
+    key.truncate(0);
     bool inFigure = false;
     for (const QChar c : text) {
         const bool digit = c >= u'0' && c <= u'9';
@@ -83,14 +83,19 @@ QString FiguresFolded(const QString& text) {
         }
         inFigure = digit;
     }
-    return key;
 }
 
 }  // namespace
 
-TerminalUi::TerminalUi()
-    : m_interactive(isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0),
-      m_tty(isatty(STDERR_FILENO) != 0) {
+TerminalUi::TerminalUi() : TerminalUi(Output{isatty(STDERR_FILENO) != 0, {}, {}}) {
+    m_interactive = isatty(STDIN_FILENO) != 0 && m_tty;
+}
+
+TerminalUi::TerminalUi(Output output) : m_output(std::move(output)), m_tty(m_output.tty) {
+    if (!m_output.now) {
+        m_output.now = [] { return Clock::now(); };
+    }
+    m_drawn = m_output.now() - kRedrawEvery;
     g_cancel = false;
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0) {
@@ -115,11 +120,43 @@ TerminalUi::~TerminalUi() {
     }
 }
 
+void TerminalUi::Write(const QString& text) const {
+    if (m_output.write) {
+        m_output.write(text);
+    } else {
+        Err(text);
+    }
+}
+
 void TerminalUi::EndLine() {
+    CatchUp(false);  // the line that stays shows where the work ended
     if (m_lineShown) {
-        Err(QStringLiteral("\n"));
+        Write(QStringLiteral("\n"));
         m_lineShown = false;
     }
+}
+
+void TerminalUi::Show() {
+    if (m_output.now() - m_drawn >= kRedrawEvery) {
+        Redraw();
+    } else {
+        m_behind = true;
+    }
+}
+
+void TerminalUi::CatchUp(bool whenDue) {
+    if (m_behind && (!whenDue || UntilDue().count() == 0)) {
+        Redraw();
+    }
+}
+
+std::chrono::milliseconds TerminalUi::UntilDue() const {
+    if (!m_behind) {
+        return std::chrono::milliseconds(0);
+    }
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(m_drawn + kRedrawEvery - m_output.now());
+    return std::max(left, std::chrono::milliseconds(0));
 }
 
 void TerminalUi::Redraw() {
@@ -136,14 +173,16 @@ void TerminalUi::Redraw() {
         line.truncate(width);
     }
     // Carriage return, the line, and a clear to its end.
-    Err(QStringLiteral("\r") + line + QStringLiteral("\x1b[K"));
+    Write(QStringLiteral("\r") + line + QStringLiteral("\x1b[K"));
     m_lineShown = true;
+    m_behind = false;
+    m_drawn = m_output.now();
 }
 
 void TerminalUi::Message(const QString& text, const QString& title, core::Icon) {
     EndLine();
-    Err(title.isEmpty() ? QString(text + u'\n')
-                        : QString(title + QStringLiteral(": ") + text + u'\n'));
+    Write(title.isEmpty() ? QString(text + u'\n')
+                          : QString(title + QStringLiteral(": ") + text + u'\n'));
     if (m_tty && (m_percent >= 0 || !m_status.isEmpty())) {
         Redraw();
     }
@@ -152,16 +191,17 @@ void TerminalUi::Message(const QString& text, const QString& title, core::Icon) 
 core::Answer TerminalUi::Ask(const QString& text, const QString& title, core::Buttons buttons,
                              core::Answer defaultAnswer) {
     EndLine();
-    Err(title + QStringLiteral(": ") + text + u'\n');
+    Write(title + QStringLiteral(": ") + text + u'\n');
     if (!m_interactive) {
-        Err(QStringLiteral("(no terminal to ask: answering %1)\n").arg(AnswerName(defaultAnswer)));
+        Write(
+            QStringLiteral("(no terminal to ask: answering %1)\n").arg(AnswerName(defaultAnswer)));
         return defaultAnswer;
     }
     const bool yesNo = buttons == core::Buttons::YesNo || buttons == core::Buttons::YesNoCancel;
-    Err(yesNo ? QStringLiteral("[y]es / [n]o%1? ")
-                    .arg(buttons == core::Buttons::YesNoCancel ? QStringLiteral(" / [c]ancel")
-                                                               : QString())
-              : QStringLiteral("[o]k / [c]ancel? "));
+    Write(yesNo ? QStringLiteral("[y]es / [n]o%1? ")
+                      .arg(buttons == core::Buttons::YesNoCancel ? QStringLiteral(" / [c]ancel")
+                                                                 : QString())
+                : QStringLiteral("[o]k / [c]ancel? "));
     QTextStream in(stdin);
     const QString line = in.readLine().trimmed().toLower();
     if (line.isEmpty()) {
@@ -184,9 +224,9 @@ core::Answer TerminalUi::Ask(const QString& text, const QString& title, core::Bu
 std::optional<QString> TerminalUi::Prompt(const QString& text, const QString& title,
                                           const QString& initial) {
     EndLine();
-    Err(title + QStringLiteral(": ") + text + u'\n');
+    Write(title + QStringLiteral(": ") + text + u'\n');
     if (!m_interactive) {
-        Err(QStringLiteral("(no terminal to ask: taking \"%1\")\n").arg(initial));
+        Write(QStringLiteral("(no terminal to ask: taking \"%1\")\n").arg(initial));
         return initial;
     }
     QTextStream in(stdin);
@@ -209,13 +249,13 @@ void TerminalUi::Status(const QString& text) {
     }
     m_status = text;
     if (m_tty) {
-        Redraw();
+        Show();
     } else {
         // "Transferring Page: 2198 bytes" and "...: 2201 bytes" are one line.
-        const QString key = FiguresFolded(text);
-        if (!m_written.contains(key)) {
-            m_written.insert(key);
-            Err(text + u'\n');
+        FoldFigures(text, m_folded);
+        if (!m_written.contains(m_folded)) {
+            m_written.insert(m_folded);
+            Write(text + u'\n');
         }
     }
 }
@@ -233,19 +273,29 @@ void TerminalUi::Progress(qint64 value, qint64 maximum) {
     if (m_tty) {
         Redraw();
     } else {
-        Err(QStringLiteral("Progress: %1%\n").arg(percent));
+        Write(QStringLiteral("Progress: %1%\n").arg(percent));
     }
 }
 
-void TerminalUi::PumpEvents() {}
+void TerminalUi::PumpEvents() {
+    CatchUp(true);
+}
 
 void TerminalUi::WaitFor(core::Wakeup& wakeup) {
     if (g_cancel.load()) {
         return;
     }
-    // A Ctrl-C after the look above still finds its byte in the pipe.
+    // A Ctrl-C after the look above still finds its byte in the pipe. A
+    // status behind is drawn when its interval is up, the wait going on.
     pollfd watch[2] = {{wakeup.Descriptor(), POLLIN, 0}, {g_interruptRead, POLLIN, 0}};
-    while (poll(watch, 2, -1) < 0 && errno == EINTR && !g_cancel.load()) {
+    for (;;) {
+        const auto due = UntilDue();
+        const int got = poll(watch, 2, m_behind ? static_cast<int>(due.count()) : -1);
+        if (got == 0) {
+            CatchUp(false);  // its interval is up
+        } else if (got > 0 || errno != EINTR || g_cancel.load()) {
+            break;
+        }
     }
     wakeup.Clear();
     char drained[16];

@@ -7,12 +7,18 @@
 // of its own, and so is each status not yet written at that percentage
 // (statuses that differ only in their figures count as one), so that the
 // log of a run of thousands of pages stays readable; an empty status ends
-// the redrawn line. It
-// never writes to standard output, which belongs to the command's results.
+// the redrawn line. The redrawn line follows the statuses at most
+// kRedrawEvery apart: an update tells three for each of thousands of pages,
+// and a terminal that drew each would cost the run more than its pages. A
+// status not yet drawn is drawn when the interval is up, before the line
+// ends, and while the work waits. It never writes to standard output, which
+// belongs to the command's results.
 #pragma once
 
 #include <QSet>
 #include <QString>
+#include <chrono>
+#include <functional>
 
 #include "core/ui_port.h"
 
@@ -20,7 +26,19 @@ namespace lw::app {
 
 class TerminalUi final : public core::Ui {
 public:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::milliseconds kRedrawEvery{50};
+
+    // Where the port writes and how it tells time: by default standard
+    // error, which it asks whether it is a terminal, and the steady clock.
+    struct Output {
+        bool tty = false;
+        std::function<void(const QString&)> write;
+        std::function<Clock::time_point()> now;
+    };
+
     TerminalUi();
+    explicit TerminalUi(Output output);
     ~TerminalUi() override;
 
     void Message(const QString& text, const QString& title, core::Icon icon) override;
@@ -39,13 +57,25 @@ private:
     // Ends the redrawn line so that the next text starts on a line of its own.
     void EndLine();
     void Redraw();
+    // The redrawn line after a change of status: now, or once the interval
+    // since the last drawing is up.
+    void Show();
+    // Draws a status still behind when its interval is up, or at once.
+    void CatchUp(bool whenDue);
+    // How long until a status behind may be drawn; zero when none is behind.
+    std::chrono::milliseconds UntilDue() const;
+    void Write(const QString& text) const;
 
+    Output m_output;
     bool m_interactive = false;  // questions can be asked
     bool m_tty = false;          // standard error is a terminal
     bool m_lineShown = false;    // the redrawn line stands unfinished
+    bool m_behind = false;       // the redrawn line shows an older status than m_status
+    Clock::time_point m_drawn;   // when the line was last drawn
     QString m_status;
     int m_percent = -1;       // -1: no progress shown yet
     QSet<QString> m_written;  // statuses written as lines at this percentage, figures folded
+    QString m_folded;         // the status being looked up in m_written
 };
 
 }  // namespace lw::app
