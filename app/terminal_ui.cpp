@@ -88,10 +88,10 @@ void FoldFigures(const QString& text, QString& key) {
 }  // namespace
 
 TerminalUi::TerminalUi() : TerminalUi(Output{isatty(STDERR_FILENO) != 0, {}, {}}) {
-    m_interactive = isatty(STDIN_FILENO) != 0 && m_tty;
+    m_interactive = isatty(STDIN_FILENO) != 0 && m_output.tty;
 }
 
-TerminalUi::TerminalUi(Output output) : m_output(std::move(output)), m_tty(m_output.tty) {
+TerminalUi::TerminalUi(Output output) : m_output(std::move(output)) {
     if (!m_output.now) {
         m_output.now = [] { return Clock::now(); };
     }
@@ -136,14 +136,6 @@ void TerminalUi::EndLine() {
     }
 }
 
-void TerminalUi::Show() {
-    if (m_output.now() - m_drawn >= kRedrawEvery) {
-        Redraw();
-    } else {
-        m_behind = true;
-    }
-}
-
 void TerminalUi::CatchUp(bool whenDue) {
     if (m_behind && (!whenDue || UntilDue().count() == 0)) {
         Redraw();
@@ -183,7 +175,7 @@ void TerminalUi::Message(const QString& text, const QString& title, core::Icon) 
     EndLine();
     Write(title.isEmpty() ? QString(text + u'\n')
                           : QString(title + QStringLiteral(": ") + text + u'\n'));
-    if (m_tty && (m_percent >= 0 || !m_status.isEmpty())) {
+    if (m_output.tty && (m_percent >= 0 || !m_status.isEmpty())) {
         Redraw();
     }
 }
@@ -248,8 +240,10 @@ void TerminalUi::Status(const QString& text) {
         return;
     }
     m_status = text;
-    if (m_tty) {
-        Show();
+    if (m_output.tty) {
+        // Drawn now when the interval is up, else later (CatchUp).
+        m_behind = true;
+        CatchUp(true);
     } else {
         // "Transferring Page: 2198 bytes" and "...: 2201 bytes" are one line.
         FoldFigures(text, m_folded);
@@ -270,7 +264,7 @@ void TerminalUi::Progress(qint64 value, qint64 maximum) {
     }
     m_percent = percent;
     m_written.clear();
-    if (m_tty) {
+    if (m_output.tty) {
         Redraw();
     } else {
         Write(QStringLiteral("Progress: %1%\n").arg(percent));

@@ -57,9 +57,6 @@ private:
     // Ends the redrawn line so that the next text starts on a line of its own.
     void EndLine();
     void Redraw();
-    // The redrawn line after a change of status: now, or once the interval
-    // since the last drawing is up.
-    void Show();
     // Draws a status still behind when its interval is up, or at once.
     void CatchUp(bool whenDue);
     // How long until a status behind may be drawn; zero when none is behind.
@@ -68,7 +65,6 @@ private:
 
     Output m_output;
     bool m_interactive = false;  // questions can be asked
-    bool m_tty = false;          // standard error is a terminal
     bool m_lineShown = false;    // the redrawn line stands unfinished
     bool m_behind = false;       // the redrawn line shows an older status than m_status
     Clock::time_point m_drawn;   // when the line was last drawn
