@@ -7,7 +7,8 @@
 // transfers start before any page waiting, with their news told on the
 // caller's thread; a taker that gives up gets Cancelled and the transfer
 // under way is told to stop; pages asked for later are kept apart until
-// promoted.
+// promoted; a taker asleep is told a page asked for early once nothing else
+// is left to start.
 #include <gtest/gtest.h>
 
 #include <QByteArray>
@@ -46,7 +47,7 @@ public:
                 m_started.notify_all();
                 m_maxAhead = std::max(m_maxAhead, m_asked.size() - m_taken);
                 bool stop = false;
-                while (m_holding && !(stop = stopped())) {
+                while ((m_holding || m_heldUrls.contains(url)) && !(stop = stopped())) {
                     m_release.wait_for(lock, std::chrono::milliseconds(2));
                 }
                 if (stop) {
@@ -74,6 +75,18 @@ public:
         {
             const std::lock_guard lock(m_mutex);
             m_holding = false;
+        }
+        m_release.notify_all();
+    }
+    // Holds one address until it is let go, whatever Hold says.
+    void HoldUrl(const QString& url) {
+        const std::lock_guard lock(m_mutex);
+        m_heldUrls << url;
+    }
+    void ReleaseUrl(const QString& url) {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_heldUrls.removeAll(url);
         }
         m_release.notify_all();
     }
@@ -110,6 +123,7 @@ private:
     std::condition_variable m_started;
     std::condition_variable m_release;
     QStringList m_asked;
+    QStringList m_heldUrls;
     qsizetype m_taken = 0;
     qsizetype m_maxAhead = 0;
     bool m_holding = false;
@@ -304,6 +318,43 @@ TEST(PagePrefetcher, APageAskedForEarlyGoesBeforeThePagesAskedBeforeItAndIsToldO
     EXPECT_EQ(ahead.Take(u"list1"_s, page), FetchResult::Ok);
     EXPECT_EQ(page, QByteArray("page of list1"));
     EXPECT_EQ(told.size(), 1);
+}
+
+// The taker sleeps for a page that does not come; a page asked for early
+// comes meanwhile and nothing else is left to start: the taker is woken to
+// be told it, as the pages it brings are what the connections wait for.
+TEST(PagePrefetcher, ASleepingTakerIsToldAnEarlyPageOnceNothingElseIsLeftToStart) {
+    FakeSite site;
+    site.HoldUrl(u"held"_s);
+    std::atomic<bool> toldWhileHeld = false;
+    std::atomic<bool> late = false;  // the watchdog let the held page go
+    PagePrefetcher ahead({}, site.Fetch(), 8, 2, qint64{1} << 20, [](lw::core::Wakeup& wakeup) {
+        wakeup.Wait();
+        return true;
+    });
+    ahead.SetArrival([&](const QString& url, const QByteArray&, FetchResult) {
+        if (url == u"list"_s) {
+            toldWhileHeld = !late;
+            site.ReleaseUrl(u"held"_s);
+        }
+    });
+    ahead.Ask({u"held"_s});
+    ahead.AskEarly(u"list"_s);
+    // Should the taker never be told, the held page comes after all, late.
+    std::atomic<bool> done = false;
+    std::thread watchdog([&] {
+        for (int i = 0; i < 1000 && !done; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        late = !done;
+        site.ReleaseUrl(u"held"_s);
+    });
+    QByteArray page;
+    EXPECT_EQ(ahead.Take(u"held"_s, page), FetchResult::Ok);
+    done = true;
+    watchdog.join();
+    EXPECT_TRUE(toldWhileHeld);
+    EXPECT_EQ(page, QByteArray("page of held"));
 }
 
 TEST(PagePrefetcher, TheLaneRunsATransferBeforeThePagesWaitingToStart) {

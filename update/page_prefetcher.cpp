@@ -17,10 +17,14 @@ constexpr size_t kWakeBatch = 8;
 // Pages that have come, from the one the taker awaits on, before it is
 // woken while more are on their way right behind them: a taker woken for
 // each page of a distant site would spend more on waking (its caches gone
-// cold meanwhile) than on the page, while a few at a time cost no time,
-// the connections fetching on meanwhile. At most half the depth, so that
-// the connections never run out of pages to start while the taker sleeps.
-constexpr size_t kWakeBurst = 16;
+// cold meanwhile) than on the page, while a batch costs no time, the
+// connections fetching on meanwhile. At most half the depth, so that the
+// connections never run out of pages to start while the taker sleeps.
+constexpr size_t kWakeBurst = 64;
+// The longest the taker sleeps once the page it awaits has come, while more
+// keep coming behind it: what the window shows of the pages never stands
+// still longer than this, however slowly a site answers.
+constexpr std::chrono::milliseconds kWakeWithin{250};
 
 // How far below the taker the pool's thread runs. Its answers then wait for
 // their turn rather than interrupt the taker (the window's thread, in the
@@ -91,10 +95,12 @@ void PagePrefetcher::Ask(const QStringList& urls, bool later) {
 
 void PagePrefetcher::AskEarly(const QString& url, bool later) {
     const std::lock_guard lock(m_mutex);
+    const quint64 next = m_entries.empty() ? 0 : m_entries.front().id;
     Entry& entry = m_entries.emplace_back();
     entry.id = ++m_nextId;
     entry.url = url;
     entry.early = true;
+    entry.behind = next;
     entry.later = later;
     WakeForWorkLocked();
 }
@@ -104,6 +110,7 @@ void PagePrefetcher::AskFirst(const QString& url) {
     Entry& entry = m_entries.emplace_front();
     entry.id = ++m_nextId;
     entry.url = url;
+    entry.first = true;
     WakeForWorkLocked();
 }
 
@@ -135,11 +142,18 @@ void PagePrefetcher::DropLocked(size_t end, bool stopTransfers, bool presentOnly
             *it->stop = true;
             stopped = true;
         }
-        m_heldBytes -= it->page.size();
+        ForgetLocked(*it);
     }
     m_entries.erase(kept, last);
     if (stopped && m_runner) {
         m_runner->Wake();  // the transfers hear their stop at once
+    }
+}
+
+void PagePrefetcher::ForgetLocked(const Entry& entry) {
+    m_heldBytes -= entry.page.size();
+    if (entry.early && entry.done && !entry.told) {
+        --m_untold;
     }
 }
 
@@ -157,6 +171,12 @@ PagePrefetcher::Entry* PagePrefetcher::Find(quint64 id) {
 bool PagePrefetcher::TakerHasEnoughLocked() const {
     auto it = std::find_if(m_entries.begin(), m_entries.end(),
                            [this](const Entry& entry) { return entry.id == m_awaited; });
+    if (it == m_entries.end() || !it->done) {
+        return false;
+    }
+    if (std::chrono::steady_clock::now() - it->doneAt >= kWakeWithin) {
+        return true;
+    }
     size_t ready = 0;
     for (; it != m_entries.end() && it->done; ++it) {
         if (++ready >= std::min(kWakeBurst, m_depth / 2)) {
@@ -165,25 +185,34 @@ bool PagePrefetcher::TakerHasEnoughLocked() const {
     }
     // The page after those that came is not on its way (nothing after it is
     // either): no reason to wait longer. One on its way comes soon.
-    return ready > 0 && (it == m_entries.end() || !it->started);
+    return it == m_entries.end() || !it->started;
+}
+
+bool PagePrefetcher::ArrivalNeededLocked() const {
+    return m_untold > 0 && StartableLocked() < m_connections;
 }
 
 PagePrefetcher::Entry* PagePrefetcher::NextToStart() {
     if (m_entries.empty()) {
         return nullptr;
     }
-    // The taker may be waiting for the first.
-    if (!m_entries.front().started) {
+    // The taker needs it now.
+    const Entry& front = m_entries.front();
+    if (!front.started && front.first) {
         return &m_entries.front();
     }
+    // A page asked for early goes before those asked before it, but the one
+    // that was next to be taken then.
     for (Entry& entry : m_entries) {
-        if (entry.early && !entry.started) {
+        if (entry.early && !entry.started &&
+            (front.started || &entry == &front || entry.behind < front.id)) {
             return &entry;
         }
     }
+    // The next one to be taken always may start.
     const size_t window = std::min(m_entries.size(), m_depth);
-    for (size_t i = 1; i < window; ++i) {
-        if (!m_entries[i].started && m_heldBytes < m_maxBytes) {
+    for (size_t i = 0; i < window; ++i) {
+        if (!m_entries[i].started && (i == 0 || m_heldBytes < m_maxBytes)) {
             return &m_entries[i];
         }
     }
@@ -252,12 +281,16 @@ void PagePrefetcher::PageDone(quint64 id, core::NetResult&& result) {
     --m_running;
     if (Entry* entry = Find(id)) {
         entry->done = true;
+        entry->doneAt = std::chrono::steady_clock::now();
         entry->result = outcome;
         entry->page = std::move(page);
         m_heldBytes += entry->page.size();
-        if (m_awaited != 0 && (entry->early || TakerHasEnoughLocked())) {
-            m_wakeup.Notify();
+        if (entry->early) {
+            ++m_untold;
         }
+    }
+    if (m_awaited != 0 && (TakerHasEnoughLocked() || ArrivalNeededLocked())) {
+        m_wakeup.Notify();
     }
 }
 
@@ -270,6 +303,7 @@ void PagePrefetcher::TellArrivals(std::unique_lock<std::mutex>& lock) {
             return;
         }
         it->told = true;
+        --m_untold;
         const QString url = it->url;
         const QByteArray page = it->page;  // shared, not copied
         const FetchResult result = it->result;
@@ -325,9 +359,9 @@ std::optional<FetchResult> PagePrefetcher::Take(const QString& url, QByteArray& 
     }
     const auto it = std::find_if(m_entries.begin(), m_entries.end(),
                                  [id](const Entry& entry) { return entry.id == id; });
+    ForgetLocked(*it);
     Entry entry = std::move(*it);
     m_entries.erase(it);
-    m_heldBytes -= entry.page.size();
     // Room in the window for one more. The pool is woken once a few pages
     // can start, not for each: a wake-up costs more than a page on a near
     // site, and the window keeps plenty on hand meanwhile.

@@ -9,8 +9,9 @@
 // their turn like the others, but taking a page of the present part never
 // drops them, and they are taken only once promoted to the present. A list
 // page asked for early is fetched before the item pages asked for before it,
-// and told to the update as soon as it has come, so that the item pages on
-// it can be asked for at once.
+// and told to the update once it has come, so that the item pages on it can
+// be asked for: when the update next takes a page, or at once, waking it,
+// when the connections are about to run out of pages to start.
 //
 // The taker waits through a waiter (the Ui's, in a real run) that costs no
 // processor time: the pool's thread wakes it when there is news. That
@@ -22,6 +23,7 @@
 #include <QString>
 #include <QStringList>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -121,10 +123,13 @@ private:
         quint64 id = 0;
         QString url;
         bool early = false;
+        bool first = false;  // asked for before everything: the taker needs it now
+        quint64 behind = 0;  // an early page: the next one to be taken when it was asked
         bool later = false;  // asked for the part after the present one
         bool told = false;   // an early page's arrival was told
         bool started = false;
         bool done = false;
+        std::chrono::steady_clock::time_point doneAt;  // when it came
         // Set to stop its transfer under way; shared with the transfer.
         std::shared_ptr<std::atomic<bool>> stop;
         FetchResult result = FetchResult::Failed;
@@ -153,7 +158,13 @@ private:
     void WakeForWorkLocked(size_t atLeast = 1);
     // Whether the pages that came are enough to wake the taker for.
     bool TakerHasEnoughLocked() const;
+    // Whether a page asked for early came and is still to be told while the
+    // connections are about to run out of pages to start: the taker is woken
+    // to tell it, so that the pages it brings keep them busy.
+    bool ArrivalNeededLocked() const;
     Entry* Find(quint64 id);
+    // What an entry held goes from the counts as it leaves the queue.
+    void ForgetLocked(const Entry& entry);
     // Drops entries [0, end) of the queue (those of the present part only,
     // when told so), and stops their transfers under way when told to.
     void DropLocked(size_t end, bool stopTransfers = true, bool presentOnly = false);
@@ -167,6 +178,7 @@ private:
     const size_t m_depth;
     const qint64 m_maxBytes;
     qint64 m_heldBytes = 0;  // of pages fetched and not yet taken
+    size_t m_untold = 0;     // pages asked for early that came and are not yet told
     mutable std::mutex m_mutex;
     std::condition_variable m_jobDone;  // a lane transfer ended
     core::Wakeup m_wakeup;              // the taker: a page came, or a transfer has news
