@@ -72,17 +72,19 @@ QString AnswerName(core::Answer answer) {
 // for every page of an update: a plain pass, no pattern, and the key's room
 // kept from one status to the next.
 void FoldFigures(const QString& text, QString& key) {
-    key.truncate(0);
+    key.resize(text.size());
+    QChar* out = key.data();
     bool inFigure = false;
     for (const QChar c : text) {
         const bool digit = c >= u'0' && c <= u'9';
         if (!digit) {
-            key += c;
+            *out++ = c;
         } else if (!inFigure) {
-            key += u'#';
+            *out++ = u'#';
         }
         inFigure = digit;
     }
+    key.truncate(out - key.constData());
 }
 
 }  // namespace
@@ -247,8 +249,8 @@ void TerminalUi::Status(const QString& text) {
     } else {
         // "Transferring Page: 2198 bytes" and "...: 2201 bytes" are one line.
         FoldFigures(text, m_folded);
-        if (!m_written.contains(m_folded)) {
-            m_written.insert(m_folded);
+        if (std::find(m_written.begin(), m_written.end(), m_folded) == m_written.end()) {
+            m_written.push_back(m_folded);
             Write(text + u'\n');
         }
     }

@@ -15,10 +15,10 @@
 // belongs to the command's results.
 #pragma once
 
-#include <QSet>
 #include <QString>
 #include <chrono>
 #include <functional>
+#include <vector>
 
 #include "core/ui_port.h"
 
@@ -69,9 +69,11 @@ private:
     bool m_behind = false;       // the redrawn line shows an older status than m_status
     Clock::time_point m_drawn;   // when the line was last drawn
     QString m_status;
-    int m_percent = -1;       // -1: no progress shown yet
-    QSet<QString> m_written;  // statuses written as lines at this percentage, figures folded
-    QString m_folded;         // the status being looked up in m_written
+    int m_percent = -1;  // -1: no progress shown yet
+    // Statuses written as lines at this percentage, figures folded: a few
+    // lines, each told over and over.
+    std::vector<QString> m_written;
+    QString m_folded;  // the status being looked up in m_written
 };
 
 }  // namespace lw::app

@@ -36,11 +36,12 @@ char LowerAscii(char c) {
     return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-QByteArray LowerAscii(QByteArray bytes) {
-    for (char& c : bytes) {
-        c = LowerAscii(c);
-    }
-    return bytes;
+// Written straight into a buffer of its own: lowering the page's own bytes
+// would copy them first, as they are shared with the caller.
+QByteArray LowerAscii(QByteArrayView bytes) {
+    QByteArray lower(bytes.size(), Qt::Uninitialized);
+    std::transform(bytes.begin(), bytes.end(), lower.begin(), [](char c) { return LowerAscii(c); });
+    return lower;
 }
 
 bool IsAscii(const QString& text) {
@@ -557,8 +558,16 @@ void AncillaryRunner::KeepUnreadPage() {
 void AncillaryRunner::Run(const ItemRule& item, ScanLists& lists, const ScanHooks& scanHooks) {
     const QString keptStatus = m_view.StatusCaption();
     lists.ancillaryItems.clear();
-    const ProtocolRecord protocol = m_hooks.load ? m_hooks.load(item.ancillaryProtocol)
-                                                 : LoadAncillaryProtocol(item.ancillaryProtocol);
+    // Read once per run: a thousand records call on the same few.
+    auto known = m_protocols.find(item.ancillaryProtocol);
+    if (known == m_protocols.end()) {
+        known = m_protocols
+                    .emplace(item.ancillaryProtocol,
+                             m_hooks.load ? m_hooks.load(item.ancillaryProtocol)
+                                          : LoadAncillaryProtocol(item.ancillaryProtocol))
+                    .first;
+    }
+    const ProtocolRecord& protocol = known->second;
     try {
         RunSteps(protocol, lists, scanHooks);
     } catch (const QueryError& e) {

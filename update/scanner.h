@@ -259,10 +259,11 @@ private:
     UpdateView& m_view;
     AncillaryHooks m_hooks;
     QString m_keptPageFile;
-    QByteArray m_unreadPage;                    // the last page whose record could not be read
-    bool m_unreadDue = false;                   // the kept file does not hold m_unreadPage yet
-    PageText m_page;                            // txtAncillary
-    std::map<QString, PageScanner> m_scanners;  // by ancillary protocol
+    QByteArray m_unreadPage;                        // the last page whose record could not be read
+    bool m_unreadDue = false;                       // the kept file does not hold m_unreadPage yet
+    PageText m_page;                                // txtAncillary
+    std::map<QString, PageScanner> m_scanners;      // by ancillary protocol
+    std::map<QString, ProtocolRecord> m_protocols;  // by the name items call them by
 };
 
 }  // namespace lw::update
