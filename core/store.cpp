@@ -5,7 +5,9 @@
 // the tables expects.
 #include "core/store.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 #include <QFile>
 
 #include "core/sql_functions.h"
@@ -360,6 +362,27 @@ BatchedCommits::BatchedCommits(Database& db, std::chrono::milliseconds every, Cl
 
 BatchedCommits::~BatchedCommits() {
     Commit();
+    if (m_log >= 0) {
+        close(m_log);
+    }
+}
+
+void BatchedCommits::StartWriteback() {
+#ifdef __linux__
+    if (m_log == kLogNotOpened) {
+        m_log = kLogNone;
+        sqlite3* handle = m_db.Handle();
+        const char* name = handle ? sqlite3_db_filename(handle, "main") : nullptr;
+        // Only a store in WAL mode has a log to write: in any other mode
+        // each commit has flushed already.
+        if (name != nullptr && *name != '\0' && WalMode(m_db)) {
+            m_log = open(sqlite3_filename_wal(name), O_RDONLY | O_CLOEXEC);
+        }
+    }
+    if (m_log >= 0) {
+        sync_file_range(m_log, 0, 0, SYNC_FILE_RANGE_WRITE);
+    }
+#endif
 }
 
 void BatchedCommits::Begin() {
@@ -384,6 +407,9 @@ int BatchedCommits::Commit() {
         code = e.Code() != 0 ? e.Code() : SQLITE_ERROR;
     }
     m_open.reset();  // rolls back what a failed commit left
+    if (code == 0) {
+        StartWriteback();
+    }
     return code;
 }
 

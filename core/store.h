@@ -159,7 +159,10 @@ private:
 // index pages again and again. Begin opens a transaction when none is open;
 // CommitIfDue commits it once `every` has passed since it began, Commit at
 // once. Each commit leaves the file whole, and a crash loses at most the
-// steps of the last batch. The destructor commits what is still open.
+// steps of the last batch. The destructor commits what is still open. Where
+// commits do not wait for the disk (CommitsWithoutFlush), each one sets the
+// log's writes going to it, so that the flush at the end of the work finds
+// little left to wait for.
 class BatchedCommits {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
@@ -176,7 +179,14 @@ public:
     int Commit();
 
 private:
+    // Sets the writes of the log going to the disk without waiting for them.
+    void StartWriteback();
+
+    static constexpr int kLogNotOpened = -2;
+    static constexpr int kLogNone = -1;
+
     Database& m_db;
+    int m_log = kLogNotOpened;  // the log, to start its writes; kLogNone: none
     const std::chrono::milliseconds m_every;
     Clock m_clock;
     std::optional<Transaction> m_open;

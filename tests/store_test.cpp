@@ -3,6 +3,7 @@
 // clear failures on files that are not databases.
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <functional>
@@ -297,6 +298,41 @@ TEST(StoreTransactions, BatchedCommitsCommitOnceDueAndWhenAsked) {
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Items")), 6);
     EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Children")), 0);
     db.Exec(QStringLiteral("BEGIN; COMMIT"));  // no transaction was left open
+}
+
+// Commits set the log's writes going for the disk through a handle of their
+// own: one for all the batches, let go with them, and none for a store
+// without a log.
+TEST(StoreTransactions, BatchedCommitsHoldOneHandleOnTheLogAndLetItGo) {
+    const auto handlesOn = [](const QString& file) {
+        int count = 0;
+        for (const QFileInfo& entry : QDir(QStringLiteral("/proc/self/fd")).entryInfoList()) {
+            count += entry.symLinkTarget() == file ? 1 : 0;
+        }
+        return count;
+    };
+    for (const bool logged : {true, false}) {
+        SCOPED_TRACE(logged ? "WAL" : "rollback journal");
+        lw::test::TempRoot root;
+        const QString path = root.File(QStringLiteral("batch.db"));
+        Database db = LoggedWithItems(path);
+        if (!logged) {
+            db.Exec(QStringLiteral("PRAGMA journal_mode = DELETE"));
+        }
+        const QString log = QFileInfo(path).canonicalFilePath() + QStringLiteral("-wal");
+        const int before = handlesOn(log);
+        {
+            lw::core::BatchedCommits commits(db, std::chrono::milliseconds(0));
+            for (int i = 1; i <= 3; ++i) {
+                commits.Begin();
+                Insert(db, i, QVariant());
+                EXPECT_EQ(commits.Commit(), 0);
+            }
+            EXPECT_EQ(handlesOn(log), before + (logged ? 1 : 0));
+        }
+        EXPECT_EQ(handlesOn(log), before);
+        EXPECT_EQ(db.ScalarInt(QStringLiteral("SELECT COUNT(*) FROM Items")), 3);
+    }
 }
 
 TEST(StoreFiles, MissingDamagedAndReadOnlyFilesFailWithTheirName) {
