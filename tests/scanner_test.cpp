@@ -229,6 +229,37 @@ TEST(ScannerItem, IncludeTagMatchesTheMarkersTagOrATagSteppedOver) {
 
 // ------------------------------------------------------------ records and pages
 
+// The copy markers are searched in: the letters A to Z lowered, every other
+// byte (those of UTF-8 and single-byte characters too) as it came, at any
+// length and any start.
+TEST(ScannerPage, TheLowerCopyLowersTheAsciiLettersAlone) {
+    QByteArray every;
+    for (int b = 0; b < 256; ++b) {
+        every += static_cast<char>(b);
+    }
+    const QByteArray cases[] = {
+        every,
+        every.mid(3),
+        every.mid(60, 37),
+        QByteArray("\xc3\x84PFEL Stra\xc3\x9f"
+                   "e ABC@[`{xyz"),  // UTF-8
+        QByteArray("\xc4PFEL Stra\xdf"
+                   "e \xc0\xdaZ"),  // Windows-1252
+        QByteArray(),
+    };
+    for (const QByteArray& bytes : cases) {
+        QByteArray expected = bytes;
+        for (char& c : expected) {
+            if (c >= 'A' && c <= 'Z') {
+                c = static_cast<char>(c + ('a' - 'A'));
+            }
+        }
+        const PageText page(bytes);
+        EXPECT_EQ(page.Lower(), expected) << bytes.toHex().toStdString();
+        EXPECT_EQ(page.Bytes(), bytes);
+    }
+}
+
 TEST(ScannerRecords, APageYieldsRecordsUntilAStartMarkerIsMissing) {
     const char* rules =
         "GStart=<!-- BEGIN -->\nGend=<!-- END -->\nItems=3\nItem1=ItemNumber\nItem2=ItemTitle\n"
