@@ -167,7 +167,9 @@ QString ReplaceEvery(const QString& text, const QString& find, const QString& re
 }
 
 QString ReplaceRescan(const QString& text, const QString& find, const QString& replacement) {
-    if (find.isEmpty()) {
+    // Nothing to replace, nothing a replacement could join: most values of
+    // a page hold none of what is looked for.
+    if (find.isEmpty() || !text.contains(find)) {
         return text;
     }
     // Looking again from the start after every replacement can only find a new
@@ -204,6 +206,9 @@ QString ReplaceRescan(const QString& text, const QString& find, const QString& r
 }
 
 QString DecodeEntities(const QString& text) {
+    if (!text.contains(u'&')) {
+        return text;  // every entity starts with one
+    }
     QString result = ReplaceRescan(text, QStringLiteral("&nbsp;"), QStringLiteral(" "));
     result = ReplaceRescan(result, QStringLiteral("&amp;"), QStringLiteral("&"));
     result = ReplaceRescan(result, QStringLiteral("&#38;"), QStringLiteral("&"));
