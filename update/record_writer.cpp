@@ -1009,9 +1009,9 @@ RecordWriter::Outcome RecordWriter::WriteMain(const ProtocolRecord& protocol, Sc
 
     Writes writes;
     for (qsizetype i = 0; i < lists.items.size(); ++i) {
-        const QString field = static_cast<size_t>(i) < protocol.items.size()
-                                  ? protocol.items[static_cast<size_t>(i)].field
-                                  : RuleError();
+        const QString& field = static_cast<size_t>(i) < protocol.items.size()
+                                   ? protocol.items[static_cast<size_t>(i)].field
+                                   : RuleError();
         if (field == RuleError()) {
             continue;
         }
@@ -1043,9 +1043,9 @@ void RecordWriter::WriteAncillary(const ProtocolRecord& protocol, const ScanList
     QStringList items = lists.ancillaryItems;
     Writes writes;
     for (qsizetype i = 0; i < items.size(); ++i) {
-        const QString field = static_cast<size_t>(i) < protocol.items.size()
-                                  ? protocol.items[static_cast<size_t>(i)].field
-                                  : RuleError();
+        const QString& field = static_cast<size_t>(i) < protocol.items.size()
+                                   ? protocol.items[static_cast<size_t>(i)].field
+                                   : RuleError();
         if (field == RuleError()) {
             continue;
         }
