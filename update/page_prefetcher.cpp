@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The page prefetcher: the source of its connections (lane transfers first,
-// then the page the taker needs next, then pages asked for early, then the
-// rest in order within the depth), and a taker that waits for the page it
-// needs while its own events go on.
+// then a page the taker needs now, then pages asked for early, each after
+// the page that was next to be taken when it was asked, then the rest in
+// order within the depth), and a taker that waits for the page it needs
+// while its own events go on.
 #include "update/page_prefetcher.h"
 
 #include <algorithm>
