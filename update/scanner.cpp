@@ -581,18 +581,21 @@ void AncillaryRunner::KeepUnreadPage() {
 void AncillaryRunner::Run(const ItemRule& item, ScanLists& lists, const ScanHooks& scanHooks) {
     const QString keptStatus = m_view.StatusCaption();
     lists.ancillaryItems.clear();
-    // Read once per run: a thousand records call on the same few.
-    auto known = m_protocols.find(item.ancillaryProtocol);
-    if (known == m_protocols.end()) {
-        known = m_protocols
-                    .emplace(item.ancillaryProtocol,
-                             m_hooks.load ? m_hooks.load(item.ancillaryProtocol)
-                                          : LoadAncillaryProtocol(item.ancillaryProtocol))
-                    .first;
+    // Read, and its markers prepared, once per run: a thousand records call
+    // on the same few. Each record scans a copy.
+    auto known = m_scanners.find(item.ancillaryProtocol);
+    if (known == m_scanners.end()) {
+        known =
+            m_scanners
+                .emplace(item.ancillaryProtocol,
+                         PageScanner(m_hooks.load ? m_hooks.load(item.ancillaryProtocol)
+                                                  : LoadAncillaryProtocol(item.ancillaryProtocol)))
+                .first;
     }
-    const ProtocolRecord& protocol = known->second;
+    const PageScanner& compiled = known->second;
+    const ProtocolRecord& protocol = compiled.Protocol();
     try {
-        RunSteps(protocol, lists, scanHooks);
+        RunSteps(compiled, lists, scanHooks);
     } catch (const QueryError& e) {
         if (m_hooks.failed) {
             m_hooks.failed(protocol, e.Message(), true);
@@ -616,8 +619,9 @@ void AncillaryRunner::Run(const ItemRule& item, ScanLists& lists, const ScanHook
     m_view.ShowStatus(keptStatus);
 }
 
-void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
+void AncillaryRunner::RunSteps(const PageScanner& compiled, ScanLists& lists,
                                const ScanHooks& scanHooks) {
+    const ProtocolRecord& protocol = compiled.Protocol();
     // A count that cannot be read would write an empty record for every
     // record that calls on it.
     const QString fault = protocol.CountFault();
@@ -647,12 +651,7 @@ void AncillaryRunner::RunSteps(const ProtocolRecord& protocol, ScanLists& lists,
         m_hooks.deleteRows(protocol, lists);
     }
 
-    // Markers are prepared once per protocol; each record scans a copy.
-    auto compiled = m_scanners.find(protocol.section);
-    if (compiled == m_scanners.end()) {
-        compiled = m_scanners.emplace(protocol.section, PageScanner(protocol)).first;
-    }
-    PageScanner scanner = compiled->second;
+    PageScanner scanner = compiled;
     scanner.SetUpAncillary(m_page);
     ScanHooks hooks;
     hooks.pumpEvents = scanHooks.pumpEvents;

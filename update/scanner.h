@@ -254,16 +254,16 @@ public:
 private:
     // Writes the last unread page to the kept file, if it is not there yet.
     void KeepUnreadPage();
-    void RunSteps(const ProtocolRecord& protocol, ScanLists& lists, const ScanHooks& scanHooks);
+    void RunSteps(const PageScanner& compiled, ScanLists& lists, const ScanHooks& scanHooks);
 
     UpdateView& m_view;
     AncillaryHooks m_hooks;
     QString m_keptPageFile;
-    QByteArray m_unreadPage;                        // the last page whose record could not be read
-    bool m_unreadDue = false;                       // the kept file does not hold m_unreadPage yet
-    PageText m_page;                                // txtAncillary
-    std::map<QString, PageScanner> m_scanners;      // by ancillary protocol
-    std::map<QString, ProtocolRecord> m_protocols;  // by the name items call them by
+    QByteArray m_unreadPage;   // the last page whose record could not be read
+    bool m_unreadDue = false;  // the kept file does not hold m_unreadPage yet
+    PageText m_page;           // txtAncillary
+    // The ancillary protocols read so far, by the name items call them by.
+    std::map<QString, PageScanner> m_scanners;
 };
 
 }  // namespace lw::update
